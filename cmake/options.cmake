@@ -1,0 +1,22 @@
+# What every target of this project is compiled with.
+add_library(vlm_options INTERFACE)
+target_compile_features(vlm_options INTERFACE c_std_99 cxx_std_20)
+target_compile_options(vlm_options INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang,AppleClang>:-Wthread-safety>)
+set_property(TARGET vlm_options PROPERTY INTERFACE_POSITION_INDEPENDENT_CODE ON)
+target_include_directories(vlm_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
+
+if(VLM_SANITIZE)
+  target_compile_options(vlm_options INTERFACE
+    -fsanitize=${VLM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(vlm_options INTERFACE -fsanitize=${VLM_SANITIZE})
+endif()
+
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)

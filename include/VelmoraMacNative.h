@@ -1,0 +1,487 @@
+/*
+ * VelmoraMacNative: the native media layer of a screen-sharing application.
+ *
+ * This header is the whole boundary and its manual. It is valid C99 and C++. Conventions that hold
+ * for every function stand here once, as numbered rules; the block in front of each function says
+ * what it does beyond them, always under the same headings:
+ *
+ *   What, Parameters (units, ownership), Result, Errors, Thread, Lifetime.
+ *
+ * RULES
+ *
+ *  1. Loading. The library runs no code when it is loaded and needs no set-up call. Every object
+ *     lives from the call that makes it to the call that ends it.
+ *  2. Handles. A handle is an opaque void*. A making call (create, start) returns one that the
+ *     caller owns, or NULL when the object could not be made; nothing is kept of a failed attempt.
+ *     The matching ending call (destroy, stop) winds the object down and gives it up; it is made
+ *     exactly once and the handle is dead afterwards. Every other call borrows the handle: the
+ *     object stays alive while the call runs.
+ *  3. Null. A NULL handle makes any function do nothing and return its failure value: nothing,
+ *     false, NULL or 0 (vlm_present_enqueue: VLM_PRESENT_ARG).
+ *  4. Errors. They reach the caller only as the function's result. Nothing is thrown, and no
+ *     error text is returned. What a person may want to know is written to the system's log (on
+ *     Linux: standard error), one line an event, each beginning with "[vlm] ". Nothing is ever
+ *     written to standard output.
+ *  5. Out-parameters. Each may be NULL, which skips that one value. They are written only when
+ *     the function returns true and otherwise keep what they held.
+ *  6. Text in is UTF-8, ends with a NUL and is copied; the caller may free it when the call
+ *     returns. NULL means "not given" where a function says so.
+ *  7. Callbacks and their user pointer are given when an object is made and kept for its life. The
+ *     user pointer is never looked at and comes back as the last argument. What is passed to a
+ *     callback (bytes, samples, pixel buffer handles) is valid until the callback returns; copy it
+ *     or retain it to keep it. Callbacks run on threads of the library or the system, never on
+ *     the thread that made the object, except where a function says so.
+ *  8. Pixel buffer handles are not made by the caller. A frame callback lends one for the time of
+ *     the call. vlm_pixbuf_retain takes a reference that the caller owns, vlm_pixbuf_release gives
+ *     it back. No function takes over or drops the caller's reference.
+ *  9. Threads. A function may be called from any thread unless it says otherwise. One encoder or
+ *     decoder is used by one thread at a time. An object's callback must not make the call that
+ *     ends that object or waits for its frames.
+ * 10. Units. Time stamps are nanoseconds (ptsNs). Coordinates and sizes given as double are points
+ *     in global display space: origin at the top-left corner of the main display, y downward.
+ *     Sizes given as int32_t are pixels. Bit rates are bits a second.
+ * 11. Waiting. Only these calls wait without a time limit: vlm_screen_capture_ready,
+ *     vlm_capture_find_window, the three capture starts and vlm_capture_stop (for the system's
+ *     capture service), and vlm_present_create off the main thread (for the main thread). Calls
+ *     that end an encoder or decoder, and vlm_dec_flush, wait until the frames in flight have been
+ *     delivered.
+ *
+ * LINUX
+ *
+ *   The main thread is the process's first thread, and the main loop is GLib's default main
+ *   context: a host with GTK or Qt runs it already, any other host iterates it (or runs a
+ *   GMainLoop on it) on that thread. One point is one pixel. A window id is the X11 window's id,
+ *   a bundle identifier is the class part of the window's WM_CLASS.
+ */
+#ifndef VELMORA_MAC_NATIVE_H
+#define VELMORA_MAC_NATIVE_H
+
+#include <stdbool.h>
+#include <stdint.h>
+
+#if defined(_WIN32)
+#error "VelmoraMacNative has no Windows build"
+#endif
+#define VLM_API __attribute__((visibility("default")))
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Types ---------------------------------------------------------------------------------- */
+
+/*
+ * A frame: captured or decoded.
+ *   pixbuf         pixel buffer handle, lent (rule 8)
+ *   width, height  its size in pixels
+ *   ptsNs          its time stamp in nanoseconds
+ */
+typedef void (*vlm_frame_cb)(void* pixbuf, int32_t width, int32_t height, int64_t ptsNs,
+                             void* user);
+
+/*
+ * A block of captured system audio.
+ *   samples     frames x channels interleaved 32-bit floats, lent
+ *   frames      samples for each channel
+ *   channels    channels in a frame
+ *   sampleRate  frames a second
+ */
+typedef void (*vlm_audio_cb)(const float* samples, int32_t frames, int32_t channels,
+                             int32_t sampleRate, void* user);
+
+/*
+ * One encoded access unit: H.264 Annex B with 4-byte start codes. A key frame begins with its
+ * parameter sets.
+ *   data, size  the bytes, lent, and their number
+ *   keyframe    true when decoding can start here
+ *   ptsNs       the time stamp the frame was submitted with, or 1 ns less (it passes through a
+ *               double)
+ */
+typedef void (*vlm_encoded_cb)(const uint8_t* data, int32_t size, bool keyframe, int64_t ptsNs,
+                               void* user);
+
+/* Results of vlm_present_enqueue. */
+enum {
+  VLM_PRESENT_OK = 0,    /* the frame was handed to the display */
+  VLM_PRESENT_BUSY = 1,  /* the display could not take it now; drop it or try the next one */
+  VLM_PRESENT_FAIL = -1, /* the frame could not be wrapped for display */
+  VLM_PRESENT_ARG = -2   /* the presenter or the pixel buffer was NULL */
+};
+
+/* ---- Library -------------------------------------------------------------------------------- */
+
+/*
+ * What:       The version of this interface.
+ * Parameters: none.
+ * Result:     3, always.
+ * Errors:     none.
+ * Thread:     any.
+ * Lifetime:   may be called at any time, before any other call too.
+ */
+VLM_API int32_t vlm_abi_version(void);
+
+/* ---- Capture -------------------------------------------------------------------------------- */
+
+/*
+ * What:       Tells whether the screen can be captured now.
+ * Parameters: none.
+ * Result:     true when the system answered what there is to capture.
+ * Errors:     false; the system's reason is logged.
+ * Thread:     any; waits for the system.
+ * Lifetime:   asks afresh on every call and keeps nothing.
+ */
+VLM_API bool vlm_screen_capture_ready(void);
+
+/*
+ * What:       Finds a window on the screen by its application and title.
+ * Parameters: bundlePrefix  beginning of the application's bundle identifier, case counts; NULL or
+ *                           empty for any application.
+ *             titlePart     text that the title contains, case does not count; NULL for any title,
+ *                           an empty text for none.
+ * Result:     the id of the first such window, front to back, that belongs to an application and
+ *             is at least 100 x 100 points.
+ * Errors:     0 when there is none or the system did not answer.
+ * Thread:     any; waits for the system.
+ * Lifetime:   the id names the window until the window is closed.
+ */
+VLM_API uint32_t vlm_capture_find_window(const char* bundlePrefix, const char* titlePart);
+
+/*
+ * What:       Captures one window, whatever covers it and wherever it moves. The first picture
+ *             comes at once, then one whenever something changed; a still window yields none.
+ * Parameters: windowId    a window on the screen.
+ *             fps         frames a second, an upper limit; 1 or less means one a second.
+ *             maxW, maxH  largest size of a frame in pixels. The frame is made smaller to fit and
+ *                         keeps its shape; 0 or less in either switches the limit off. Width and
+ *                         height of a frame are even and fixed for the capture's life; a window
+ *                         that is resized later is scaled into them.
+ *             frameCb     gets every frame; must not be NULL. Frames are '420v'. Keep at most 5;
+ *                         while you do, new ones are skipped.
+ *             audioCb     gets the system's audio; NULL for none.
+ *             user        passed to both callbacks.
+ * Result:     a capture handle.
+ * Errors:     NULL when frameCb is NULL (at once), no such window is on the screen, or the capture
+ *             can't be started (logged). On Linux system audio can't be captured yet: a start with
+ *             an audioCb fails.
+ * Thread:     any; waits for the system. Both callbacks run on one private serial queue, one call
+ *             at a time.
+ * Lifetime:   ended by vlm_capture_stop, also when the system ended the stream by itself (a closed
+ *             window, a lost display: logged, and no more frames come).
+ */
+VLM_API void* vlm_capture_start_window(uint32_t windowId, int32_t fps, int32_t maxW, int32_t maxH,
+                                       vlm_frame_cb frameCb, vlm_audio_cb audioCb, void* user);
+
+/*
+ * What:       Captures one application: its windows, at their places, on the display that its
+ *             largest window is on, and nothing of any other application.
+ * Parameters: bundlePrefix  beginning of the application's bundle identifier; the first running
+ *                           application that matches is taken. Must not be NULL or empty.
+ *             fps, maxW, maxH, frameCb, audioCb, user
+ *                           as for vlm_capture_start_window.
+ * Result:     a capture handle; its frames have the shape of the display.
+ * Errors:     NULL when frameCb is NULL, no application matches, there is no display, or the
+ *             capture can't be started (logged).
+ * Thread:     as for vlm_capture_start_window.
+ * Lifetime:   as for vlm_capture_start_window.
+ */
+VLM_API void* vlm_capture_start_app(const char* bundlePrefix, int32_t fps, int32_t maxW,
+                                    int32_t maxH, vlm_frame_cb frameCb, vlm_audio_cb audioCb,
+                                    void* user);
+
+/*
+ * What:       Captures one display.
+ * Parameters: displayId  0 or the id of no display means the first display. On Linux the id is
+ *                        that of the RandR output's monitor.
+ *             fps, maxW, maxH, frameCb, audioCb, user
+ *                        as for vlm_capture_start_window.
+ * Result:     a capture handle.
+ * Errors:     NULL when frameCb is NULL, there is no display, or the capture can't be started
+ *             (logged).
+ * Thread:     as for vlm_capture_start_window.
+ * Lifetime:   as for vlm_capture_start_window.
+ */
+VLM_API void* vlm_capture_start_display(uint32_t displayId, int32_t fps, int32_t maxW, int32_t maxH,
+                                        vlm_frame_cb frameCb, vlm_audio_cb audioCb, void* user);
+
+/*
+ * What:       The rectangle that was captured when the capture started. It does not follow a
+ *             window that moves or is resized.
+ * Parameters: handle               a capture.
+ *             x, y, width, height  out, points.
+ * Result:     true when the rectangle is known and was written.
+ * Errors:     false when it is empty.
+ * Thread:     any.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API bool vlm_capture_bounds(void* handle, double* x, double* y, double* width, double* height);
+
+/*
+ * What:       Ends a capture.
+ * Parameters: handle  a capture.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any but the capture's own callbacks; waits until the system has stopped.
+ * Lifetime:   ends the handle. Pixel buffers that the caller retained stay valid.
+ */
+VLM_API void vlm_capture_stop(void* handle);
+
+/* ---- Pixel buffers -------------------------------------------------------------------------- */
+
+/*
+ * What:       Takes a reference to a pixel buffer, to keep it after the callback that lent it.
+ * Parameters: pixbuf  a pixel buffer.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any.
+ * Lifetime:   the reference belongs to the caller until vlm_pixbuf_release.
+ */
+VLM_API void vlm_pixbuf_retain(void* pixbuf);
+
+/*
+ * What:       Gives back one reference that vlm_pixbuf_retain took.
+ * Parameters: pixbuf  a pixel buffer.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any.
+ * Lifetime:   the buffer may be gone afterwards.
+ */
+VLM_API void vlm_pixbuf_release(void* pixbuf);
+
+/*
+ * What:       Opens the two planes of a bi-planar 4:2:0 buffer for reading in place.
+ * Parameters: pixbuf        a pixel buffer.
+ *             lumaBase      out, first byte of the luma plane: width x height bytes.
+ *             lumaStride    out, bytes from one luma row to the next.
+ *             chromaBase    out, first byte of the chroma plane: Cb, Cr pairs, half the width by
+ *                           half the height.
+ *             chromaStride  out, bytes from one chroma row to the next.
+ * Result:     true when the buffer is locked.
+ * Errors:     false for a buffer that is not bi-planar ('BGRA'), or when the system refuses.
+ * Thread:     any.
+ * Lifetime:   the planes may be read until the matching vlm_pixbuf_unlock.
+ */
+VLM_API bool vlm_pixbuf_lock(void* pixbuf, uint8_t** lumaBase, int32_t* lumaStride,
+                             uint8_t** chromaBase, int32_t* chromaStride);
+
+/*
+ * What:       Ends one successful vlm_pixbuf_lock.
+ * Parameters: pixbuf  a pixel buffer.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any.
+ * Lifetime:   the planes must not be read afterwards.
+ */
+VLM_API void vlm_pixbuf_unlock(void* pixbuf);
+
+/*
+ * What:       Writes the whole picture as packed BGRA: rows from top to bottom without padding, 4
+ *             bytes a pixel in the order blue, green, red, alpha. YCbCr pictures are converted
+ *             with the ITU-R BT.601 matrix and alpha 255; BGRA pictures are copied as they are.
+ * Parameters: pixbuf    a pixel buffer in '420v', '420f' or 'BGRA'.
+ *             dst       the caller's memory.
+ *             capacity  its size in bytes, at least width x height x 4.
+ * Result:     true when width x height x 4 bytes were written.
+ * Errors:     false when dst is NULL, the capacity is too small (nothing is written), the format
+ *             is another one, or the system refuses.
+ * Thread:     any.
+ * Lifetime:   borrows the buffer.
+ */
+VLM_API bool vlm_pixbuf_to_bgra(void* pixbuf, uint8_t* dst, int32_t capacity);
+
+/* ---- Encoder -------------------------------------------------------------------------------- */
+
+/*
+ * What:       Makes an H.264 encoder for interactive sharing: Main profile, automatic level, no
+ *             frame reordering, key frames at the start, on request and after 30000 frames or 600
+ *             seconds.
+ * Parameters: width, height  size of the frames in pixels; a frame of another size later rebuilds
+ *                            the encoder by itself.
+ *             fps            expected frames a second.
+ *             bitrateBps     average bit rate; any one second may take a quarter more.
+ *             lowLatency     asks for the rate control that keeps every frame small.
+ *             cb             gets every access unit; must not be NULL.
+ *             user           passed to cb.
+ * Result:     an encoder handle.
+ * Errors:     NULL when cb is NULL or the system has no such encoder (logged).
+ * Thread:     any. cb runs on a codec thread, in the order of the frames.
+ * Lifetime:   ended by vlm_enc_destroy.
+ */
+VLM_API void* vlm_enc_create(int32_t width, int32_t height, int32_t fps, int32_t bitrateBps,
+                             bool lowLatency, vlm_encoded_cb cb, void* user);
+
+/*
+ * What:       Submits one frame. A size other than the last frame's first delivers what is in
+ *             flight and then rebuilds the encoder; the frame becomes a key frame.
+ * Parameters: handle         an encoder.
+ *             pixbuf         the frame, '420v', '420f' or 'BGRA'; may be released after the call.
+ *             ptsNs          its time stamp in nanoseconds, rising from frame to frame.
+ *             forceKeyframe  true makes it a key frame.
+ * Result:     true when the frame was accepted. An accepted frame may still be dropped when the
+ *             encoder can't keep up: then no callback comes for it.
+ * Errors:     false when the frame was refused (logged), or a rebuild failed earlier and the size
+ *             is still the same.
+ * Thread:     one thread at a time for one encoder.
+ * Lifetime:   borrows both handles.
+ */
+VLM_API bool vlm_enc_encode(void* handle, void* pixbuf, int64_t ptsNs, bool forceKeyframe);
+
+/*
+ * What:       Submits a frame from the caller's own memory, copied during the call; else as
+ *             vlm_enc_encode.
+ * Parameters: handle         an encoder.
+ *             bgra           first byte of the top row; 4 bytes a pixel: blue, green, red, alpha.
+ *             width, height  its size in pixels, at least 1.
+ *             stride         bytes from one row to the next; (height - 1) x stride + width x 4
+ *                            bytes are readable.
+ *             ptsNs, forceKeyframe
+ *                            as for vlm_enc_encode.
+ * Result:     as for vlm_enc_encode.
+ * Errors:     false also when bgra is NULL, or width or height is below 1.
+ * Thread:     as for vlm_enc_encode.
+ * Lifetime:   borrows the handle; bgra may be reused when the call returns.
+ */
+VLM_API bool vlm_enc_encode_bgra(void* handle, const uint8_t* bgra, int32_t width, int32_t height,
+                                 int32_t stride, int64_t ptsNs, bool forceKeyframe);
+
+/*
+ * What:       Changes the target bit rate from the next frame on, without a key frame.
+ * Parameters: handle      an encoder.
+ *             bitrateBps  average bit rate; any one second may take a quarter more.
+ * Result:     none.
+ * Errors:     none; a value that the system refuses is ignored by it.
+ * Thread:     one thread at a time for one encoder.
+ * Lifetime:   borrows the handle; the value holds for rebuilt encoders too.
+ */
+VLM_API void vlm_enc_set_bitrate(void* handle, int32_t bitrateBps);
+
+/*
+ * What:       Delivers the frames in flight and ends the encoder. No callback follows.
+ * Parameters: handle  an encoder.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any but the encoder's own callback; waits for the frames in flight.
+ * Lifetime:   ends the handle.
+ */
+VLM_API void vlm_enc_destroy(void* handle);
+
+/* ---- Decoder -------------------------------------------------------------------------------- */
+
+/*
+ * What:       Makes an H.264 decoder that delivers '420v' frames.
+ * Parameters: cb    gets every frame; must not be NULL.
+ *             user  passed to cb.
+ * Result:     a decoder handle.
+ * Errors:     NULL when cb is NULL.
+ * Thread:     any. cb runs on a codec thread, in the order of the access units.
+ * Lifetime:   ended by vlm_dec_destroy.
+ */
+VLM_API void* vlm_dec_create(vlm_frame_cb cb, void* user);
+
+/*
+ * What:       Makes an H.264 decoder that delivers 'BGRA' frames; else as vlm_dec_create.
+ * Parameters: cb, user  as for vlm_dec_create.
+ * Result:     a decoder handle.
+ * Errors:     NULL when cb is NULL.
+ * Thread:     as for vlm_dec_create.
+ * Lifetime:   ended by vlm_dec_destroy.
+ */
+VLM_API void* vlm_dec_create_bgra(vlm_frame_cb cb, void* user);
+
+/*
+ * What:       Submits one access unit. Parameter sets are taken from the stream wherever they
+ *             stand; changed ones rebuild the decoder.
+ * Parameters: handle      a decoder.
+ *             data, size  one Annex B access unit (start codes of 3 or 4 bytes), copied.
+ *             ptsNs       its time stamp in nanoseconds, passed through to the frame.
+ * Result:     true when the unit was accepted, also when it held nothing to show, or the decoder
+ *             could not be built for its parameter sets (logged; the next unit tries again).
+ * Errors:     false when data is NULL, size is below 1, no parameter sets have arrived yet, or the
+ *             system refused the unit (logged).
+ * Thread:     one thread at a time for one decoder.
+ * Lifetime:   borrows the handle; data may be reused when the call returns.
+ */
+VLM_API bool vlm_dec_decode(void* handle, const uint8_t* data, int32_t size, int64_t ptsNs);
+
+/*
+ * What:       Waits until every submitted frame has been delivered. The decoder stays usable.
+ * Parameters: handle  a decoder.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     one thread at a time for one decoder; never the decoder's own callback.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API void vlm_dec_flush(void* handle);
+
+/*
+ * What:       Delivers the frames in flight and ends the decoder. No callback follows.
+ * Parameters: handle  a decoder.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any but the decoder's own callback; waits for the frames in flight.
+ * Lifetime:   ends the handle.
+ */
+VLM_API void vlm_dec_destroy(void* handle);
+
+/* ---- Presentation --------------------------------------------------------------------------- */
+
+/*
+ * What:       Makes a presenter: a view that shows frames as they come, stretched to its bounds,
+ *             black while there is none. It takes no mouse events.
+ * Parameters: none.
+ * Result:     a presenter handle.
+ * Errors:     NULL when the system can't make a view.
+ * Thread:     any; off the main thread it waits until the main thread has made the view.
+ * Lifetime:   ended by vlm_present_destroy.
+ */
+VLM_API void* vlm_present_create(void);
+
+/*
+ * What:       The view, for the host to place in a window of its own.
+ * Parameters: handle  a presenter.
+ * Result:     on macOS the NSView. On Linux a pointer to the uint32_t id of an X11 window, which
+ *             the host reparents into its own window and maps; the view then fills it and follows
+ *             its size by itself.
+ * Errors:     NULL for a NULL handle.
+ * Thread:     any.
+ * Lifetime:   lent: the host never ends it. It lives as long as its presenter.
+ */
+VLM_API void* vlm_present_view(void* handle);
+
+/*
+ * What:       Shows a frame as soon as possible, or says at once that it can't.
+ * Parameters: handle  a presenter.
+ *             pixbuf  the frame; may be released after the call.
+ *             ptsNs   not used: frames are shown as they come.
+ * Result:     VLM_PRESENT_OK, or VLM_PRESENT_BUSY when the display still works on an earlier
+ *             frame or is recovering from a failure.
+ * Errors:     VLM_PRESENT_FAIL, VLM_PRESENT_ARG.
+ * Thread:     any; never waits for the display.
+ * Lifetime:   borrows both handles.
+ */
+VLM_API int32_t vlm_present_enqueue(void* handle, void* pixbuf, int64_t ptsNs);
+
+/*
+ * What:       Removes the picture; the view shows black.
+ * Parameters: handle  a presenter.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any; off the main thread it is done a little later there.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API void vlm_present_clear(void* handle);
+
+/*
+ * What:       Removes the picture, takes the view out of the host's window and ends the presenter.
+ * Parameters: handle  a presenter.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any; off the main thread the view is removed a little later there.
+ * Lifetime:   ends the handle; the view ends when it has been removed.
+ */
+VLM_API void vlm_present_destroy(void* handle);
+
+#ifdef __cplusplus
+} /* extern "C" */
+#endif
+
+#endif /* VELMORA_MAC_NATIVE_H */

@@ -1,0 +1,13 @@
+#include "frame/log.h"
+
+#include "platform/foundation.h"
+
+namespace vlm::frame {
+
+void logLine(std::initializer_list<std::string_view> parts) {
+  std::string line = "[vlm] ";
+  for (const auto part : parts) line += part;
+  platform::NSLog(line);
+}
+
+}  // namespace vlm::frame

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "platform/av_foundation.h"
+#include "platform/core_graphics.h"
+
+namespace vlm::platform {
+
+// An archive that a view could be read from.
+class NSCoder;
+
+// A view that the host places in a window of its own. The library derives from it. Made and
+// changed on the main thread; its last reference may go on any.
+class NSView {
+ public:
+  NSView(const NSView&) = delete;
+  NSView& operator=(const NSView&) = delete;
+  virtual ~NSView();
+
+  // The view that takes a mouse event at `point`, null for none.
+  virtual NSView* hitTest(CGPoint point);
+  // The platform calls these when the view comes into another window, or its window's scale
+  // changes; overrides call the base's first.
+  virtual void viewDidMoveToWindow();
+  virtual void viewDidChangeBackingProperties();
+
+  void setLayer(std::shared_ptr<AVSampleBufferDisplayLayer> layer);
+  void setWantsLayer(bool wanted);
+  CGRect bounds() const;
+  // The backingScaleFactor of the view's window; nothing while it is in none.
+  std::optional<double> windowBackingScaleFactor() const;
+  void removeFromSuperview();
+
+  // What the host is given to place the view with: the platform's own view, or what stands for
+  // it. Lives as long as the view.
+  void* hostPointer() const;
+
+ protected:
+  NSView();
+  // The base initialiser. False when the platform can't make a view.
+  bool initWithFrame(CGRect frame);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};
+
+// The backingScaleFactor of NSScreen's mainScreen; nothing when there is no screen.
+std::optional<double> mainScreenBackingScaleFactor();
+
+}  // namespace vlm::platform

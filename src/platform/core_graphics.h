@@ -1,0 +1,28 @@
+#pragma once
+
+namespace vlm::platform {
+
+// Points in global display space: origin at the top-left corner of the main display, y downward.
+struct CGPoint {
+  double x = 0;
+  double y = 0;
+  friend bool operator==(const CGPoint&, const CGPoint&) = default;
+};
+
+struct CGSize {
+  double width = 0;
+  double height = 0;
+  friend bool operator==(const CGSize&, const CGSize&) = default;
+};
+
+struct CGRect {
+  CGPoint origin;
+  CGSize size;
+  friend bool operator==(const CGRect&, const CGRect&) = default;
+};
+
+// True when the two rectangles share an area. Rectangles that only touch, and empty ones, share
+// none. Any thread.
+bool CGRectIntersectsRect(const CGRect& a, const CGRect& b) noexcept;
+
+}  // namespace vlm::platform

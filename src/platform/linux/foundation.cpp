@@ -1,0 +1,43 @@
+#include "platform/foundation.h"
+
+#include <glib.h>
+#include <unistd.h>
+
+#include <memory>
+
+namespace vlm::platform {
+namespace {
+
+struct FreeText {
+  void operator()(char* text) const { g_free(text); }
+};
+using OwnedText = std::unique_ptr<char, FreeText>;
+
+// Equal for texts that differ only in case or in how their characters are composed. Bytes that are
+// not UTF-8, as old clients put into titles, stand for themselves.
+std::string comparable(std::string_view text) {
+  const auto size = static_cast<gssize>(text.size());
+  const OwnedText valid(g_utf8_make_valid(text.data(), size));
+  const OwnedText composed(g_utf8_normalize(valid.get(), -1, G_NORMALIZE_ALL));
+  const OwnedText folded(g_utf8_casefold(composed.get(), -1));
+  return folded.get();
+}
+
+}  // namespace
+
+void NSLog(std::string_view line) noexcept {
+  // One write, so that lines of different threads and processes never mix. A log that can't be
+  // written to is no reason to fail.
+  try {
+    std::string text(line);
+    text += '\n';
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
+  } catch (...) {  // NOLINT(bugprone-empty-catch): no memory for the line: it is lost
+  }
+}
+
+bool localizedCaseInsensitiveContains(std::string_view text, std::string_view part) {
+  return !part.empty() && comparable(text).find(comparable(part)) != std::string::npos;
+}
+
+}  // namespace vlm::platform

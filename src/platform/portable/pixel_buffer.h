@@ -1,0 +1,59 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "platform/core_video.h"
+#include "platform/portable/change_map.h"
+#include "platform/portable/object.h"
+
+namespace vlm::platform {
+
+struct PixelPlane {
+  std::uint8_t* base = nullptr;
+  std::size_t width = 0;  // pixels, or pairs in a chroma plane
+  std::size_t height = 0;
+  std::size_t bytesPerRow = 0;
+};
+
+// The image in memory behind every pixel buffer handle. A platform derives from it to lend memory
+// of its own or to refuse locks.
+class CVPixelBuffer : public Object {
+ public:
+  // Over memory that the caller keeps alive; bi-planar when the second plane has a base.
+  CVPixelBuffer(std::size_t width, std::size_t height, OSType format,
+                std::array<PixelPlane, 2> planes);
+  // Null when the size is below 1 or too large, the format can't be laid out, or memory is short.
+  static Ref<CVPixelBuffer> make(std::size_t width, std::size_t height, OSType format);
+
+  OSType format() const noexcept { return format_; }
+  std::size_t width() const noexcept { return width_; }
+  std::size_t height() const noexcept { return height_; }
+  // 0 for a chunky buffer, whose one plane is plane(0).
+  std::size_t planeCount() const noexcept { return planeCount_; }
+  const PixelPlane& plane(std::size_t index) const noexcept { return planes_[index]; }
+
+  virtual CVReturn lock(CVPixelBufferLockFlags) { return kCVReturnSuccess; }
+  virtual CVReturn unlock(CVPixelBufferLockFlags) { return kCVReturnSuccess; }
+
+  // What changed since earlier pictures of the same source; null where nobody kept account.
+  const std::shared_ptr<const ChangeMap>& changes() const noexcept { return changes_; }
+  void setChanges(std::shared_ptr<const ChangeMap> changes) { changes_ = std::move(changes); }
+
+ private:
+  struct FreeMemory {
+    void operator()(std::uint8_t* memory) const noexcept;
+  };
+
+  OSType format_;
+  std::size_t width_;
+  std::size_t height_;
+  std::size_t planeCount_;
+  std::array<PixelPlane, 2> planes_;
+  std::unique_ptr<std::uint8_t[], FreeMemory> memory_;
+  std::shared_ptr<const ChangeMap> changes_;
+};
+
+}  // namespace vlm::platform

@@ -1,0 +1,1 @@
+// Grows into the machine in memory that the unit tests drive.

@@ -1,0 +1,76 @@
+#include "present/view.h"
+
+#include <utility>
+
+namespace vlm::present {
+namespace {
+
+using platform::AVSampleBufferDisplayLayer;
+
+// Where neither a window nor a screen tells the scale.
+constexpr double kUsualScale = 2.0;
+
+// Null when the platform can't make one.
+std::shared_ptr<AVSampleBufferDisplayLayer> makeLayer() {
+  auto layer = AVSampleBufferDisplayLayer::make();
+  if (layer) {
+    layer->setVideoGravity(platform::AVLayerVideoGravityResize);
+    layer->setBackgroundColor(platform::kBlackColor);
+  }
+  return layer;
+}
+
+}  // namespace
+
+std::shared_ptr<VlmPresentView> VlmPresentView::make() {
+  auto layer = makeLayer();
+  // The constructor is private: a view is complete only after the steps below.
+  std::shared_ptr<VlmPresentView> view(new VlmPresentView());
+  if (!layer || !view->initWithFrame({})) return nullptr;
+  view->install(std::move(layer));
+  return view;
+}
+
+void VlmPresentView::install(std::shared_ptr<AVSampleBufferDisplayLayer> layer) {
+  setDisplayLayer(layer);
+  setLayer(std::move(layer));
+  setWantsLayer(true);
+}
+
+std::shared_ptr<AVSampleBufferDisplayLayer> VlmPresentView::displayLayer() const {
+  const platform::MutexLock lock(mutex_);
+  return displayLayer_;
+}
+
+void VlmPresentView::setDisplayLayer(std::shared_ptr<AVSampleBufferDisplayLayer> layer) {
+  const platform::MutexLock lock(mutex_);
+  displayLayer_ = std::move(layer);
+}
+
+void VlmPresentView::rebuildLayer() {
+  auto layer = makeLayer();
+  if (!layer) return;
+  install(layer);
+  applyScale();
+  layer->setFrame(bounds());
+}
+
+void VlmPresentView::viewDidMoveToWindow() {
+  NSView::viewDidMoveToWindow();
+  applyScale();
+}
+
+void VlmPresentView::viewDidChangeBackingProperties() {
+  NSView::viewDidChangeBackingProperties();
+  applyScale();
+}
+
+void VlmPresentView::applyScale() {
+  auto scale = windowBackingScaleFactor();
+  if (!scale) scale = platform::mainScreenBackingScaleFactor();
+  const double wanted = scale.value_or(kUsualScale);
+  const auto layer = displayLayer();
+  if (layer->contentsScale() != wanted) layer->setContentsScale(wanted);
+}
+
+}  // namespace vlm::present
