@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "support/child_process.h"
+
+namespace vlm::test {
+
+// An X server of the test's own, with a window manager where one is wanted. While it lives,
+// DISPLAY names it, for the library in this process and for every program the test starts. All of
+// it is ended by process id, clients first.
+class PrivateDesktop {
+ public:
+  struct Options {
+    int width = 1920;
+    int height = 1080;
+    bool windowManager = true;
+  };
+
+  PrivateDesktop() : PrivateDesktop(Options{}) {}
+  // Returns when the server answers and the window manager manages; throws when they don't.
+  explicit PrivateDesktop(const Options& options);
+  ~PrivateDesktop();
+  PrivateDesktop(const PrivateDesktop&) = delete;
+  PrivateDesktop& operator=(const PrivateDesktop&) = delete;
+
+  const std::string& display() const { return display_; }
+
+  // Starts a client of this server. It ends with the desktop; the index serves client().
+  std::size_t spawn(const std::vector<std::string>& command);
+  ChildProcess& client(std::size_t index) { return clients_[index]; }
+
+  // Starts a client and waits until its window is on the screen. `name` is the window's title or
+  // the instance or class part of its WM_CLASS, and must not be in use by an earlier window.
+  std::uint32_t spawnWindow(const std::vector<std::string>& command, const std::string& name);
+
+  // Ends the server at once, as a crash would: every connection to it breaks.
+  void killServer() { server_.end(SIGKILL); }
+
+ private:
+  std::optional<std::string> displayBefore_;
+  std::string display_;
+  ChildProcess server_;
+  std::optional<ChildProcess> windowManager_;
+  std::vector<ChildProcess> clients_;
+};
+
+}  // namespace vlm::test
