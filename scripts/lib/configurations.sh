@@ -1,0 +1,104 @@
+# shellcheck shell=bash
+# The configurations of scripts/test: what each builds and which tests it runs.
+
+# Seconds that each fuzzer runs.
+readonly FUZZ_SECONDS=10
+
+if command -v ccache >/dev/null; then
+  export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+fi
+# A finding ends the test with a status that no assertion gives.
+export ASAN_OPTIONS=detect_leaks=1:exitcode=99:abort_on_error=0
+export UBSAN_OPTIONS=print_stacktrace=1
+export TSAN_OPTIONS=exitcode=99:second_deadlock_stack=1
+
+# build PRESET: false, and a failure in the report, when it can't be built.
+build() {
+  local log
+  begin "build $1"
+  mkdir -p build
+  log="build/$1.log"
+  if cmake --preset "$1" >"$log" 2>&1 && cmake --build --preset "$1" >>"$log" 2>&1; then
+    done_with "$1" build 1 0 0
+  else
+    # ninja goes on with what was already running: the failure is not always what stands last.
+    grep -A 25 -m 3 -e 'FAILED:' -e 'CMake Error' "$log" || tail -40 "$log"
+    done_with "$1" build 0 1 0
+    return 1
+  fi
+}
+
+# run_tests PRESET KIND [CTEST ARGUMENTS...]: the tests of that kind, which must exist.
+run_tests() {
+  local preset=$1 kind=$2 jobs=2 result="build/$1-$2.xml"
+  shift 2
+  # Desktops of end-to-end tests take their turns, so that neither starves the other's clock.
+  [[ $kind == e2e ]] && jobs=1
+  begin "$preset: $kind"
+  rm -f "$result"
+  ctest --test-dir "build/$preset" --label-regex "^$kind\$" --parallel "$jobs" \
+    --no-tests=error --output-on-failure --output-junit "$PWD/$result" "$@" </dev/null |
+    grep --invert-match --extended-regexp ' Passed +[0-9.]+ sec$|^ +Start +[0-9]+:'
+  local status=${PIPESTATUS[0]}
+  # shellcheck disable=SC2046 # three numbers
+  done_with "$preset" "$kind" $(count_junit "$result" "$status")
+}
+
+run_release() {
+  build release || return
+  local kind
+  for kind in unit conformance kernels packaging e2e; do run_tests release "$kind"; done
+}
+
+run_quick() {
+  build release || return
+  local kind
+  for kind in unit conformance kernels; do run_tests release "$kind"; done
+}
+
+run_core() {
+  build core || return
+  run_tests core unit
+}
+
+run_asan() {
+  build asan || return
+  local kind
+  for kind in unit conformance kernels e2e; do run_tests asan "$kind"; done
+}
+
+run_tsan() {
+  build tsan || return
+  run_tests tsan unit --label-regex '^concurrent$'
+  run_tests tsan conformance
+  run_tests tsan e2e
+}
+
+run_fuzz() {
+  build fuzz || return
+  local fuzzer name corpus passed=0 failed=0
+  local -a seeds
+  begin "fuzz: $FUZZ_SECONDS seconds each"
+  for fuzzer in build/fuzz/fuzz/*_fuzz*; do
+    [[ -f $fuzzer && -x $fuzzer ]] || continue
+    name=$(basename "$fuzzer")
+    corpus=build/fuzz/corpus/$name
+    mkdir -p "$corpus"
+    seeds=()
+    [[ -d fuzz/corpus/$name ]] && seeds=("fuzz/corpus/$name")
+    if "$fuzzer" -max_total_time="$FUZZ_SECONDS" -timeout=10 -artifact_prefix="$corpus." \
+      "$corpus" "${seeds[@]}" >"$corpus.log" 2>&1; then
+      grep '^Done' "$corpus.log" | sed "s/^/$name: /"
+      passed=$((passed + 1))
+    else
+      tail -40 "$corpus.log"
+      failed=$((failed + 1))
+    fi
+  done
+  done_with fuzz fuzzers "$passed" "$failed" 0
+}
+
+run_check() {
+  begin check
+  if scripts/check; then done_with check checks 1 0 0; else done_with check checks 0 1 0; fi
+}
