@@ -1,0 +1,125 @@
+/*
+ * Every function of the boundary given null handles and bad arguments, in C: each answers at once
+ * with its failure value and leaves its out-parameters alone.
+ */
+#include <stdio.h>
+#include <string.h>
+
+#include "VelmoraMacNative.h"
+
+static int failures = 0;
+
+#define EXPECT(condition)                                                 \
+  do {                                                                    \
+    if (!(condition)) {                                                   \
+      fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
+      ++failures;                                                         \
+    }                                                                     \
+  } while (0)
+
+static void onFrame(void* pixbuf, int32_t width, int32_t height, int64_t ptsNs, void* user) {
+  (void)pixbuf, (void)width, (void)height, (void)ptsNs;
+  ++*(int*)user;
+}
+
+static void onEncoded(const uint8_t* data, int32_t size, bool keyframe, int64_t ptsNs,
+                      void* user) {
+  (void)data, (void)size, (void)keyframe, (void)ptsNs;
+  ++*(int*)user;
+}
+
+static void capture(void) {
+  int calls = 0;
+  double x = 1, y = 2, width = 3, height = 4;
+  EXPECT(vlm_capture_find_window("no such application", "no such title") == 0);
+  EXPECT(vlm_capture_start_window(1, 30, 0, 0, NULL, NULL, NULL) == NULL);
+  EXPECT(vlm_capture_start_window(0, 30, 0, 0, onFrame, NULL, &calls) == NULL);
+  EXPECT(vlm_capture_start_app("any", 30, 0, 0, NULL, NULL, NULL) == NULL);
+  EXPECT(vlm_capture_start_app(NULL, 30, 0, 0, onFrame, NULL, &calls) == NULL);
+  EXPECT(vlm_capture_start_app("", 30, 0, 0, onFrame, NULL, &calls) == NULL);
+  EXPECT(vlm_capture_start_display(0, 30, 0, 0, NULL, NULL, NULL) == NULL);
+  EXPECT(!vlm_capture_bounds(NULL, &x, &y, &width, &height));
+  EXPECT(x == 1 && y == 2 && width == 3 && height == 4);
+  vlm_capture_stop(NULL);
+  /* Answers one way or the other, with and without a screen. */
+  (void)vlm_screen_capture_ready();
+  EXPECT(calls == 0);
+}
+
+static void pixelBuffers(void) {
+  uint8_t byte = 7, *luma = &byte, *chroma = &byte;
+  int32_t lumaStride = 5, chromaStride = 6;
+  vlm_pixbuf_retain(NULL);
+  vlm_pixbuf_release(NULL);
+  EXPECT(!vlm_pixbuf_lock(NULL, &luma, &lumaStride, &chroma, &chromaStride));
+  EXPECT(luma == &byte && chroma == &byte && lumaStride == 5 && chromaStride == 6);
+  vlm_pixbuf_unlock(NULL);
+  EXPECT(!vlm_pixbuf_to_bgra(NULL, &byte, 1));
+  EXPECT(byte == 7);
+}
+
+static void encoder(void) {
+  int calls = 0;
+  const uint8_t pixel[4] = {0};
+  EXPECT(vlm_enc_create(64, 64, 30, 1000000, true, NULL, NULL) == NULL);
+  EXPECT(!vlm_enc_encode(NULL, NULL, 0, false));
+  EXPECT(!vlm_enc_encode_bgra(NULL, pixel, 1, 1, 4, 0, false));
+  vlm_enc_set_bitrate(NULL, 1);
+  vlm_enc_destroy(NULL);
+
+  void* handle = vlm_enc_create(64, 64, 30, 1000000, true, onEncoded, &calls);
+  EXPECT(handle != NULL);
+  EXPECT(!vlm_enc_encode(handle, NULL, 0, true));
+  EXPECT(!vlm_enc_encode_bgra(handle, NULL, 64, 64, 256, 0, true));
+  EXPECT(!vlm_enc_encode_bgra(handle, pixel, 0, 1, 4, 0, true));
+  EXPECT(!vlm_enc_encode_bgra(handle, pixel, 1, -1, 4, 0, true));
+  vlm_enc_destroy(handle);
+  EXPECT(calls == 0);
+}
+
+static void decoder(void) {
+  int calls = 0;
+  /* A slice of which no parameter sets have been seen, and bytes that are no access unit. */
+  const uint8_t slice[] = {0, 0, 0, 1, 0x65, 0x88, 0x84, 0x00};
+  const uint8_t garbage[] = {1, 2, 3};
+  EXPECT(vlm_dec_create(NULL, NULL) == NULL);
+  EXPECT(vlm_dec_create_bgra(NULL, NULL) == NULL);
+  EXPECT(!vlm_dec_decode(NULL, slice, sizeof slice, 0));
+  vlm_dec_flush(NULL);
+  vlm_dec_destroy(NULL);
+
+  void* made[] = {vlm_dec_create(onFrame, &calls), vlm_dec_create_bgra(onFrame, &calls)};
+  for (size_t i = 0; i < 2; ++i) {
+    EXPECT(made[i] != NULL);
+    EXPECT(!vlm_dec_decode(made[i], NULL, 4, 0));
+    EXPECT(!vlm_dec_decode(made[i], slice, 0, 0));
+    EXPECT(!vlm_dec_decode(made[i], slice, -1, 0));
+    EXPECT(!vlm_dec_decode(made[i], slice, sizeof slice, 0));
+    EXPECT(!vlm_dec_decode(made[i], garbage, sizeof garbage, 0));
+    vlm_dec_flush(made[i]);
+    vlm_dec_destroy(made[i]);
+  }
+  EXPECT(calls == 0);
+}
+
+static void presenter(void) {
+  EXPECT(vlm_present_view(NULL) == NULL);
+  EXPECT(vlm_present_enqueue(NULL, NULL, 0) == VLM_PRESENT_ARG);
+  vlm_present_clear(NULL);
+  vlm_present_destroy(NULL);
+
+  /* There is none without a display; one that there is refuses a missing frame. */
+  void* handle = vlm_present_create();
+  EXPECT(vlm_present_enqueue(handle, NULL, 0) == VLM_PRESENT_ARG);
+  vlm_present_destroy(handle);
+}
+
+int main(void) {
+  EXPECT(vlm_abi_version() == 3);
+  capture();
+  pixelBuffers();
+  encoder();
+  decoder();
+  presenter();
+  return failures == 0 ? 0 : 1;
+}

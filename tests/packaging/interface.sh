@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# The boundary is told in four places that must agree: interface.sh SOURCE_DIR [LIBRARY].
+set -euo pipefail
+export LC_ALL=C
+source_dir=$1 library=${2:-}
+header=$source_dir/include/VelmoraMacNative.h
+failed=0
+
+# same NAME ACTUAL EXPECTED: two sorted lists, the second is the header's.
+same() {
+  diff <(echo "$2") <(echo "$3") && return
+  echo "$1 (<) differs from what the header declares (>)" >&2
+  failed=1
+}
+
+declared=$(sed -nE '/^VLM_API/ s/.*[ *](vlm_[a-z0-9_]+)\(.*/\1/p' "$header" | sort)
+[[ $(wc -l <<<"$declared") -eq $(grep -c '^VLM_API' "$header") ]] ||
+  { echo "a declaration of the header was not understood" >&2; exit 1; }
+
+same "version script" "$(sed -nE 's/^ *(vlm_[a-z0-9_]+);/\1/p' \
+  "$source_dir/cmake/VelmoraMacNative.map" | sort)" "$declared"
+same "boundary.c" "$(grep -oE 'vlm_[a-z0-9_]+\(' "$source_dir/tests/packaging/boundary.c" |
+  tr -d '(' | sort -u)" "$declared"
+if [[ -n $library ]]; then
+  # Data and weak symbols would show up too: nothing but the declared functions may be there.
+  same "the library's symbol table" \
+    "$(nm -D --defined-only "$library" | sed -E 's/^[0-9a-f]+ //; s/^T //; s/@.*//' | sort)" \
+    "$declared"
+fi
+
+# The block of comment that ends right above a declaration has each heading once, in order.
+awk '
+  /^\/\*/ { headings = "" }
+  /^ \* (What|Parameters|Result|Errors|Thread|Lifetime): / {
+    sub(/:.*/, "", $2); headings = headings " " $2
+  }
+  /^ \*\// { closed = NR }
+  /^VLM_API/ {
+    if (closed != NR - 1 || headings != " What Parameters Result Errors Thread Lifetime") {
+      print "no whole block above: " $0; bad = 1
+    }
+    headings = ""
+  }
+  END { exit bad }
+' "$header" >&2 || failed=1
+
+exit "$failed"
