@@ -10,7 +10,7 @@ strict=(-pedantic-errors -Wall -Wextra -Wstrict-prototypes -Werror)
 cmake --install "$build" --prefix "$work/first" >/dev/null
 # An installed tree may be moved: nothing in it may name where it was.
 mv "$work/first" "$work/prefix"
-if grep -rIl -e "$build" -e "$work/first" "$work/prefix"; then
+if grep -rl -e "$build" -e "$work/first" "$work/prefix"; then
   echo "these files name the place of the build or of the installation" >&2
   exit 1
 fi
