@@ -59,6 +59,7 @@ run_quick() {
 run_core() {
   build core || return
   run_tests core unit
+  run_tests core conformance
 }
 
 run_asan() {

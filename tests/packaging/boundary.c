@@ -9,12 +9,12 @@
 
 static int failures = 0;
 
-#define EXPECT(condition)                                                 \
-  do {                                                                    \
-    if (!(condition)) {                                                   \
+#define EXPECT(condition)                                                     \
+  do {                                                                        \
+    if (!(condition)) {                                                       \
       fprintf(stderr, "%s:%d: not so: %s\n", __FILE__, __LINE__, #condition); \
-      ++failures;                                                         \
-    }                                                                     \
+      ++failures;                                                             \
+    }                                                                         \
   } while (0)
 
 static void onFrame(void* pixbuf, int32_t width, int32_t height, int64_t ptsNs, void* user) {
@@ -22,8 +22,7 @@ static void onFrame(void* pixbuf, int32_t width, int32_t height, int64_t ptsNs, 
   ++*(int*)user;
 }
 
-static void onEncoded(const uint8_t* data, int32_t size, bool keyframe, int64_t ptsNs,
-                      void* user) {
+static void onEncoded(const uint8_t* data, int32_t size, bool keyframe, int64_t ptsNs, void* user) {
   (void)data, (void)size, (void)keyframe, (void)ptsNs;
   ++*(int*)user;
 }

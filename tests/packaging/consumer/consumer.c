@@ -1,4 +1,6 @@
 /* A host's first program: it finds the installed header and links the library. */
 #include <VelmoraMacNative.h>
 
-int main(void) { return vlm_abi_version() == 3 ? 0 : 1; }
+int main(void) {
+  return vlm_abi_version() == 3 ? 0 : 1;
+}
