@@ -1,0 +1,29 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vlm::tools {
+
+// What the person chose to run. It returns the program's exit status.
+using Job = std::function<int()>;
+
+// Adds a command whose options are parsed into `Options` and given to `run`.
+template <class Options>
+CLI::App& addCommand(CLI::App& program, Job& chosen, const std::string& name,
+                     const std::string& description, const std::shared_ptr<Options>& options,
+                     int (*run)(const Options&)) {
+  auto* command = program.add_subcommand(name, description);
+  command->callback([&chosen, options, run] { chosen = [options, run] { return run(*options); }; });
+  return *command;
+}
+
+// Each command in a file of its own.
+void addLoopback(CLI::App& program, Job& chosen);
+void addRecord(CLI::App& program, Job& chosen);
+void addPlay(CLI::App& program, Job& chosen);
+void addFindWindow(CLI::App& program, Job& chosen);
+
+}  // namespace vlm::tools

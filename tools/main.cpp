@@ -1,0 +1,45 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "VelmoraMacNative.h"
+#include "command.h"
+
+namespace {
+
+using namespace vlm::tools;
+
+constexpr void (*kCommands[])(CLI::App& program, Job& chosen) = {
+    addLoopback,
+    addRecord,
+    addPlay,
+    addFindWindow,
+};
+
+constexpr int kUsageError = 2;
+
+int parseAndRun(int argc, char** argv) {
+  CLI::App program{"Shares and views screens from the command line, by way of VelmoraMacNative."};
+  program.require_subcommand(1);
+  program.set_version_flag("--version", "interface " + std::to_string(vlm_abi_version()));
+  Job chosen;
+  for (const auto add : kCommands) add(program, chosen);
+  try {
+    program.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? 0 : kUsageError;
+  }
+  return chosen();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return parseAndRun(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vlm: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "sharer.h"
+#include "values.h"
+
+namespace vlm::tools {
+
+// What commands that share have in common.
+struct ShareOptions : SharingOptions {
+  double keyframeEvery = 0;
+  std::vector<BitRateChange> bitRateChanges;
+  std::vector<SizeChange> maxSizeChanges;
+};
+void addOptions(CLI::App& command, ShareOptions& options);
+
+// What commands with a viewer window have in common.
+struct ViewOptions {
+  Placement placement;
+  std::string snapshot;
+};
+void addOptions(CLI::App& command, ViewOptions& options);
+
+// What commands that run for a while have in common.
+struct RunOptions {
+  double seconds = 0;
+  bool json = false;
+};
+void addOptions(CLI::App& command, RunOptions& options);
+
+}  // namespace vlm::tools

@@ -1,0 +1,42 @@
+#include "command.h"
+#include "options.h"
+#include "recording.h"
+#include "run.h"
+
+namespace vlm::tools {
+namespace {
+
+struct Options {
+  ShareOptions share;
+  RunOptions run;
+  std::string file;
+};
+
+int record(const Options& options) {
+  Recording recording(options.file);
+  MainLoop loop;
+  SharedCounts counts;
+  Sharer sharer(options.share, loop, counts, [&](const AccessUnit& unit, std::int64_t) {
+    recording.write(unit.bytes);
+    return true;
+  });
+  return runAndTell({"record", description(options.share.target)}, options.run, loop, counts, [&] {
+    sharer.stop();
+    recording.finish();
+  });
+}
+
+}  // namespace
+
+void addRecord(CLI::App& program, Job& chosen) {
+  auto options = std::make_shared<Options>();
+  auto& command =
+      addCommand(program, chosen, "record", "Capture and encode into a file", options, record);
+  command.add_option("file", options->file, "The H.264 byte stream to write")
+      ->type_name("FILE.h264")
+      ->required();
+  addOptions(command, options->share);
+  addOptions(command, options->run);
+}
+
+}  // namespace vlm::tools

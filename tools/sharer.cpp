@@ -1,0 +1,162 @@
+#include "sharer.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <utility>
+
+#include "failure.h"
+
+namespace vlm::tools {
+namespace {
+
+// How often a look is taken whether the last frame got lost, and when it counts as lost.
+constexpr std::chrono::milliseconds kLossCheck{100};
+constexpr std::chrono::nanoseconds kLostAfter = std::chrono::milliseconds(200);
+
+// Keeps time stamps rising where a grab and a repetition meet, in nanoseconds.
+constexpr std::int64_t kShortestStep = 1'000;
+
+std::string hex(std::uint32_t id) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%x", id);
+  return text;
+}
+
+std::string whyNotStarted(const Target& target) {
+  if (!vlm_screen_capture_ready()) return "there is no screen that can be captured";
+  if (target.window) return "no window " + hex(*target.window) + " is on the screen";
+  if (target.application) {
+    return "no application whose name begins with '" + *target.application + "' can be captured";
+  }
+  return "the display can't be captured";
+}
+
+}  // namespace
+
+std::string description(const Target& target) {
+  if (target.window) return "window " + hex(*target.window);
+  if (target.application) return "application " + *target.application;
+  return target.display == 0 ? "the first display" : "display " + std::to_string(target.display);
+}
+
+Sharer::Sharer(const SharingOptions& options, MainLoop& loop, SharedCounts& counts, Sink sink)
+    : options_(options),
+      loop_(loop),
+      counts_(counts),
+      sink_(std::move(sink)),
+      watch_(loop, options.target.window.value_or(0)) {
+  setBitRate(options.bitRate);
+  startCapture();
+  loop_.every(kLossCheck, [this] { repeatIfLost(); });
+}
+
+void Sharer::startCapture() {
+  const auto& [target, fps, maxSize, bitRate, lowLatency] = options_;
+  const auto [maxW, maxH] = maxSize;
+  if (target.window) {
+    capture_.reset(
+        vlm_capture_start_window(*target.window, fps, maxW, maxH, onFrame, nullptr, this));
+  } else if (target.application) {
+    capture_.reset(vlm_capture_start_app(target.application->c_str(), fps, maxW, maxH, onFrame,
+                                         nullptr, this));
+  } else {
+    capture_.reset(
+        vlm_capture_start_display(target.display, fps, maxW, maxH, onFrame, nullptr, this));
+  }
+  if (!capture_) throw Failure(whyNotStarted(target));
+}
+
+void Sharer::setMaxSize(Size maxSize) {
+  options_.maxSize = maxSize;
+  capture_.reset();
+  startCapture();
+}
+
+void Sharer::setBitRate(BitRate bitRate) {
+  encoding_.with([&](Encoding& encoding) {
+    encoding.bitRate = bitRate;
+    vlm_enc_set_bitrate(encoding.encoder.get(), bitRate.bitsPerSecond);
+  });
+}
+
+void Sharer::requestKeyframe() {
+  encoding_.with([&](Encoding& encoding) { repeatLast(encoding, true); });
+}
+
+void Sharer::stop() {
+  capture_.reset();
+  // Taken out first: what is in flight is delivered while the encoder ends.
+  encoding_.with([](Encoding& encoding) {
+    encoding.lastFrame.reset();
+    return std::exchange(encoding.encoder, nullptr);
+  });
+}
+
+void Sharer::onFrame(void* pixbuf, std::int32_t width, std::int32_t height, std::int64_t ptsNs,
+                     void* self) {
+  auto& sharer = *static_cast<Sharer*>(self);
+  sharer.loop_.guarded([&] { sharer.encodeNew(pixbuf, {width, height}, ptsNs); });
+}
+
+void Sharer::onEncoded(const std::uint8_t* data, std::int32_t size, bool keyframe,
+                       std::int64_t ptsNs, void* self) {
+  auto& sharer = *static_cast<Sharer*>(self);
+  const AccessUnit unit{{data, static_cast<std::size_t>(size)}, keyframe};
+  sharer.encodedPts_ = ptsNs;
+  sharer.counts_.change([&](Counts& counts) {
+    ++counts.encoded;
+    counts.bytes += unit.bytes.size();
+    if (keyframe) ++counts.keyframes;
+  });
+  sharer.loop_.guarded([&] {
+    if (!sharer.sink_(unit, ptsNs)) sharer.loop_.post([&sharer] { sharer.requestKeyframe(); });
+  });
+}
+
+void Sharer::encodeNew(void* pixbuf, Size size, std::int64_t ptsNs) {
+  counts_.change([&](Counts& counts) {
+    ++counts.captured;
+    counts.size = size;
+  });
+  encoding_.with([&](Encoding& encoding) {
+    if (!encoding.encoder) {
+      encoding.encoder.reset(vlm_enc_create(size.width, size.height, options_.fps,
+                                            encoding.bitRate.bitsPerSecond, options_.lowLatency,
+                                            onEncoded, this));
+      if (!encoding.encoder) throw Failure("the system has no H.264 encoder for this size");
+    }
+    encoding.lastFrame = retained(pixbuf);
+    submit(encoding, pixbuf, ptsNs, false);
+  });
+}
+
+// A frame grabbed before the last one was submitted again would turn time back.
+void Sharer::submit(Encoding& encoding, void* pixbuf, std::int64_t ptsNs, bool forceKeyframe) {
+  encoding.lastPts = std::max(ptsNs, encoding.lastPts + kShortestStep);
+  if (!vlm_enc_encode(encoding.encoder.get(), pixbuf, encoding.lastPts, forceKeyframe)) {
+    counts_.change([](Counts& counts) { ++counts.refused; });
+  }
+}
+
+void Sharer::repeatLast(Encoding& encoding, bool forceKeyframe) {
+  if (!encoding.lastFrame) return;
+  const std::int64_t now = std::max(monotonicNow(), encoding.lastPts + kShortestStep);
+  counts_.change([&](Counts& counts) {
+    ++counts.repeated;
+    counts.repeatedPts = now;
+  });
+  submit(encoding, encoding.lastFrame.get(), now, forceKeyframe);
+}
+
+// An encoder that can't keep up drops a frame in silence. When the screen stands still afterwards
+// no other frame would make up for it.
+void Sharer::repeatIfLost() {
+  encoding_.with([&](Encoding& encoding) {
+    const bool isLost = !isSameTime(encodedPts_, encoding.lastPts) &&
+                        monotonicNow() - encoding.lastPts > kLostAfter.count();
+    if (isLost) repeatLast(encoding, false);
+  });
+}
+
+}  // namespace vlm::tools

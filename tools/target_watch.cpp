@@ -1,0 +1,22 @@
+#include "target_watch.h"
+
+namespace vlm::tools {
+namespace {
+
+constexpr std::uint8_t kSentByClient = 0x80;
+
+}  // namespace
+
+TargetWatch::TargetWatch(MainLoop& loop, std::uint32_t window)
+    : connection_(loop, [&loop](const xcb_generic_event_t& event) {
+        if ((event.response_type & ~kSentByClient) == XCB_DESTROY_NOTIFY) {
+          loop.end("the captured window was closed");
+        }
+      }) {
+  if (window == 0) return;
+  const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &events);
+  connection_.settle();
+}
+
+}  // namespace vlm::tools

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+#include "x_connection.h"
+
+namespace vlm::tools {
+
+// Ends the loop when the window that is captured is closed (0: no window) or the X server is gone:
+// the library only logs both, and no frame tells.
+class TargetWatch {
+ public:
+  TargetWatch(MainLoop& loop, std::uint32_t window);
+
+ private:
+  XConnection connection_;
+};
+
+}  // namespace vlm::tools
