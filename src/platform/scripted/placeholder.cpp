@@ -1,1 +1,0 @@
-// Grows into the machine in memory that the unit tests drive.
