@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/linux/libav.h"
+#include "platform/portable/pixel_buffer.h"
+
+namespace vlm::platform {
+
+// Pixel buffers that are used again when nobody else holds them any more. What callers keep is
+// theirs; the pool holds no more than a few.
+class PixelBufferPool {
+ public:
+  // Undefined contents; null when memory is short.
+  Ref<CVPixelBuffer> take(std::size_t width, std::size_t height, OSType format);
+
+ private:
+  std::vector<Ref<CVPixelBuffer>> buffers_;
+};
+
+// Turns decoded pictures into pixel buffers of one format, '420v' or 'BGRA': by the stream's matrix
+// and range where it states them, else by BT.601 in video range.
+class PictureConverter {
+ public:
+  explicit PictureConverter(OSType format) : format_(format) {}
+
+  // Null when memory is short or the picture can't be converted.
+  Ref<CVPixelBuffer> convert(const AVFrame& picture);
+
+ private:
+  const OSType format_;
+  PixelBufferPool pool_;
+};
+
+}  // namespace vlm::platform

@@ -1,0 +1,145 @@
+// Decompression sessions: access units wait in line for the session's codec thread.
+#include <atomic>
+#include <memory>
+#include <new>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/dispatch.h"
+#include "platform/linux/avc_decoder.h"
+#include "platform/linux/decoded_picture.h"
+#include "platform/portable/media.h"
+#include "platform/portable/object.h"
+#include "platform/video_toolbox.h"
+
+namespace vlm::platform {
+namespace {
+
+// The codec thread's alone once the session is made.
+class SampleDecoder {
+ public:
+  SampleDecoder(std::unique_ptr<AvcDecoder> decoder, OSType format)
+      : decoder_(std::move(decoder)), converter_(format) {}
+
+  // `image` is written only when there is one to show.
+  OSStatus decode(const CMSampleBuffer& sample, Ref<CVPixelBuffer>& image) {
+    std::span<const std::uint8_t> bytes;
+    const auto* data = CMSampleBufferGetDataBuffer(sample);
+    if (data == nullptr || CMBlockBufferGetDataPointer(*data, 0, bytes) != noErr) {
+      return kVTVideoDecoderBadDataErr;
+    }
+    switch (decoder_->decode(bytes)) {
+      case AvcDecoder::Outcome::damaged:
+        return kVTVideoDecoderBadDataErr;
+      case AvcDecoder::Outcome::nothing:
+        return noErr;
+      case AvcDecoder::Outcome::picture:
+        image = converter_.convert(decoder_->picture());
+        return image ? noErr : kVTVideoDecoderBadDataErr;
+    }
+    return noErr;
+  }
+
+ private:
+  const std::unique_ptr<AvcDecoder> decoder_;
+  PictureConverter converter_;
+};
+
+void decodeAndDeliver(SampleDecoder& decoder, const CMSampleBuffer& sample,
+                      const VTDecompressionOutputHandler& handler) {
+  Ref<CVPixelBuffer> image;
+  OSStatus status = kVTAllocationFailedErr;
+  try {
+    status = decoder.decode(sample, image);
+  } catch (const std::bad_alloc&) {
+    image = nullptr;
+  }
+  handler(status, 0, std::move(image), CMSampleBufferGetPresentationTimeStamp(sample),
+          kCMTimeInvalid);
+}
+
+std::vector<std::span<const std::uint8_t>> parameterSetsOf(const CMFormatDescription& description) {
+  std::vector<std::span<const std::uint8_t>> sets;
+  for (const auto& set : description.parameterSets) {
+    if (set) sets.emplace_back(*set);
+  }
+  return sets;
+}
+
+// The queue of the session that this thread ended last, as long as it has frames to deliver.
+thread_local std::weak_ptr<DispatchQueue> endedLast;
+
+// A session is ended without waiting for its frames, and made anew, when a stream's parameter sets
+// change. The frames of the new one come after those of the old one all the same, and who waits for
+// the new one's has waited for all.
+std::shared_ptr<DispatchQueue> makeQueueAfterLast() {
+  auto queue = dispatch_queue_create("vlm.decoder", DispatchQoS::userInteractive);
+  if (auto before = endedLast.lock()) {
+    queue->async([before = std::move(before)] { before->sync([] {}); });
+  }
+  return queue;
+}
+
+std::optional<OSType> destinationFormat(const CFValue& attributes) {
+  const auto* entry = attributes.find(kCVPixelBufferPixelFormatTypeKey);
+  if (entry == nullptr) return kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
+  const auto* format = entry->as<std::int64_t>();
+  if (format == nullptr || (*format != kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange &&
+                            *format != kCVPixelFormatType_32BGRA)) {
+    return std::nullopt;
+  }
+  return static_cast<OSType>(*format);
+}
+
+}  // namespace
+
+class VTDecompressionSession final : public Object {
+ public:
+  VTDecompressionSession(std::unique_ptr<AvcDecoder> avc, OSType format)
+      : decoder(std::make_shared<SampleDecoder>(std::move(avc), format)),
+        queue(makeQueueAfterLast()) {}
+
+  const std::shared_ptr<SampleDecoder> decoder;
+  std::shared_ptr<DispatchQueue> queue;  // null when the session has ended
+};
+
+OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
+                                      const CFValue& destinationAttributes,
+                                      Ref<VTDecompressionSession>& out) {
+  const auto format = destinationFormat(destinationAttributes);
+  if (!description || !format) return kVTParameterErr;
+  auto avc = AvcDecoder::open(parameterSetsOf(*description));
+  if (!avc) return kVTVideoDecoderBadDataErr;
+  out = makeRef<VTDecompressionSession>(std::move(avc), *format);
+  return noErr;
+}
+
+OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSession& session,
+                                                            Ref<CMSampleBuffer> sample,
+                                                            VTDecodeFrameFlags,
+                                                            VTDecompressionOutputHandler handler) {
+  if (!session.queue) return kVTInvalidSessionErr;
+  if (!sample) return kVTParameterErr;
+  session.queue->async(
+      [decoder = session.decoder, sample = std::move(sample), handler = std::move(handler)] {
+        decodeAndDeliver(*decoder, *sample, handler);
+      });
+  return noErr;
+}
+
+OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session) {
+  if (!session.queue) return kVTInvalidSessionErr;
+  session.queue->sync([] {});
+  return noErr;
+}
+
+void VTDecompressionSessionInvalidate(VTDecompressionSession& session) {
+  if (!session.queue) return;
+  endedLast = session.queue;
+  // The queue ends itself when all that was submitted has run, without anybody waiting for it.
+  auto* queue = session.queue.get();
+  queue->async([last = std::move(session.queue)] {});
+}
+
+}  // namespace vlm::platform

@@ -1,0 +1,122 @@
+#include "platform/linux/frame_encoder.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/video_toolbox.h"
+
+namespace vlm::platform {
+namespace {
+
+constexpr int kLengthPrefix = 4;
+
+class ReadLock {
+ public:
+  explicit ReadLock(CVPixelBuffer& buffer)
+      : buffer_(buffer),
+        locked_(CVPixelBufferLockBaseAddress(buffer, kCVPixelBufferLock_ReadOnly) ==
+                kCVReturnSuccess) {}
+  ~ReadLock() {
+    if (locked_) CVPixelBufferUnlockBaseAddress(buffer_, kCVPixelBufferLock_ReadOnly);
+  }
+  ReadLock(const ReadLock&) = delete;
+  ReadLock& operator=(const ReadLock&) = delete;
+
+  explicit operator bool() const { return locked_; }
+
+ private:
+  CVPixelBuffer& buffer_;
+  const bool locked_;
+};
+
+Ref<CMFormatDescription> describe(const X264Encoder& stream) {
+  std::vector<std::span<const std::uint8_t>> sets;
+  for (const auto& set : stream.parameterSets()) sets.emplace_back(set);
+  Ref<CMFormatDescription> description;
+  CMVideoFormatDescriptionCreateFromH264ParameterSets(sets, kLengthPrefix, description);
+  return description;
+}
+
+OSStatus makeSample(std::span<const std::uint8_t> bytes, Ref<CMFormatDescription> description,
+                    CMTime time, bool keyFrame, Ref<CMSampleBuffer>& sample) {
+  Ref<CMBlockBuffer> block;
+  OSStatus status = CMBlockBufferCreateWithMemoryBlock(bytes.size(), block);
+  if (status != noErr) return status;
+  CMBlockBufferReplaceDataBytes(bytes, *block, 0);
+  const CMSampleTimingInfo timing[] = {{kCMTimeInvalid, time, kCMTimeInvalid}};
+  const std::size_t sizes[] = {bytes.size()};
+  status =
+      CMSampleBufferCreateReady(std::move(block), std::move(description), timing, sizes, sample);
+  if (status != noErr || keyFrame) return status;
+  auto* attachments = CMSampleBufferGetSampleAttachmentsArray(*sample, true);
+  (*attachments->as<CFArray>()->front().as<CFDictionary>())[std::string(
+      kCMSampleAttachmentKey_NotSync)] = true;
+  return noErr;
+}
+
+}  // namespace
+
+FrameEncoder::FrameEncoder(std::size_t width, std::size_t height, bool lowLatency)
+    : width_(width), height_(height), quantisers_(lowLatency) {}
+
+bool FrameEncoder::prepare(const CompressionSettings& settings) {
+  return stream_ != nullptr || openStream(false, settings);
+}
+
+bool FrameEncoder::openStream(bool fullRange, const CompressionSettings& settings) {
+  const X264Encoder::Format format{.width = (width_ + 1) / 2 * 2,
+                                   .height = (height_ + 1) / 2 * 2,
+                                   .fullRange = fullRange,
+                                   .framesPerSecond = settings.framesPerSecond,
+                                   .worstQuantiser = settings.worstQuantiser};
+  if (stream_ && stream_->format() == format) return true;
+  framesSinceKey_ = -1;
+  stream_ = X264Encoder::open(format);
+  description_ = stream_ ? describe(*stream_) : nullptr;
+  return static_cast<bool>(description_);
+}
+
+OSStatus FrameEncoder::encode(const Frame& frame, const CompressionSettings& settings,
+                              Ref<CMSampleBuffer>& sample) {
+  const ReadLock lock(*frame.image);
+  const OSStatus status =
+      lock ? encodeLocked(frame, settings, sample) : kVTVideoEncoderMalfunctionErr;
+  if (status != noErr) {
+    // What the stream refers to next is uncertain.
+    framesSinceKey_ = -1;
+    blocks_.forget();
+  }
+  return status;
+}
+
+OSStatus FrameEncoder::encodeLocked(const Frame& frame, const CompressionSettings& settings,
+                                    Ref<CMSampleBuffer>& sample) {
+  const auto source = input_.read(*frame.image);
+  if (!source) return kVTAllocationFailedErr;
+  if (!openStream(source->picture.fullRange, settings)) return kVTVideoEncoderMalfunctionErr;
+  blocks_.update(*source, frame.image->changes().get());
+  const bool keyFrame = keyFrameIsDue(frame, settings);
+  const double seconds = CMTimeGetSeconds(frame.presentationTimeStamp);
+  const int quantiser = quantisers_.quantiserFor(
+      {keyFrame, blocks_.changedCount(), blocks_.flags().size(), seconds}, settings);
+  const auto bytes = stream_->encode(source->picture, blocks_.flags(), quantiser, keyFrame);
+  if (!bytes) return kVTVideoEncoderMalfunctionErr;
+  quantisers_.spend(bytes->size());
+  ++framesSinceKey_;
+  if (keyFrame) {
+    framesSinceKey_ = 0;
+    keyFrameSeconds_ = seconds;
+  }
+  return makeSample(*bytes, description_, frame.presentationTimeStamp, keyFrame, sample);
+}
+
+bool FrameEncoder::keyFrameIsDue(const Frame& frame, const CompressionSettings& settings) const {
+  if (framesSinceKey_ < 0 || frame.forceKeyFrame) return true;
+  const double passed = CMTimeGetSeconds(frame.presentationTimeStamp) - keyFrameSeconds_;
+  return (settings.keyFrameIntervalFrames > 0 &&
+          framesSinceKey_ + 1 >= settings.keyFrameIntervalFrames) ||
+         (settings.keyFrameIntervalSeconds > 0 && passed >= settings.keyFrameIntervalSeconds);
+}
+
+}  // namespace vlm::platform

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/core_media.h"
+#include "platform/linux/compression_settings.h"
+#include "platform/linux/constant_blocks.h"
+#include "platform/linux/encoder_input.h"
+#include "platform/linux/quantiser_control.h"
+#include "platform/linux/x264_encoder.h"
+
+namespace vlm::platform {
+
+// Turns pixel buffers into samples, one after the other: decides on key frames and quantisers and
+// keeps the x264 stream. Used by one thread at a time.
+class FrameEncoder {
+ public:
+  // The size of the pixel buffers that will come.
+  FrameEncoder(std::size_t width, std::size_t height, bool lowLatency);
+
+  // Makes the stream before the first frame needs it. False when it can't be made.
+  bool prepare(const CompressionSettings& settings);
+
+  struct Frame {
+    Ref<CVPixelBuffer> image;
+    CMTime presentationTimeStamp;
+    bool forceKeyFrame;
+  };
+  // `sample` is written only when the status is noErr.
+  OSStatus encode(const Frame& frame, const CompressionSettings& settings,
+                  Ref<CMSampleBuffer>& sample);
+
+ private:
+  bool openStream(bool fullRange, const CompressionSettings& settings);
+  bool keyFrameIsDue(const Frame& frame, const CompressionSettings& settings) const;
+  OSStatus encodeLocked(const Frame& frame, const CompressionSettings& settings,
+                        Ref<CMSampleBuffer>& sample);
+
+  const std::size_t width_;
+  const std::size_t height_;
+  QuantiserControl quantisers_;
+  EncoderInput input_;
+  ConstantBlocks blocks_;
+  std::unique_ptr<X264Encoder> stream_;
+  Ref<CMFormatDescription> description_;
+  // Counted and timed from the last key frame; negative when the next frame has to be one.
+  std::int64_t framesSinceKey_ = -1;
+  double keyFrameSeconds_ = 0;
+};
+
+}  // namespace vlm::platform

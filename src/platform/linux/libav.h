@@ -1,0 +1,22 @@
+#pragma once
+
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
+// Owners of libav's objects.
+namespace vlm::platform {
+
+struct FreeLibav {
+  void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
+  void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
+  void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
+};
+
+using AVCodecContextPtr = std::unique_ptr<AVCodecContext, FreeLibav>;
+using AVFramePtr = std::unique_ptr<AVFrame, FreeLibav>;
+using AVPacketPtr = std::unique_ptr<AVPacket, FreeLibav>;
+
+}  // namespace vlm::platform

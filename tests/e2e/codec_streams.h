@@ -1,0 +1,117 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "VelmoraMacNative.h"
+
+// Both directions of the codec through the boundary, and the pictures and files that go through.
+namespace vlm::test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A folder that goes with its content.
+class ScratchFolder {
+ public:
+  ScratchFolder();
+  ~ScratchFolder();
+  ScratchFolder(const ScratchFolder&) = delete;
+  ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+  std::string file(const std::string& name) const { return (path_ / name).string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+Bytes readFile(const std::string& path);
+void writeFile(const std::string& path, std::span<const std::uint8_t> content);
+
+struct AccessUnit {
+  Bytes bytes;
+  bool keyFrame = false;
+  std::int64_t ptsNs = 0;
+};
+
+Bytes joined(const std::vector<AccessUnit>& units);
+// The access units of a stream in which each begins with a delimiter.
+std::vector<Bytes> splitAtDelimiters(const Bytes& stream);
+
+// Packed BGRA of soft shapes and hard-edged noise that move with `step`.
+Bytes testPicture(int width, int height, int step);
+
+class Encoder {
+ public:
+  struct Options {
+    int width = 640;
+    int height = 360;
+    int fps = 30;
+    int bitrateBps = 4'000'000;
+    bool lowLatency = false;
+  };
+
+  explicit Encoder(const Options& options);
+  ~Encoder() { finish(); }
+  Encoder(const Encoder&) = delete;
+  Encoder& operator=(const Encoder&) = delete;
+
+  void* handle() { return handle_; }
+  bool encodeBgra(const Bytes& picture, int width, int height, std::int64_t ptsNs,
+                  bool forceKeyFrame = false);
+  // The callback waits inside its next call until resume().
+  void pause();
+  void resume();
+  // Waits until so many access units have come.
+  void waitForUnits(std::size_t count);
+  // Ends the encoder; everything that came.
+  const std::vector<AccessUnit>& finish();
+
+ private:
+  static void collect(const std::uint8_t* data, std::int32_t size, bool keyFrame,
+                      std::int64_t ptsNs, void* user);
+
+  void* handle_ = nullptr;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool paused_ = false;
+  std::vector<AccessUnit> units_;
+};
+
+struct Picture {
+  int width = 0;
+  int height = 0;
+  std::int64_t ptsNs = 0;
+  Bytes pixels;  // packed NV12 or BGRA
+};
+
+class Decoder {
+ public:
+  explicit Decoder(bool bgra);
+  ~Decoder() { vlm_dec_destroy(handle_); }
+  Decoder(const Decoder&) = delete;
+  Decoder& operator=(const Decoder&) = delete;
+
+  void* handle() { return handle_; }
+  bool decode(std::span<const std::uint8_t> unit, std::int64_t ptsNs);
+  // Everything that came for what was submitted so far, in the order in which it came.
+  std::vector<Picture> pictures();
+  // Called for each picture, on the codec thread, before it is kept.
+  std::function<void(void* pixbuf, std::int64_t ptsNs)> onPicture;
+
+ private:
+  static void collect(void* pixbuf, std::int32_t width, std::int32_t height, std::int64_t ptsNs,
+                      void* user);
+
+  const bool bgra_;
+  void* handle_;
+  std::mutex mutex_;
+  std::vector<Picture> pictures_;
+};
+
+}  // namespace vlm::test

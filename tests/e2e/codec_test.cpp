@@ -1,0 +1,142 @@
+// Streams made and read through the boundary, judged by ffmpeg and ffprobe.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <sstream>
+
+#include "e2e/codec_streams.h"
+#include "support/child_process.h"
+
+namespace vlm::test {
+namespace {
+
+constexpr std::int64_t kFrameNs = 33'333'333;
+
+std::string ffprobe(const std::string& file, const std::string& entries) {
+  return outputOf({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries", entries,
+                   "-of", "csv=p=0", file});
+}
+
+// The types of a stream's NAL units, all with start codes of four bytes.
+std::vector<int> unitTypes(const Bytes& unit) {
+  std::vector<int> types;
+  for (std::size_t i = 0; i + 4 < unit.size(); ++i) {
+    if (unit[i] == 0 && unit[i + 1] == 0 && unit[i + 2] == 0 && unit[i + 3] == 1) {
+      types.push_back(unit[i + 4] & 0x1f);
+    }
+  }
+  return types;
+}
+
+std::size_t totalSize(std::span<const AccessUnit> units) {
+  std::size_t size = 0;
+  for (const auto& unit : units) size += unit.bytes.size();
+  return size;
+}
+
+double psnr(const Bytes& a, const Bytes& b) {
+  if (a.size() != b.size()) return 0;
+  double squares = 0;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    const double difference = static_cast<double>(a[i]) - b[i];
+    squares += difference * difference;
+  }
+  return 10 * std::log10(255.0 * 255.0 * static_cast<double>(a.size()) / squares);
+}
+
+// Feeds frames one at a time, so that none is dropped.
+void encodePaced(
+    Encoder& encoder, const Encoder::Options& options, int first, int count,
+    const std::function<bool(int)>& forced = [](int) { return false; }) {
+  for (int i = first; i < first + count; ++i) {
+    ASSERT_TRUE(encoder.encodeBgra(testPicture(options.width, options.height, i), options.width,
+                                   options.height, i * kFrameNs, forced(i)));
+    encoder.waitForUnits(static_cast<std::size_t>(i) + 1);
+  }
+}
+
+TEST(Codec, StreamIsWhatOtherDecodersExpect) {
+  const ScratchFolder folder;
+  const Encoder::Options options;
+  Encoder encoder(options);
+  encodePaced(encoder, options, 0, 60, [](int i) { return i % 25 == 0; });
+  const auto& units = encoder.finish();
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    EXPECT_EQ(units[i].keyFrame, i % 25 == 0) << i;
+    const auto expected = i % 25 == 0 ? std::vector{7, 8, 5} : std::vector{1};
+    EXPECT_EQ(unitTypes(units[i].bytes), expected) << i;
+    EXPECT_NEAR(static_cast<double>(units[i].ptsNs), static_cast<double>(i * kFrameNs), 1);
+  }
+  writeFile(folder.file("a.h264"), joined(units));
+  EXPECT_EQ(ffprobe(folder.file("a.h264"),
+                    "stream=profile,width,height,has_b_frames,color_range,color_space"),
+            "Main,640,360,0,tv,smpte170m");
+  EXPECT_EQ(outputOf({"ffmpeg", "-v", "error", "-xerror", "-i", folder.file("a.h264"), "-f", "null",
+                      "-"}),
+            "");
+  // Nothing may make a decoder wait for a picture that comes later.
+  const auto headers =
+      outputOf({"ffmpeg", "-hide_banner", "-loglevel", "verbose", "-i", folder.file("a.h264"), "-c",
+                "copy", "-bsf:v", "trace_headers", "-f", "null", "-"});
+  EXPECT_NE(headers.find("max_num_reorder_frames                                      1 = 0"),
+            std::string::npos);
+}
+
+TEST(Codec, PicturesComeBackAsTheyWere) {
+  const Encoder::Options options{.bitrateBps = 20'000'000};
+  Encoder encoder(options);
+  encodePaced(encoder, options, 0, 10);
+  for (const bool bgra : {false, true}) {
+    Decoder decoder(bgra);
+    for (const auto& unit : encoder.finish()) EXPECT_TRUE(decoder.decode(unit.bytes, unit.ptsNs));
+    const auto pictures = decoder.pictures();
+    ASSERT_EQ(pictures.size(), 10U);
+    if (!bgra) continue;
+    for (int i = 0; i < 10; ++i) {
+      const auto& picture = pictures[static_cast<std::size_t>(i)];
+      EXPECT_GT(psnr(picture.pixels, testPicture(options.width, options.height, i)), 30) << i;
+    }
+  }
+}
+
+TEST(Codec, BitRateChangesWithoutAKeyFrame) {
+  const Encoder::Options options{.width = 1280, .height = 720, .bitrateBps = 8'000'000};
+  Encoder encoder(options);
+  encodePaced(encoder, options, 0, 60);
+  vlm_enc_set_bitrate(encoder.handle(), 2'000'000);
+  encodePaced(encoder, options, 60, 90);
+  const std::span units(encoder.finish());
+  EXPECT_EQ(std::ranges::count(units, true, &AccessUnit::keyFrame), 1);
+  // Half a second may pass until the new rate holds.
+  const double before = 30.0 / 60 * static_cast<double>(totalSize(units.first(60))) * 8;
+  const double after = 30.0 / 75 * static_cast<double>(totalSize(units.last(75))) * 8;
+  EXPECT_GT(before, 4e6);
+  EXPECT_LT(before, 10e6);
+  EXPECT_LT(after, 2.5e6);
+  EXPECT_GT(after, 1e6);
+}
+
+TEST(Codec, NewSizeBeginsAStreamOfItsOwn) {
+  const Encoder::Options first{.width = 640, .height = 360};
+  const Encoder::Options second{.width = 321, .height = 243};
+  Encoder encoder(first);
+  encodePaced(encoder, first, 0, 5);
+  encodePaced(encoder, second, 5, 5);
+  Decoder decoder(true);
+  for (const auto& unit : encoder.finish()) {
+    EXPECT_EQ(unit.keyFrame, unit.ptsNs / kFrameNs % 5 == 0);
+    EXPECT_TRUE(decoder.decode(unit.bytes, unit.ptsNs));
+  }
+  const auto pictures = decoder.pictures();
+  ASSERT_EQ(pictures.size(), 10U);
+  for (std::size_t i = 0; i < 10; ++i) {
+    // Odd sizes, which the format does not have, are extended by a column and a row.
+    EXPECT_EQ(pictures[i].width, i < 5 ? 640 : 322);
+    EXPECT_EQ(pictures[i].height, i < 5 ? 360 : 244);
+  }
+}
+
+}  // namespace
+}  // namespace vlm::test
