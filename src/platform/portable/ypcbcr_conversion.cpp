@@ -1,68 +1,185 @@
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <limits>
+#include <optional>
 
 #include "platform/portable/fallible.h"
+#include "platform/portable/ycbcr_rows.h"
 
 namespace vlm::platform::portable {
 namespace {
 
+using PermuteMap = std::array<std::uint8_t, 4>;
+
 constexpr vImage_Error kvImageInvalidParameter = -21773;
+constexpr std::size_t kBytesPerPixel = 4;
+constexpr PermuteMap kBgraFromArgb{3, 2, 1, 0};
+constexpr std::uint8_t kOpaque = 255;
+constexpr int kChromaCentre = 128;
+// Pictures from here on gain nothing from the cache: it would not keep them until they are read.
+constexpr std::size_t kStreamingSize = std::size_t{4} << 20;
 
-// 16 fractional bits: exact to well below half a step for every input.
-constexpr int kFraction = 16;
-constexpr std::int32_t kHalf = 1 << (kFraction - 1);
+// Scaled numbers on their way into 16 bits.
+class Scaled {
+ public:
+  explicit Scaled(int bits) : scale_(std::ldexp(1.0, bits)) {}
 
-std::int32_t fixed(double value) {
-  return static_cast<std::int32_t>(std::lround(value * (1 << kFraction)));
-}
+  std::int16_t operator()(double value) {
+    const double scaled = std::round(value * scale_);
+    fits_ = fits_ && std::abs(scaled) <= std::numeric_limits<std::int16_t>::max();
+    return fits_ ? static_cast<std::int16_t>(scaled) : std::int16_t{0};
+  }
+  bool allFit() const { return fits_; }
+
+ private:
+  double scale_;
+  bool fits_ = true;
+};
 
 std::uint8_t toByte(std::int32_t value) {
-  return static_cast<std::uint8_t>(std::clamp(value >> kFraction, 0, 255));
+  return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
 }
+
+// Nothing when the numbers go beyond 16 bits, which no matrix and range in use come near.
+std::optional<YCbCrFactors> makeFactors(const vImage_YpCbCrToARGBMatrix& matrix,
+                                        const vImage_YpCbCrPixelRange& range) {
+  const double luma = matrix.Yp * 255.0 / (1.0 * range.YpRangeMax - range.Yp_bias);
+  const double chroma = 255.0 / (2.0 * range.CbCrRangeMax - 2.0 * range.CbCr_bias);
+  const double centre = chroma * (kChromaCentre - range.CbCr_bias);
+  // Half a step for rounding, and half of what cutting off each product loses.
+  const double lostByOne = std::ldexp(0.5, -kYCbCrFraction);
+  const double base = 0.5 - luma * range.Yp_bias + 2 * lostByOne;
+  Scaled factor(kYCbCrFraction + 8);
+  Scaled offset(kYCbCrFraction);
+  const YCbCrFactors factors{
+      .luma = factor(luma),
+      .crR = factor(matrix.Cr_R * chroma),
+      .crG = factor(matrix.Cr_G * chroma),
+      .cbG = factor(matrix.Cb_G * chroma),
+      .cbB = factor(matrix.Cb_B * chroma),
+      .offsetR = offset(base + matrix.Cr_R * centre),
+      .offsetG = offset(base + (matrix.Cr_G + matrix.Cb_G) * centre + lostByOne),
+      .offsetB = offset(base + matrix.Cb_B * centre),
+      .lumaMin = toByte(range.YpMin),
+      .lumaMax = toByte(range.YpMax),
+      .chromaMin = toByte(range.CbCrMin),
+      .chromaMax = toByte(range.CbCrMax),
+  };
+  if (factors.luma < 0 || !factor.allFit() || !offset.allFit()) return std::nullopt;
+  return factors;
+}
+
+constexpr std::int32_t product(std::int32_t value, std::int16_t factor) {
+  return (value * 256 * factor) >> 16;
+}
+
+// One pixel: what the vectors do to each of theirs.
+std::array<std::uint8_t, 4> convertPixel(std::uint8_t luma, const std::uint8_t* pair,
+                                         const YCbCrFactors& f, std::uint8_t alpha) {
+  const std::int32_t y = product(std::clamp(luma, f.lumaMin, f.lumaMax), f.luma);
+  const std::int32_t cb = std::clamp(pair[0], f.chromaMin, f.chromaMax) - kChromaCentre;
+  const std::int32_t cr = std::clamp(pair[1], f.chromaMin, f.chromaMax) - kChromaCentre;
+  const std::int32_t r = y + product(cr, f.crR) + f.offsetR;
+  const std::int32_t g = y + product(cb, f.cbG) + product(cr, f.crG) + f.offsetG;
+  const std::int32_t b = y + product(cb, f.cbB) + f.offsetB;
+  return {alpha, toByte(r >> kYCbCrFraction), toByte(g >> kYCbCrFraction),
+          toByte(b >> kYCbCrFraction)};
+}
+
+// The conversion of one whole image.
+class ImageConversion {
+ public:
+  ImageConversion(const vImage_Buffer& luma, const vImage_Buffer& chroma,
+                  const vImage_Buffer& destination, const YCbCrFactors& factors,
+                  const PermuteMap& permuteMap, std::uint8_t alpha)
+      : luma_(luma),
+        chroma_(chroma),
+        out_(destination),
+        factors_(factors),
+        permuteMap_(permuteMap),
+        alpha_(alpha),
+        vectors_(permuteMap == kBgraFromArgb && alpha == kOpaque) {
+    const auto base = reinterpret_cast<std::uintptr_t>(out_.data);
+    const std::size_t past = base % kStreamAlignment;
+    const std::size_t before = past == 0 ? 0 : kStreamAlignment - past;
+    // Both rows of a pair must come to lie on the boundary, and at the first pixel of a chroma
+    // pair.
+    if (out_.height * out_.rowBytes >= kStreamingSize && out_.rowBytes % kStreamAlignment == 0 &&
+        before % (2 * kBytesPerPixel) == 0) {
+      stores_ = StoreKind::kStreaming;
+      head_ = before / kBytesPerPixel;
+    }
+  }
+
+  void run() const {
+    for (std::size_t row = 0; row < out_.height; row += 2) convertRows(row);
+    if (stores_ == StoreKind::kStreaming) finishStreaming();
+  }
+
+ private:
+  void convertRows(std::size_t row) const {
+    const std::size_t second = std::min(row + 1, out_.height - 1);
+    const YCbCrRows rows{{luma_.data + row * luma_.rowBytes, luma_.data + second * luma_.rowBytes},
+                         chroma_.data + std::min(row / 2, chroma_.height - 1) * chroma_.rowBytes,
+                         {out_.data + row * out_.rowBytes, out_.data + second * out_.rowBytes}};
+    std::size_t done = 0;
+    const std::size_t paired = std::min(out_.width, 2 * chroma_.width);
+    if (vectors_ && paired > head_) {
+      done = head_ + convertRowsToBgra(rows.from(head_), paired - head_, factors_, stores_);
+      convertPixels(rows, 0, head_);
+    }
+    convertPixels(rows, done, out_.width);
+  }
+
+  void convertPixels(const YCbCrRows& rows, std::size_t begin, std::size_t end) const {
+    for (std::size_t row = 0; row < rows.out.size(); ++row) {
+      for (std::size_t x = begin; x < end; ++x) {
+        const auto* pair = rows.chroma + 2 * std::min(x / 2, chroma_.width - 1);
+        const auto argb = convertPixel(rows.luma[row][x], pair, factors_, alpha_);
+        auto* const out = rows.out[row] + kBytesPerPixel * x;
+        for (std::size_t i = 0; i < kBytesPerPixel; ++i) out[i] = argb[permuteMap_[i]];
+      }
+    }
+  }
+
+  const vImage_Buffer& luma_;
+  const vImage_Buffer& chroma_;
+  const vImage_Buffer& out_;
+  const YCbCrFactors& factors_;
+  const PermuteMap& permuteMap_;
+  std::uint8_t alpha_;
+  bool vectors_;
+  StoreKind stores_ = StoreKind::kCached;
+  std::size_t head_ = 0;  // pixels in front of the first boundary for streaming
+};
 
 }  // namespace
 
 vImage_Error generateConversion(const vImage_YpCbCrToARGBMatrix& matrix,
                                 const vImage_YpCbCrPixelRange& range, vImage_YpCbCrToARGB& out) {
-  if (range.YpRangeMax <= range.Yp_bias || range.CbCrRangeMax <= range.CbCr_bias) {
+  if (range.YpRangeMax <= range.Yp_bias || range.CbCrRangeMax <= range.CbCr_bias ||
+      range.YpMax < range.YpMin || range.CbCrMax < range.CbCrMin) {
     return kvImageInvalidParameter;
   }
-  const double luma = 255.0 / (range.YpRangeMax - range.Yp_bias);
-  const double chroma = 255.0 / (2.0 * (range.CbCrRangeMax - range.CbCr_bias));
-  out.opaque = {fixed(matrix.Yp * luma),
-                fixed(matrix.Cr_R * chroma),
-                fixed(matrix.Cr_G * chroma),
-                fixed(matrix.Cb_G * chroma),
-                fixed(matrix.Cb_B * chroma),
-                range.Yp_bias,
-                range.CbCr_bias,
-                range.YpMin,
-                range.YpMax,
-                range.CbCrMin,
-                range.CbCrMax};
+  const auto factors = makeFactors(matrix, range);
+  if (!factors) return kvImageInvalidParameter;
+  static_assert(sizeof(YCbCrFactors) <= sizeof out.opaque);
+  std::memcpy(out.opaque.data(), &*factors, sizeof *factors);
   return kvImageNoError;
 }
 
 vImage_Error convertToARGB(const vImage_Buffer& luma, const vImage_Buffer& chroma,
                            const vImage_Buffer& destination, const vImage_YpCbCrToARGB& conversion,
-                           const std::array<std::uint8_t, 4>& permuteMap, std::uint8_t alpha) {
-  const auto& c = conversion.opaque;
-  for (std::size_t row = 0; row < destination.height; ++row) {
-    const std::size_t chromaRow = chroma.height == 0 ? 0 : std::min(row / 2, chroma.height - 1);
-    const auto* y = luma.data + row * luma.rowBytes;
-    const auto* uv = chroma.data + chromaRow * chroma.rowBytes;
-    auto* out = destination.data + row * destination.rowBytes;
-    for (std::size_t x = 0; x < destination.width; ++x, out += 4) {
-      const std::size_t pair = chroma.width == 0 ? 0 : std::min(x / 2, chroma.width - 1);
-      const std::int32_t yp = (std::clamp<std::int32_t>(y[x], c[7], c[8]) - c[5]) * c[0] + kHalf;
-      const std::int32_t cb = std::clamp<std::int32_t>(uv[2 * pair], c[9], c[10]) - c[6];
-      const std::int32_t cr = std::clamp<std::int32_t>(uv[2 * pair + 1], c[9], c[10]) - c[6];
-      const std::array<std::uint8_t, 4> argb{alpha, toByte(yp + cr * c[1]),
-                                             toByte(yp + cr * c[2] + cb * c[3]),
-                                             toByte(yp + cb * c[4])};
-      for (std::size_t i = 0; i < 4; ++i) out[i] = argb[permuteMap[i]];
-    }
-  }
+                           const PermuteMap& permuteMap, std::uint8_t alpha) {
+  if (destination.width == 0 || destination.height == 0) return kvImageNoError;
+  YCbCrFactors factors;
+  std::memcpy(&factors, conversion.opaque.data(), sizeof factors);
+  // An image of one column or row may be described without any pair: it is grey.
+  static constexpr std::array<std::uint8_t, 2> kNeutral{kChromaCentre, kChromaCentre};
+  const bool hasChroma = chroma.width > 0 && chroma.height > 0;
+  const vImage_Buffer grey{const_cast<std::uint8_t*>(kNeutral.data()), 1, 1, kNeutral.size()};
+  ImageConversion(luma, hasChroma ? chroma : grey, destination, factors, permuteMap, alpha).run();
   return kvImageNoError;
 }
 

@@ -1,0 +1,12 @@
+// Stands in where no vector library is at hand: the caller's own loop takes every pixel.
+#include "platform/portable/ycbcr_rows.h"
+
+namespace vlm::platform::portable {
+
+void finishStreaming() {}
+
+std::size_t convertRowsToBgra(const YCbCrRows&, std::size_t, const YCbCrFactors&, StoreKind) {
+  return 0;
+}
+
+}  // namespace vlm::platform::portable
