@@ -1,0 +1,157 @@
+#include "codec/bitstream.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "kernels/reference_splitter.h"
+
+namespace vlm::codec {
+
+// Printed by GoogleTest where ranges differ.
+static void PrintTo(const NalRange& range, std::ostream* out) {
+  *out << "(" << range.offset << ", " << range.length << ")";
+}
+
+namespace {
+
+using Ranges = std::vector<NalRange>;
+using Sets = std::vector<std::optional<ByteView>>;
+
+const Bytes kSps{0x67, 0x42, 0xC0};
+const Bytes kPps{0x68, 0xCE};
+
+Bytes concatenate(std::initializer_list<Bytes> parts) {
+  Bytes out;
+  for (const auto& part : parts) out.insert(out.end(), part.begin(), part.end());
+  return out;
+}
+
+Bytes random(std::mt19937& generator, std::size_t size, std::initializer_list<int> alphabet) {
+  Bytes bytes(size);
+  for (auto& byte : bytes) {
+    byte = static_cast<std::uint8_t>(std::data(alphabet)[generator() % alphabet.size()]);
+  }
+  return bytes;
+}
+
+TEST(Bitstream, SplitsAtStartCodesOfBothLengths) {
+  const struct {
+    Bytes stream;
+    Ranges units;
+  } cases[] = {
+      {{}, {}},
+      {{0, 0}, {}},
+      {{0x65, 0xAA, 0xBB, 0xCC}, {}},
+      {{0, 0, 1}, {}},
+      {{0, 0, 0, 1}, {}},
+      {{0, 0, 1, 0x65}, {{3, 1}}},
+      {{0, 0, 1, 0, 0, 1, 0x65}, {{3, 0}, {6, 1}}},
+      {{0, 0, 1, 0x65, 0xAA, 0, 0, 0, 1, 0x41, 0xBB}, {{3, 2}, {9, 2}}},
+      {{0, 0, 0, 0, 1, 0x67}, {{5, 1}}},
+      {{0, 0, 0, 1, 0x67, 0, 0, 0, 0, 1, 0x68}, {{4, 2}, {10, 1}}},
+      {{0xAA, 0xBB, 0, 0, 1, 9, 0x10, 0, 0, 1, 0x65}, {{5, 2}, {10, 1}}},
+      {{0, 0, 1, 0x65, 0, 0, 1}, {{3, 1}}},
+      {{0, 0, 1, 0x65, 0, 0, 3, 1, 0, 0}, {{3, 7}}},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.units, findNalUnits(c.stream));
+}
+
+TEST(Bitstream, SplitsAsByteByByteWhateverTheBytesAndLengths) {
+  std::mt19937 generator(7);
+  const std::initializer_list<int> alphabets[] = {
+      {0, 1}, {0, 0, 0, 1}, {0, 1, 3, 0x65}, {0, 0, 3}, {0}, {1}, {0xFF}, {0, 0, 1, 0x80, 0x81}};
+  for (std::size_t size = 0; size <= 600; ++size) {
+    for (const auto& alphabet : alphabets) {
+      // Exactly as long as it says, so that an address sanitizer sees every read beyond.
+      const Bytes stream = random(generator, size, alphabet);
+      ASSERT_EQ(test::splitByteByByte(stream), findNalUnits(stream)) << size << " bytes";
+    }
+  }
+}
+
+TEST(Bitstream, FindsAStartCodeAtEveryPositionAmongOrdinaryBytes) {
+  for (const int filler : {0x00, 0x01, 0x55}) {
+    for (std::size_t at = 0; at < 520; ++at) {
+      Bytes stream(523 + at % 3, static_cast<std::uint8_t>(filler));
+      std::ranges::copy(Bytes{0, 0, 1}, stream.data() + at);
+      ASSERT_EQ(test::splitByteByByte(stream), findNalUnits(stream)) << filler << " at " << at;
+    }
+  }
+}
+
+TEST(Bitstream, WritesParameterSetsOnlyBeforeKeyFramesAndStopsAtBadLengths) {
+  const Bytes one{0, 0, 0, 2, 0x65, 0xAA};
+  const Bytes two{0, 0, 0, 1, 0x41};
+  const Bytes oneOut{0, 0, 0, 1, 0x65, 0xAA};
+  const Bytes twoOut{0, 0, 0, 1, 0x41};
+  const Bytes code{0, 0, 0, 1};
+  const Bytes setsOut = concatenate({code, kSps, code, kPps});
+  const Sets both{kSps, kPps};
+  const struct {
+    const char* what;
+    bool keyframe;
+    Sets sets;
+    Bytes sample, out;
+  } cases[] = {
+      {"key", true, both, concatenate({one, two}), concatenate({setsOut, oneOut, twoOut})},
+      {"not key", false, both, concatenate({one, two}), concatenate({oneOut, twoOut})},
+      {"no sets", true, {}, two, twoOut},
+      {"unreadable and empty sets",
+       true,
+       {std::nullopt, ByteView{}, kPps},
+       {},
+       concatenate({code, code, kPps})},
+      {"zero length", false, {}, concatenate({one, {0, 0, 0, 0}, two}), oneOut},
+      {"overrun by one", false, {}, concatenate({one, {0, 0, 0, 2, 0x41}}), oneOut},
+      {"huge length", false, {}, concatenate({one, {0xFF, 0xFF, 0xFF, 0xFF, 0x41}}), oneOut},
+      {"short sample", false, both, {0, 0, 0}, {}},
+      {"short key sample", true, both, {0, 0, 0}, setsOut},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(c.out, buildAnnexBAccessUnit(c.keyframe, c.sets, c.sample)) << c.what;
+  }
+}
+
+TEST(Bitstream, KeepsParameterSetsAndTellsWhenTheyChange) {
+  const Bytes code{0, 0, 1};
+  const Bytes unit = concatenate({code, kSps, code, kPps, code, {0x65, 0xAA}});
+  Bytes otherPps = unit;
+  otherPps[10] ^= 1;
+  Bytes longerSps = concatenate({code, kSps, {0x80}, code, kPps, code, {0x65, 0xAA}});
+  ParameterSets held;
+  const struct {
+    const Bytes& stream;
+    bool changed;
+  } steps[] = {{unit, true}, {unit, false}, {otherPps, true}, {otherPps, false}, {longerSps, true}};
+  for (const auto& step : steps) {
+    const auto sample = buildLengthPrefixedSample(step.stream, findNalUnits(step.stream), held);
+    EXPECT_EQ(step.changed, sample.changed);
+    EXPECT_EQ(Bytes({0, 0, 0, 2, 0x65, 0xAA}), sample.bytes);
+  }
+  EXPECT_EQ(concatenate({kSps, {0x80}}), held.sps);
+  EXPECT_EQ(kPps, held.pps);
+}
+
+TEST(Bitstream, ReadsBackWhatItWroteLessSeiAndDelimiters) {
+  std::mt19937 generator(11);
+  for (int type = 0; type < 32; ++type) {
+    if (type == 7 || type == 8) continue;
+    // Bytes without a pair of zeros, as emulation prevention leaves them.
+    Bytes payload = random(generator, 1000, {1, 2, 3, 0x80, 0xFF});
+    payload.front() = static_cast<std::uint8_t>(0x60 | type);
+    const Bytes slice{0, 0, 0, 2, 0x65, 0x88};
+    const Bytes sample = concatenate({{0, 0, 3, 0xE8}, payload, slice});
+    const Sets sets{kSps, kPps};
+    const Bytes stream = buildAnnexBAccessUnit(true, sets, sample);
+    ParameterSets held;
+    const auto back = buildLengthPrefixedSample(stream, findNalUnits(stream), held);
+    EXPECT_EQ(type == 6 || type == 9 ? slice : sample, back.bytes) << "type " << type;
+    EXPECT_EQ(kSps, held.sps);
+    EXPECT_EQ(kPps, held.pps);
+  }
+}
+
+}  // namespace
+}  // namespace vlm::codec
