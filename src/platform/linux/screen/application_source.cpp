@@ -1,0 +1,158 @@
+#include "platform/linux/screen/application_source.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/screen/core_rectangle.h"
+
+namespace vlm::platform::screen {
+
+ApplicationSource::ApplicationSource(const x11::Connection& connection,
+                                     const ApplicationsTarget& target)
+    : connection_(connection),
+      target_(target),
+      place_(connection, target.display->displayID, pixelsOf(target.display->frame)),
+      reader_(connection) {
+  constexpr std::uint32_t kEvents =
+      XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_change_window_attributes(connection.get(), connection.screen().root, XCB_CW_EVENT_MASK,
+                               &kEvents);
+  std::vector<Rectangle> everything;
+  refreshWindows(everything);
+}
+
+void ApplicationSource::handle(const xcb_generic_event_t& event) {
+  if (place_.handle(event)) return;
+  handleRoot(event);
+  for (const auto& each : windows_) each.window->handle(event);
+}
+
+bool ApplicationSource::isShown(xcb_window_t window) const {
+  return std::ranges::any_of(windows_, [&](const Shown& each) {
+    return each.topLevel == window || each.window->id() == window;
+  });
+}
+
+// Windows of others may move as they like; everything else may concern a window that is or will be
+// shown.
+void ApplicationSource::handleRoot(const xcb_generic_event_t& event) {
+  switch (event.response_type & 0x7F) {
+    case XCB_CONFIGURE_NOTIFY: {
+      const auto& notice = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+      isListStale_ |= isShown(notice.window);
+      break;
+    }
+    case XCB_PROPERTY_NOTIFY:  // the window manager's list, among others
+    case XCB_MAP_NOTIFY:
+    case XCB_UNMAP_NOTIFY:
+    case XCB_DESTROY_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+    case XCB_CIRCULATE_NOTIFY:
+      isListStale_ = true;
+      break;
+    default:
+      break;
+  }
+}
+
+bool ApplicationSource::hasChanges() const {
+  // The first picture waits until all windows can be in it.
+  if (isFirst_ && wakeAt().value_or(Clock::time_point::min()) > Clock::now()) return false;
+  return isListStale_ || place_.isStale() ||
+         std::ranges::any_of(windows_, [](const Shown& each) { return each.window->hasChanges(); });
+}
+
+std::optional<Clock::time_point> ApplicationSource::wakeAt() const {
+  std::optional<Clock::time_point> first;
+  for (const auto& each : windows_) {
+    const auto wake = each.window->wakeAt();
+    if (wake && (!first || *wake < *first)) first = wake;
+  }
+  return first;
+}
+
+bool ApplicationSource::isWanted(const x11::Window& window) const {
+  if (!window.isOnScreen) return false;
+  if (std::ranges::find(target_.excepting, window.id) != target_.excepting.end()) return false;
+  return std::ranges::any_of(target_.applications, [&](const auto& application) {
+    return application->bundleIdentifier == window.className.value_or("") &&
+           application->processID == window.processId;
+  });
+}
+
+std::vector<Rectangle> ApplicationSource::takeChanges() {
+  std::vector<Rectangle> changes;
+  isFirst_ = false;
+  const bool isPlaceNew = place_.isStale();
+  if (isPlaceNew) place_.refresh();
+  if (std::exchange(isListStale_, false)) refreshWindows(changes);
+  collectDamage(changes);
+  if (isPlaceNew) return {x11::wholeOf(size())};
+  const Rectangle frame = place_.frame();
+  for (auto& each : changes) each = intersection(each, frame).movedBy(-frame.x, -frame.y);
+  return changes;
+}
+
+// Lists the windows anew. What moved, came, went or changed its place in the stack changed the
+// content there.
+void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
+  auto listed = x11::listWindows(connection_, x11::Listing::everything);
+  std::erase_if(listed, [this](const x11::Window& each) { return !isWanted(each); });
+  std::ranges::reverse(listed);
+  std::vector<xcb_window_t> before;
+  for (const auto& each : windows_) before.push_back(each.window->id());
+  std::vector<Shown> next;
+  for (const auto& window : listed) next.push_back(takeOver(window, changes));
+  for (const auto& each : windows_) {
+    if (each.window) changes.push_back(each.frame);  // gone
+  }
+  windows_ = std::move(next);
+  const bool isSameOrder =
+      std::ranges::equal(windows_, before, {}, [](const Shown& each) { return each.window->id(); });
+  if (isSameOrder) return;
+  for (const auto& each : windows_) changes.push_back(each.frame);
+}
+
+ApplicationSource::Shown ApplicationSource::takeOver(const x11::Window& window,
+                                                     std::vector<Rectangle>& changes) {
+  const auto known = std::ranges::find_if(
+      windows_, [&](const Shown& each) { return each.window && each.window->id() == window.id; });
+  if (known == windows_.end()) {
+    return {std::make_unique<RedirectedWindow>(connection_, window.id), window.topLevel,
+            window.frame};
+  }
+  if (known->frame != window.frame) {
+    changes.push_back(known->frame);
+    changes.push_back(window.frame);
+  }
+  return {std::move(known->window), window.topLevel, window.frame};
+}
+
+void ApplicationSource::collectDamage(std::vector<Rectangle>& changes) {
+  for (const auto& each : windows_) each.window->askChanges();
+  for (const auto& each : windows_) {
+    std::vector<Rectangle> damage;
+    each.window->collectChanges(damage);
+    for (const auto& area : damage) changes.push_back(area.movedBy(each.frame.x, each.frame.y));
+  }
+}
+
+std::vector<Layer> ApplicationSource::layers() const {
+  std::vector<Layer> result;
+  const Rectangle frame = place_.frame();
+  for (const auto& each : windows_) {
+    // A window shows as much as its picture holds, which may still be of its former size.
+    const Size size = each.window->size();
+    if (size.isEmpty()) continue;
+    result.push_back({each.window.get(),
+                      {each.frame.x - frame.x, each.frame.y - frame.y, size.width, size.height}});
+  }
+  return result;
+}
+
+void ApplicationSource::read(std::span<const Rectangle> areas, const Receiver& receive) {
+  const auto shown = layers();
+  reader_.read(shown, areas, receive);
+}
+
+}  // namespace vlm::platform::screen

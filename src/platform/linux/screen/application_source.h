@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/linux/content_filter.h"
+#include "platform/linux/screen/display_source.h"
+#include "platform/linux/screen/layered_reader.h"
+#include "platform/linux/screen/redirected_window.h"
+#include "platform/linux/screen/source.h"
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/window_list.h"
+
+namespace vlm::platform::screen {
+
+// The windows of some applications on one display, at their places before black, and nothing of
+// any other application. Windows are taken in and let go as they come and go.
+class ApplicationSource final : public Source {
+ public:
+  ApplicationSource(const x11::Connection& connection, const ApplicationsTarget& target);
+
+  void handle(const xcb_generic_event_t& event) override;
+  bool hasChanges() const override;
+  std::vector<Rectangle> takeChanges() override;
+  Size size() const override { return place_.frame().size(); }
+  void read(std::span<const Rectangle> areas, const Receiver& receive) override;
+  std::optional<Clock::time_point> wakeAt() const override;
+
+ private:
+  struct Shown {
+    std::unique_ptr<RedirectedWindow> window;
+    xcb_window_t topLevel = XCB_NONE;
+    Rectangle frame;  // relative to the root
+  };
+
+  bool isWanted(const x11::Window& window) const;
+  bool isShown(xcb_window_t window) const;
+  void handleRoot(const xcb_generic_event_t& event);
+  void refreshWindows(std::vector<Rectangle>& changes);
+  Shown takeOver(const x11::Window& window, std::vector<Rectangle>& changes);
+  void collectDamage(std::vector<Rectangle>& changes);
+  std::vector<Layer> layers() const;
+
+  const x11::Connection& connection_;
+  const ApplicationsTarget target_;
+  MonitorPlace place_;
+  std::vector<Shown> windows_;  // back to front
+  bool isListStale_ = true;
+  bool isFirst_ = true;
+  LayeredReader reader_;
+};
+
+}  // namespace vlm::platform::screen

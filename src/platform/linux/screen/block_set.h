@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/linux/x11/rectangle.h"
+
+namespace vlm::platform::screen {
+
+// Blocks of a picture, the same 16 x 16 ones that a ChangeMap speaks of.
+class BlockSet {
+ public:
+  explicit BlockSet(x11::Size picture);
+
+  bool isEmpty() const { return isEmpty_; }
+  // Adds every block that the pixels touch.
+  void add(const x11::Rectangle& pixels);
+  void addAll() { add(x11::wholeOf(picture_)); }
+  // Empties the set and tells what was in it, as few rectangles of whole blocks that don't
+  // overlap; blocks that cost less than a rectangle more may be among them. In pixels, cut off at
+  // the picture's edge.
+  std::vector<x11::Rectangle> takeRectangles();
+
+ private:
+  x11::Rectangle pixelsOf(const x11::Rectangle& blocks) const;
+
+  x11::Size picture_;
+  int columns_;
+  int rows_;
+  bool isEmpty_ = true;
+  std::vector<std::uint8_t> marks_;
+};
+
+}  // namespace vlm::platform::screen

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <thread>
+
+#include "platform/linux/content_filter.h"
+#include "platform/linux/screen/capture_loop.h"
+#include "platform/screen_capture_kit.h"
+
+namespace vlm::platform::screen {
+
+// A running capture: a connection of its own and the thread that works on it.
+class CaptureThread {
+ public:
+  // The handlers run on the thread.
+  struct Handlers {
+    // Once, when the capture runs or can't: then with the reason.
+    std::function<void(std::optional<NSError>)> started;
+    CaptureLoop::Deliver picture;
+    // At most once, when a capture that ran ends by itself.
+    std::function<void(const NSError&)> ended;
+  };
+
+  CaptureThread(std::shared_ptr<const ContentFilter> filter,
+                const SCStreamConfiguration& configuration, Handlers handlers);
+  // Ends the capture, whatever the thread waits for, and waits for the thread unless this is the
+  // very one.
+  ~CaptureThread();
+  CaptureThread(const CaptureThread&) = delete;
+  CaptureThread& operator=(const CaptureThread&) = delete;
+
+ private:
+  class Interruption;
+
+  const std::shared_ptr<Interruption> interruption_;
+  std::thread thread_;
+};
+
+}  // namespace vlm::platform::screen

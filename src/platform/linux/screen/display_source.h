@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "platform/linux/screen/damage_watch.h"
+#include "platform/linux/screen/image_reader.h"
+#include "platform/linux/screen/source.h"
+#include "platform/linux/x11/connection.h"
+
+namespace vlm::platform::screen {
+
+// The place of a monitor on the root window, kept up to date when the screen is set up anew. What
+// is left of the screen stands in for a monitor that is gone.
+class MonitorPlace {
+ public:
+  MonitorPlace(const x11::Connection& connection, std::uint32_t id, const Rectangle& frame);
+
+  // True when the event tells that the screen may have been set up anew.
+  bool handle(const xcb_generic_event_t& event);
+  bool isStale() const { return isStale_; }
+  void refresh();
+  // Relative to the root window and within it.
+  const Rectangle& frame() const { return frame_; }
+
+ private:
+  const x11::Connection& connection_;
+  const std::uint32_t id_;
+  Rectangle frame_;
+  bool isStale_ = true;
+};
+
+// Everything on one display, as the root window shows it.
+class DisplaySource final : public Source {
+ public:
+  DisplaySource(const x11::Connection& connection, std::uint32_t id, const Rectangle& frame);
+
+  void handle(const xcb_generic_event_t& event) override;
+  bool hasChanges() const override { return place_.isStale() || damage_.isDamaged(); }
+  std::vector<Rectangle> takeChanges() override;
+  Size size() const override { return place_.frame().size(); }
+  void read(std::span<const Rectangle> areas, const Receiver& receive) override;
+
+ private:
+  const x11::Connection& connection_;
+  MonitorPlace place_;
+  DamageWatch damage_;
+  ImageReader reader_;
+};
+
+}  // namespace vlm::platform::screen

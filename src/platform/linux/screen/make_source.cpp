@@ -1,0 +1,93 @@
+#include "platform/linux/screen/make_source.h"
+
+#include "platform/linux/screen/application_source.h"
+#include "platform/linux/screen/core_rectangle.h"
+#include "platform/linux/screen/display_source.h"
+#include "platform/linux/screen/window_source.h"
+#include "platform/linux/x11/extensions.h"
+
+namespace vlm::platform::screen {
+namespace {
+
+using x11::Extension;
+
+const xcb_visualtype_t* rootVisual(const xcb_screen_t& screen) {
+  auto depths = xcb_screen_allowed_depths_iterator(&screen);
+  for (; depths.rem > 0; xcb_depth_next(&depths)) {
+    auto visuals = xcb_depth_visuals_iterator(depths.data);
+    for (; visuals.rem > 0; xcb_visualtype_next(&visuals)) {
+      if (visuals.data->visual_id == screen.root_visual) return visuals.data;
+    }
+  }
+  return nullptr;
+}
+
+int bitsPerPixel(const xcb_setup_t& setup, int depth) {
+  auto formats = xcb_setup_pixmap_formats_iterator(&setup);
+  for (; formats.rem > 0; xcb_format_next(&formats)) {
+    if (formats.data->depth == depth) return formats.data->bits_per_pixel;
+  }
+  return 0;
+}
+
+// Every current desktop has its pixels as bytes blue, green, red and one unused.
+bool hasUsualPixels(const x11::Connection& connection) {
+  const auto& screen = connection.screen();
+  const auto* visual = rootVisual(screen);
+  return visual != nullptr && visual->red_mask == 0xFF0000 && visual->green_mask == 0xFF00 &&
+         visual->blue_mask == 0xFF && bitsPerPixel(connection.setup(), screen.root_depth) == 32 &&
+         connection.setup().image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
+}
+
+bool isWindow(const x11::Connection& connection, xcb_window_t window) {
+  const x11::Reply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
+      connection.get(), xcb_get_window_attributes(connection.get(), window), nullptr));
+  return reply != nullptr;
+}
+
+// Makes the source for each kind of target, or says why it can't.
+struct Maker {
+  const x11::Connection& connection;
+  std::string& reason;
+
+  std::unique_ptr<Source> operator()(const DisplayTarget& target) const {
+    if (!target.excluding.empty()) {
+      return refuse("windows can't be left out of a display on this platform");
+    }
+    return std::make_unique<DisplaySource>(connection, target.display->displayID,
+                                           pixelsOf(target.display->frame));
+  }
+  std::unique_ptr<Source> operator()(const WindowTarget& target) const {
+    if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
+    if (!isWindow(connection, target.windowID)) return refuse("the window was closed");
+    return std::make_unique<WindowSource>(connection, target.windowID);
+  }
+  std::unique_ptr<Source> operator()(const ApplicationsTarget& target) const {
+    if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
+    return std::make_unique<ApplicationSource>(connection, target);
+  }
+
+  std::unique_ptr<Source> refuse(const char* why) const {
+    reason = why;
+    return nullptr;
+  }
+
+  static constexpr const char* kNoComposite = "the X server lacks the Composite extension";
+};
+
+}  // namespace
+
+std::unique_ptr<Source> makeSource(const x11::Connection& connection, const ContentFilter& filter,
+                                   std::string& reason) {
+  if (!hasUsualPixels(connection)) {
+    reason = "the X server's pixels are not of the 32-bit kind";
+    return nullptr;
+  }
+  if (!supports(connection, Extension::fixes) || !supports(connection, Extension::damage)) {
+    reason = "the X server lacks the Damage extension";
+    return nullptr;
+  }
+  return std::visit(Maker{connection, reason}, filter.target());
+}
+
+}  // namespace vlm::platform::screen

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/linux/x11/rectangle.h"
+
+namespace vlm::platform::screen {
+
+using Clock = std::chrono::steady_clock;
+using x11::Rectangle;
+using x11::Size;
+
+// Pixels as the X server keeps them: blue, green, red and a byte that means nothing.
+struct PixelView {
+  const std::uint8_t* data = nullptr;
+  std::size_t bytesPerRow = 0;
+};
+inline constexpr std::size_t kBytesPerPixel = 4;
+
+// What a stream shows, in pixels of its own: told what changed, asked for the pixels. Everything
+// happens on the stream's thread.
+class Source {
+ public:
+  virtual ~Source() = default;
+
+  // Looks at an event of the connection, whoever it is for.
+  virtual void handle(const xcb_generic_event_t& event) = 0;
+  // True when takeChanges() would find something now.
+  virtual bool hasChanges() const = 0;
+  // Where the content changed since the last call; everything after a change of size.
+  virtual std::vector<Rectangle> takeChanges() = 0;
+  // The content's size as of the last takeChanges(); empty while there is nothing to be seen.
+  virtual Size size() const = 0;
+
+  // Lends the pixels of each area, which lies within the content, for the time of a call. Areas
+  // that the server refuses are left out: an event that tells why is then on its way.
+  using Receiver = std::function<void(std::size_t index, const PixelView& pixels)>;
+  virtual void read(std::span<const Rectangle> areas, const Receiver& receive) = 0;
+
+  // When hasChanges() can become true without an event.
+  virtual std::optional<Clock::time_point> wakeAt() const { return std::nullopt; }
+  // Why nothing can come any more.
+  virtual std::optional<std::string> ended() const { return std::nullopt; }
+};
+
+}  // namespace vlm::platform::screen

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/linux/screen/layered_reader.h"
+#include "platform/linux/screen/redirected_window.h"
+#include "platform/linux/screen/source.h"
+#include "platform/linux/x11/connection.h"
+
+namespace vlm::platform::screen {
+
+// One window, alone and whole. While it is minimised there is nothing to be seen.
+class WindowSource final : public Source {
+ public:
+  WindowSource(const x11::Connection& connection, xcb_window_t window);
+
+  void handle(const xcb_generic_event_t& event) override { window_.handle(event); }
+  bool hasChanges() const override { return window_.hasChanges(); }
+  std::vector<Rectangle> takeChanges() override;
+  Size size() const override { return window_.size(); }
+  void read(std::span<const Rectangle> areas, const Receiver& receive) override;
+  std::optional<Clock::time_point> wakeAt() const override { return window_.wakeAt(); }
+  std::optional<std::string> ended() const override;
+
+ private:
+  RedirectedWindow window_;
+  LayeredReader reader_;
+};
+
+}  // namespace vlm::platform::screen

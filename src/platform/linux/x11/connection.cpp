@@ -1,0 +1,36 @@
+#include "platform/linux/x11/connection.h"
+
+#include <sys/socket.h>
+
+namespace vlm::platform::x11 {
+namespace {
+
+xcb_screen_t* screenNumber(xcb_connection_t* connection, int number) {
+  auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+  for (; number > 0 && screens.rem > 0; --number) xcb_screen_next(&screens);
+  return screens.rem > 0 ? screens.data : nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<Connection> Connection::open() {
+  int number = 0;
+  xcb_connection_t* connection = xcb_connect(nullptr, &number);
+  xcb_screen_t* screen =
+      xcb_connection_has_error(connection) == 0 ? screenNumber(connection, number) : nullptr;
+  if (screen == nullptr) {
+    xcb_disconnect(connection);  // a failed connection is an object too
+    return nullptr;
+  }
+  return std::unique_ptr<Connection>(new Connection(connection, screen));
+}
+
+Connection::~Connection() {
+  xcb_disconnect(connection_);
+}
+
+void Connection::hangUp() const noexcept {
+  shutdown(descriptor(), SHUT_RDWR);
+}
+
+}  // namespace vlm::platform::x11

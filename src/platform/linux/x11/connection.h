@@ -1,0 +1,36 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <memory>
+
+namespace vlm::platform::x11 {
+
+// A connection of our own to the X server that DISPLAY names. A lost server turns every later
+// request into nothing and every reply into null; unlike with Xlib it never ends the process.
+class Connection {
+ public:
+  // Null when the server can't be reached.
+  static std::unique_ptr<Connection> open();
+  ~Connection();
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  xcb_connection_t* get() const noexcept { return connection_; }
+  const xcb_screen_t& screen() const noexcept { return *screen_; }
+  const xcb_setup_t& setup() const noexcept { return *xcb_get_setup(connection_); }
+  int descriptor() const noexcept { return xcb_get_file_descriptor(connection_); }
+  bool isLost() const noexcept { return xcb_connection_has_error(connection_) != 0; }
+
+  // Loses the server on purpose: whoever waits for it on another thread goes on at once.
+  void hangUp() const noexcept;
+
+ private:
+  Connection(xcb_connection_t* connection, xcb_screen_t* screen)
+      : connection_(connection), screen_(screen) {}
+
+  xcb_connection_t* const connection_;
+  xcb_screen_t* const screen_;
+};
+
+}  // namespace vlm::platform::x11

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+
+#include "platform/linux/x11/connection.h"
+
+namespace vlm::platform::x11 {
+
+// The extensions that the platform uses, each with the oldest version that will do.
+enum class Extension {
+  composite,  // 0.2: windows named as pixmaps
+  damage,     // 1.1
+  fixes,      // 2.0: regions
+  randr,      // 1.5: monitors
+  resources,  // 1.2: processes of clients
+  shape,      // 1.1
+};
+
+// Tells whether the server has the extension, new enough. It asks the server for the version,
+// which an extension wants to be done before it is used at all.
+bool supports(const Connection& connection, Extension extension);
+
+// The number of the extension's first event; only for one that is supported.
+std::uint8_t firstEventOf(const Connection& connection, Extension extension);
+
+}  // namespace vlm::platform::x11

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/reply.h"
+
+namespace vlm::platform::x11 {
+
+// The atoms of these names, in one round trip; those that could not be had are none.
+template <std::size_t count>
+std::array<xcb_atom_t, count> internAtoms(const Connection& connection,
+                                          const std::array<std::string_view, count>& names) {
+  std::array<xcb_intern_atom_cookie_t, count> asked;
+  for (std::size_t i = 0; i < count; ++i) {
+    asked[i] = xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(names[i].size()),
+                               names[i].data());
+  }
+  std::array<xcb_atom_t, count> atoms{};
+  for (std::size_t i = 0; i < count; ++i) {
+    const Reply<xcb_intern_atom_reply_t> reply(
+        xcb_intern_atom_reply(connection.get(), asked[i], nullptr));
+    if (reply) atoms[i] = reply->atom;
+  }
+  return atoms;
+}
+
+// A property of a window, asked for when this is made and waited for when it is read, so that many
+// can be underway at once.
+class PropertyRequest {
+ public:
+  PropertyRequest(const Connection& connection, xcb_window_t window, xcb_atom_t property);
+  ~PropertyRequest();
+  PropertyRequest(PropertyRequest&& other) noexcept;
+  PropertyRequest& operator=(PropertyRequest&&) = delete;
+
+  // The property as a list of 32-bit values (windows, atoms, numbers); empty when there is none.
+  std::vector<std::uint32_t> values();
+  // The property as UTF-8 text, zero bytes included; nothing when there is none. Text of the old
+  // kind is Latin-1 and is converted.
+  std::optional<std::string> text();
+
+ private:
+  const xcb_get_property_reply_t* reply();
+
+  xcb_connection_t* connection_;
+  xcb_get_property_cookie_t asked_;
+  bool pending_ = true;
+  Reply<xcb_get_property_reply_t> reply_;
+};
+
+}  // namespace vlm::platform::x11
