@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# An installed copy serves C and C++ programs: install.sh BUILD_DIR CONSUMER_DIR C_COMPILER
+# An installed copy serves C and C++ programs: install.sh BUILD_DIR SOURCE_DIR C_COMPILER
 # CXX_COMPILER.
 set -euo pipefail
-build=$1 consumer=$2 cc=$3 cxx=$4
+build=$1 source=$2 cc=$3 cxx=$4
+consumer=$source/tests/packaging/consumer
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 strict=(-pedantic-errors -Wall -Wextra -Wstrict-prototypes -Werror)
@@ -23,6 +24,11 @@ libdir=$(pkg-config --variable=libdir VelmoraMacNative)
 
 "$cc" -std=c99 "${strict[@]}" "$consumer/consumer.c" "${flags[@]}" -o "$work/by_pkg_config"
 LD_LIBRARY_PATH=$libdir "$work/by_pkg_config"
+
+# What the manual shows is a whole program.
+sed -n '/^```c$/,/^```$/ { /^```/d; p }' "$source/README.md" >"$work/example.c"
+"$cc" -std=c99 -D_POSIX_C_SOURCE=200809L "${strict[@]}" "$work/example.c" "${flags[@]}" \
+  -o "$work/example"
 
 cmake -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
   -DCMAKE_C_COMPILER="$cc" >/dev/null
