@@ -41,15 +41,19 @@ ChildProcess startServer(const PrivateDesktop::Options& options, std::string& di
   const NumberPipe number;
   const std::string screen =
       std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-  ChildProcess server({"Xvfb", "-displayfd", std::to_string(number.ends[1]), "-screen", "0", screen,
-                       "-nolisten", "tcp", "-noreset"},
-                      number.ends[1]);
+  std::vector<std::string> command{"Xvfb",      "-displayfd", std::to_string(number.ends[1]),
+                                   "-screen",   "0",          screen,
+                                   "-nolisten", "tcp",        "-noreset"};
+  command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
+  ChildProcess server(command, number.ends[1]);
   display = ":" + number.read();
   return server;
 }
 
+// The list of clients is the last thing that the window manager sets up; it announces itself well
+// before it takes notice of new windows.
 bool isManaged() {
-  const auto answer = runCommand({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"});
+  const auto answer = runCommand({"xprop", "-root", "_NET_CLIENT_LIST"});
   return answer.output.find("window id") != std::string::npos;
 }
 

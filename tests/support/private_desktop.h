@@ -18,6 +18,7 @@ class PrivateDesktop {
     int width = 1920;
     int height = 1080;
     bool windowManager = true;
+    std::vector<std::string> serverArguments = {};
   };
 
   PrivateDesktop() : PrivateDesktop(Options{}) {}

@@ -1,0 +1,315 @@
+// Capturing a real X server through the public header. What stands on the screen is judged by
+// ImageMagick and xdotool.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <random>
+#include <thread>
+
+#include "e2e/frame_recorder.h"
+#include "support/canvas.h"
+#include "support/private_desktop.h"
+
+namespace vlm::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+// For the rounding to 8 bits and the shared chroma at coloured edges.
+constexpr double kSame = 0.02;
+constexpr int kFps = 60;
+constexpr std::uint32_t kWhite = 0xFFFFFF, kGrey = 0x707070, kRed = 0xE02020, kBlue = 0x2020E0;
+const PrivateDesktop::Options kSmall{.width = 800, .height = 600, .windowManager = false};
+const PrivateDesktop::Options kManaged{.width = 800, .height = 600, .windowManager = true};
+
+std::uint8_t lumaAt(const Frame& frame, int x, int y) {
+  return frame.luma.at(static_cast<std::size_t>(y) * frame.width + x);
+}
+
+// The luma that a colour of the canvas comes out with.
+int lumaOf(std::uint32_t color) {
+  const double red = (color >> 16) & 0xFF, green = (color >> 8) & 0xFF, blue = color & 0xFF;
+  return static_cast<int>(16.5 + (65.738 * red + 129.057 * green + 25.064 * blue) / 256);
+}
+
+void expectColor(const Frame& frame, int x, int y, std::uint32_t color, const char* what) {
+  EXPECT_NEAR(lumaAt(frame, x, y), lumaOf(color), 2) << what << " at " << x << "," << y;
+}
+
+void paintAtRandom(Canvas& canvas, const Canvas::Place& bounds, std::mt19937& random) {
+  const auto upTo = [&](int limit) { return static_cast<int>(random() % limit); };
+  const Canvas::Place place{upTo(bounds.width), upTo(bounds.height), 1 + upTo(90), 1 + upTo(60)};
+  canvas.fill(place, random() & 0xFFFFFF);
+}
+
+TEST(Capture, StillScreenYieldsItsPictureOnceAndAChangeAtOnce) {
+  const PrivateDesktop desktop(kSmall);
+  Canvas canvas("still", {100, 80, 400, 300}, kGrey);
+  canvas.fill({50, 50, 100, 100}, kRed);
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  EXPECT_LT(distanceToScreen(recorder.last()), kSame);
+  EXPECT_EQ(recorder.count(), 1U);
+  std::this_thread::sleep_for(300ms);
+  canvas.fill({50, 50, 100, 100}, kRed);  // as it was
+  EXPECT_EQ((recorder.last(), recorder.count()), 1U);
+  canvas.fill({200, 100, 33, 17}, kWhite);
+  EXPECT_LT(distanceToScreen(recorder.last()), kSame);
+  EXPECT_EQ(recorder.count(), 2U);
+}
+
+struct PartialCase {
+  const char* name;
+  int maxWidth;
+  int maxHeight;
+  std::size_t keep;  // frames that the host holds on to
+  std::vector<std::string> serverArguments;
+};
+
+class PartialUpdates : public testing::TestWithParam<PartialCase> {};
+
+// Blocks that the account of changes calls unchanged are the same to the byte.
+std::size_t wronglyUnchanged(const Frame& before, const Frame& after) {
+  constexpr int kBlock = 16;
+  const auto& changes = *after.changes;
+  std::size_t wrong = 0;
+  for (std::size_t block = 0; block < changes.lastChange.size(); ++block) {
+    if (!changes.unchangedSince(before.changes->picture, block)) continue;
+    const int x = static_cast<int>(block % changes.columns) * kBlock;
+    const int y = static_cast<int>(block / changes.columns) * kBlock;
+    const auto bytes = static_cast<std::size_t>(std::min(kBlock, after.width - x));
+    for (int row = y; row < std::min(y + kBlock, after.height); ++row) {
+      const auto luma = static_cast<std::size_t>(row) * after.width + x;
+      const auto chroma = static_cast<std::size_t>(row / 2) * after.width + x;
+      wrong += std::memcmp(&before.luma[luma], &after.luma[luma], bytes) != 0;
+      wrong += std::memcmp(&before.chroma[chroma], &after.chroma[chroma], bytes) != 0;
+    }
+  }
+  return wrong;
+}
+
+TEST_P(PartialUpdates, EqualAWholePictureAndAreAccountedFor) {
+  const auto& [name, maxWidth, maxHeight, keep, serverArguments] = GetParam();
+  auto options = kSmall;
+  options.serverArguments = serverArguments;
+  const PrivateDesktop desktop(options);
+  const Canvas::Place place{37, 41, 700, 500};
+  Canvas canvas("partial", place, kGrey);
+  FrameRecorder recorder(keep);
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, maxWidth, maxHeight));
+  ASSERT_TRUE(recorder.waitFor(0));
+  std::mt19937 random(7);
+  for (int round = 0; round < 60; ++round) {
+    for (int i = 0; i < 3; ++i) paintAtRandom(canvas, place, random);
+    std::this_thread::sleep_for(std::chrono::milliseconds(random() % 30));
+    if (round % 20 == 19) recorder.release();
+  }
+  const Frame last = recorder.last();
+  ASSERT_GT(recorder.count(), 10U);
+  for (std::size_t i = 1; i < recorder.count(); ++i) {
+    const Frame before = recorder.at(i - 1), after = recorder.at(i);
+    ASSERT_EQ(after.changes->source, before.changes->source);
+    ASSERT_GT(after.changes->picture, before.changes->picture);
+    ASSERT_GE(after.ptsNs - before.ptsNs, 1'000'000'000 / kFps);
+    ASSERT_EQ(wronglyUnchanged(before, after), 0U) << "frame " << i;
+  }
+  FrameRecorder whole;
+  ASSERT_TRUE(whole.start(vlm_capture_start_display, 0U, kFps, maxWidth, maxHeight));
+  const Frame fresh = whole.last();
+  EXPECT_NE(fresh.changes->source, last.changes->source);
+  EXPECT_TRUE(fresh.luma == last.luma && fresh.chroma == last.chroma);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Sizes, PartialUpdates,
+    testing::Values(PartialCase{"Whole", 0, 0, 0, {}}, PartialCase{"Kept", 0, 0, 3, {}},
+                    PartialCase{"Half", 400, 300, 2, {}}, PartialCase{"Odd", 531, 397, 3, {}},
+                    PartialCase{"NoSharedMemory", 0, 0, 1, {"-extension", "MIT-SHM"}}),
+    [](const auto& each) { return each.param.name; });
+
+TEST(Capture, ScaledPictureLooksLikeTheScreenMadeSmaller) {
+  PrivateDesktop desktop(kSmall);
+  desktop.spawnWindow({"xclock", "-geometry", "500x500+100+50"}, "xclock");
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 267, 200));
+  const Frame frame = recorder.last();
+  const auto base = std::filesystem::temp_directory_path() / "vlm-scaled";
+  const std::string ours = base.string() + "-ours.png", screen = base.string() + "-screen.png";
+  writePng(frame, ours);
+  const auto size = std::to_string(frame.width) + "x" + std::to_string(frame.height) + "!";
+  outputOf({"import", "-silent", "-window", "root", "-filter", "box", "-resize", size, screen});
+  EXPECT_LT(distance(ours, screen), kSame);
+  std::filesystem::remove(ours);
+  std::filesystem::remove(screen);
+}
+
+TEST(Capture, WindowIsWholeWhileCoveredMovedResizedAndMinimised) {
+  PrivateDesktop desktop(kManaged);
+  Canvas canvas("target", {60, 60, 320, 240}, kGrey);
+  canvas.fill({40, 40, 80, 80}, kWhite);
+  const std::string id = std::to_string(canvas.id());
+  double x = 0, y = 0, width = 0, height = 0;
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+  ASSERT_TRUE(vlm_capture_bounds(recorder.capture(), &x, &y, &width, &height));
+  const Frame first = recorder.last();
+  EXPECT_EQ(first.width, 320);
+  EXPECT_EQ(first.height, 240);
+  const auto geometry = std::to_string(first.width) + "x" + std::to_string(first.height) + "+" +
+                        std::to_string(static_cast<int>(x)) + "+" +
+                        std::to_string(static_cast<int>(y));
+  EXPECT_LT(distanceToScreen(first, geometry), kSame);
+
+  const Canvas cover("cover", {80, 80, 300, 200}, kRed);
+  canvas.fill({150, 100, 80, 80}, kBlue);
+  const Frame covered = recorder.last();
+  expectColor(covered, 60, 60, kWhite, "covered");
+  expectColor(covered, 180, 140, kBlue, "painted while covered");
+  expectColor(covered, 300, 200, kGrey, "covered");
+
+  outputOf({"xdotool", "windowmove", id, "650", "450"});  // half outside the screen
+  canvas.fill({0, 0, 20, 20}, kWhite);
+  const Frame moved = recorder.last();
+  expectColor(moved, 10, 10, kWhite, "moved");
+  expectColor(moved, 310, 230, kGrey, "outside the screen");
+
+  outputOf({"xdotool", "windowmove", id, "60", "60"});
+  outputOf({"xdotool", "windowsize", "--sync", id, "640", "480"});
+  const Frame resized = recorder.last();
+  ASSERT_EQ(resized.width, 320);
+  ASSERT_EQ(resized.height, 240);
+  expectColor(resized, 40, 40, kWhite, "resized");
+  expectColor(resized, 90, 70, kBlue, "resized");
+
+  outputOf({"xdotool", "windowminimize", id});
+  const auto before = (recorder.last(), recorder.count());
+  canvas.fill({0, 0, 640, 480}, kRed);
+  EXPECT_EQ((recorder.last(), recorder.count()), before);
+  outputOf({"xdotool", "windowmap", id});
+  expectColor(recorder.last(), 160, 120, kRed, "shown again");
+}
+
+TEST(Capture, ApplicationShowsItsWindowsAndNothingOfOthers) {
+  PrivateDesktop desktop(kManaged);
+  Canvas back("shared", {100, 100, 300, 200}, kGrey);
+  Canvas other("private", {250, 150, 300, 200}, kRed);
+  desktop.spawnWindow({"xclock", "-geometry", "200x200+500+350"}, "xclock");
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_app, "shared", kFps, 0, 0));
+  const Frame first = recorder.last();
+  ASSERT_EQ(first.width, 800);
+  expectColor(first, 380, 280, kGrey, "covered by another application");
+  expectColor(first, 500, 250, 0, "of another application");
+  expectColor(first, 600, 450, 0, "of another application");
+  {
+    Canvas front("shared", {300, 250, 300, 200}, kWhite);
+    const Frame second = recorder.last();
+    expectColor(second, 450, 400, kWhite, "new window");
+    expectColor(second, 380, 290, kWhite, "new window before the first");
+    outputOf({"xdotool", "windowraise", std::to_string(back.id())});
+    expectColor(recorder.last(), 380, 290, kGrey, "first window raised");
+    outputOf({"xdotool", "windowmove", std::to_string(front.id()), "20", "380"});
+    const Frame moved = recorder.last();
+    expectColor(moved, 150, 500, kWhite, "moved to");
+    expectColor(moved, 550, 420, 0, "moved from");
+  }
+  const Frame closed = recorder.last();
+  expectColor(closed, 150, 500, 0, "closed");
+  expectColor(closed, 380, 280, kGrey, "left");
+}
+
+TEST(Capture, EndsWithALogLineWhenTheWindowOrTheServerGoes) {
+  for (const bool killsServer : {false, true}) {
+    PrivateDesktop desktop(kSmall);
+    Canvas canvas("target", {}, kGrey);
+    FrameRecorder recorder;
+    ASSERT_TRUE(recorder.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+    ASSERT_TRUE(recorder.waitFor(0));
+    testing::internal::CaptureStderr();
+    if (killsServer) {
+      desktop.killServer();
+    } else {
+      canvas.close();
+    }
+    std::this_thread::sleep_for(300ms);
+    recorder.stop();
+    const auto log = testing::internal::GetCapturedStderr();
+    const std::string line = "[vlm] capture stream stopped with error: ";
+    EXPECT_EQ(log, line + (killsServer ? "the connection to the display was lost\n"
+                                       : "the captured window was closed\n"));
+    EXPECT_EQ(vlm_screen_capture_ready(), !killsServer);
+    testing::internal::CaptureStderr();
+    FrameRecorder again;
+    EXPECT_FALSE(again.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+    testing::internal::GetCapturedStderr();
+  }
+}
+
+TEST(Capture, KeptFramesMakeTheStreamSkipAndThenCatchUp) {
+  const PrivateDesktop desktop(kSmall);
+  Canvas canvas("kept", {0, 0, 800, 600}, kGrey);
+  FrameRecorder recorder(5);
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  for (std::uint32_t round = 1; round < 20; ++round) {
+    canvas.fill({0, 0, 800, 600}, round * 0x0A0A0A);
+    std::this_thread::sleep_for(25ms);
+  }
+  recorder.last();
+  EXPECT_EQ(recorder.count(), 5U);
+  recorder.release();
+  EXPECT_LT(distanceToScreen(recorder.last()), kSame);
+  EXPECT_EQ(recorder.count(), 6U);
+}
+
+std::size_t entriesIn(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+TEST(Capture, ManyStartsAndStopsLeaveNothingBehind) {
+  const PrivateDesktop desktop(kSmall);
+  Canvas canvas("busy", {}, kGrey);
+  std::size_t threads = 0, files = 0;
+  for (int round = 0; round < 40; ++round) {
+    FrameRecorder recorder;
+    switch (round % 3) {
+      case 0:
+        ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+        break;
+      case 1:
+        ASSERT_TRUE(recorder.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+        break;
+      default:
+        ASSERT_TRUE(recorder.start(vlm_capture_start_app, "busy", kFps, 0, 0));
+    }
+    if (round % 2 == 0) {
+      ASSERT_TRUE(recorder.waitFor(0));
+    }
+    recorder.stop();
+    if (round == 6) {
+      threads = entriesIn("/proc/self/task");
+      files = entriesIn("/proc/self/fd");
+    }
+  }
+  EXPECT_EQ(entriesIn("/proc/self/task"), threads);
+  EXPECT_EQ(entriesIn("/proc/self/fd"), files);
+}
+
+TEST(Capture, WindowsAreFoundFrontToBackAndMinimisedOnesAreNot) {
+  PrivateDesktop desktop(kManaged);
+  const Canvas first("Twin", {50, 50, 200, 200}, kGrey);
+  const Canvas second("Twin", {300, 50, 200, 200}, kGrey);
+  const Canvas small("Tiny", {550, 50, 99, 200}, kGrey);
+  const auto clock = desktop.spawnWindow({"xclock"}, "xclock");
+  EXPECT_EQ(vlm_capture_find_window("XClo", nullptr), clock);
+  EXPECT_EQ(vlm_capture_find_window("Twin", "TWI"), second.id());
+  EXPECT_EQ(vlm_capture_find_window("Tiny", nullptr), 0U);
+  outputOf({"xdotool", "windowraise", std::to_string(first.id())});
+  EXPECT_TRUE(eventually([&] { return vlm_capture_find_window("Twin", "t") == first.id(); }));
+  outputOf({"xdotool", "windowminimize", std::to_string(first.id())});
+  EXPECT_TRUE(eventually([&] { return vlm_capture_find_window("Twin", nullptr) == second.id(); }));
+}
+
+}  // namespace
+}  // namespace vlm::test
