@@ -7,6 +7,7 @@
 
 #include "codec/bitstream.h"
 #include "codec/compressed_sample.h"
+#include "frame/guard.h"
 #include "frame/log.h"
 #include "frame/media_time.h"
 
@@ -103,7 +104,10 @@ bool VlmEncoder::encode(platform::Ref<platform::CVPixelBuffer> image, std::int64
       frame::log("encode output status ", status);
       return;
     }
-    if (const auto self = weak.lock(); self && sample) self->emit(*sample);
+    const auto self = weak.lock();
+    if (!self || !sample) return;
+    // The platform's thread has nobody to throw to: the frame is lost.
+    frame::guarded([&] { self->emit(*sample); });
   };
   const OSStatus status = platform::VTCompressionSessionEncodeFrameWithOutputHandler(
       *session_, std::move(image), frame::mediaTime(ptsNs),

@@ -4,9 +4,9 @@
 
 namespace vlm::frame {
 
-// Runs the body of an exported function. Whatever goes wrong in it (memory that can't be had, a
-// lock that can't be taken) becomes the function's failure value: nothing is thrown across the
-// boundary.
+// Runs the body of an exported function, or of a handler that the platform calls. Whatever goes
+// wrong in it (memory that can't be had, a lock that can't be taken) becomes the function's failure
+// value: nothing is thrown across the boundary or into the platform.
 template <class Result, class Body>
 Result guarded(Result failure, Body&& body) noexcept {
   try {

@@ -6,8 +6,9 @@
 
 namespace vlm::frame {
 
-// Logs one line, "[vlm] " followed by the parts in order. Numbers are written in decimal.
-void logLine(std::initializer_list<std::string_view> parts);
+// Logs one line, "[vlm] " followed by the parts in order. Numbers are written in decimal. A line
+// that there is no memory for is lost.
+void logLine(std::initializer_list<std::string_view> parts) noexcept;
 
 namespace detail {
 inline std::string_view asText(std::string_view text) {

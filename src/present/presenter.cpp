@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "VelmoraMacNative.h"
+#include "frame/guard.h"
 #include "frame/log.h"
 #include "platform/dispatch.h"
 
@@ -53,7 +54,7 @@ void runOnMainThread(std::function<void()> job) {
   if (platform::isMainThread()) {
     job();
   } else {
-    platform::dispatch_get_main_queue()->async(std::move(job));
+    platform::dispatch_get_main_queue()->async([job = std::move(job)] { frame::guarded(job); });
   }
 }
 
@@ -64,7 +65,8 @@ std::shared_ptr<VlmPresenter> VlmPresenter::create() {
   if (platform::isMainThread()) {
     view = VlmPresentView::make();
   } else {
-    platform::dispatch_get_main_queue()->sync([&] { view = VlmPresentView::make(); });
+    platform::dispatch_get_main_queue()->sync(
+        [&] { frame::guarded([&] { view = VlmPresentView::make(); }); });
   }
   return view ? std::make_shared<VlmPresenter>(std::move(view)) : nullptr;
 }
@@ -103,13 +105,14 @@ std::int32_t VlmPresenter::show(Layer& layer, Ref<CVPixelBuffer> image) {
 }
 
 void VlmPresenter::rebuild() {
+  bool rebuilt = false;
   {
     const platform::MutexLock lock(gate_);
-    view_->rebuildLayer();
+    rebuilt = frame::guarded(false, [&] { return view_->rebuildLayer(); });
     failedSinceFlush_ = 0;
     rebuildInFlight_ = false;
   }
-  frame::log("display layer was unrecoverable — rebuilt it");
+  if (rebuilt) frame::log("display layer was unrecoverable — rebuilt it");
 }
 
 void VlmPresenter::clear() {

@@ -10,20 +10,15 @@ using platform::AVSampleBufferDisplayLayer;
 // Where neither a window nor a screen tells the scale.
 constexpr double kUsualScale = 2.0;
 
-// Null when the platform can't make one.
-std::shared_ptr<AVSampleBufferDisplayLayer> makeLayer() {
-  auto layer = AVSampleBufferDisplayLayer::make();
-  if (layer) {
-    layer->setVideoGravity(platform::AVLayerVideoGravityResize);
-    layer->setBackgroundColor(platform::kBlackColor);
-  }
-  return layer;
+void configure(AVSampleBufferDisplayLayer& layer) {
+  layer.setVideoGravity(platform::AVLayerVideoGravityResize);
+  layer.setBackgroundColor(platform::kBlackColor);
 }
 
 }  // namespace
 
 std::shared_ptr<VlmPresentView> VlmPresentView::make() {
-  auto layer = makeLayer();
+  auto layer = AVSampleBufferDisplayLayer::make();
   // The constructor is private: a view is complete only after the steps below.
   std::shared_ptr<VlmPresentView> view(new VlmPresentView());
   if (!layer || !view->initWithFrame({})) return nullptr;
@@ -32,6 +27,7 @@ std::shared_ptr<VlmPresentView> VlmPresentView::make() {
 }
 
 void VlmPresentView::install(std::shared_ptr<AVSampleBufferDisplayLayer> layer) {
+  configure(*layer);
   setDisplayLayer(layer);
   setLayer(std::move(layer));
   setWantsLayer(true);
@@ -47,12 +43,13 @@ void VlmPresentView::setDisplayLayer(std::shared_ptr<AVSampleBufferDisplayLayer>
   displayLayer_ = std::move(layer);
 }
 
-void VlmPresentView::rebuildLayer() {
-  auto layer = makeLayer();
-  if (!layer) return;
+bool VlmPresentView::rebuildLayer() {
+  auto layer = AVSampleBufferDisplayLayer::make();
+  if (!layer) return false;
   install(layer);
   applyScale();
   layer->setFrame(bounds());
+  return true;
 }
 
 void VlmPresentView::viewDidMoveToWindow() {

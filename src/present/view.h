@@ -27,8 +27,8 @@ class VlmPresentView final : public platform::NSView {
   void setDisplayLayer(std::shared_ptr<platform::AVSampleBufferDisplayLayer> layer)
       VLM_EXCLUDES(mutex_);
 
-  // Puts a fresh layer in the place of one that can't be recovered.
-  void rebuildLayer();
+  // Puts a fresh layer in the place of one that can't be recovered. False when there is none.
+  bool rebuildLayer();
 
  private:
   VlmPresentView() = default;
