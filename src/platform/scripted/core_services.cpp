@@ -112,8 +112,11 @@ vImage_Error vImageConvert_420Yp8_CbCr8ToARGB8888(const vImage_Buffer& luma,
   const auto size = [](const vImage_Buffer& image) {
     return CFArray{number(image.width), number(image.height), number(image.rowBytes)};
   };
+  CFArray order;
+  for (const int index : permuteMap) order.emplace_back(index);
   return unlessRefused(
-      "vImageConvert_420Yp8_CbCr8ToARGB8888", {size(luma), size(chroma), size(destination)}, [&] {
+      "vImageConvert_420Yp8_CbCr8ToARGB8888",
+      {size(luma), size(chroma), size(destination), order, std::int32_t{alpha}}, [&] {
         return portable::convertToARGB(luma, chroma, destination, conversion, permuteMap, alpha);
       });
 }

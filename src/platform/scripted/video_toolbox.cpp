@@ -152,11 +152,12 @@ OSStatus VTCompressionSessionEncodeFrameWithOutputHandler(
   const auto* forced = frameProperties.find(kVTEncodeFrameOptionKey_ForceKeyFrame);
   const bool keyframe = !session.started || (forced != nullptr && *forced == CFValue(true));
   session.started = true;
-  const scripted::FrameIn frame{session.width, session.height, presentationTimeStamp, keyframe};
+  const scripted::FrameIn frame{session.width, session.height, presentationTimeStamp, keyframe,
+                                std::move(image)};
   auto& video = Machine::current().video;
   // The buffer is held until the frame is delivered, as an encoder that works on it would.
   session.output.submit(
-      [frame, image = std::move(image), compress = video.compress, handler = std::move(handler)] {
+      [frame, compress = video.compress, handler = std::move(handler)] {
         auto [outcome, sample] = compress(frame);
         const bool dropped = outcome == noErr && !sample;
         handler(outcome, dropped ? kVTEncodeInfo_FrameDropped : 0, std::move(sample));

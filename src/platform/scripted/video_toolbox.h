@@ -35,6 +35,7 @@ struct FrameIn {
   std::int32_t height;
   CMTime presentationTimeStamp;
   bool keyframe;  // the first of its session, or forced
+  Ref<CVPixelBuffer> image;
 };
 
 struct SampleOut {
