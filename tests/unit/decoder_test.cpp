@@ -1,0 +1,213 @@
+#include <gtest/gtest.h>
+
+#include "stage.h"
+
+namespace vlm::test {
+namespace {
+
+using platform::scripted::ImageOut;
+
+const Bytes kPps{0x68, 0xEE};
+const Bytes kSlice{0x65, 0x88};
+const Bytes kSei{0x06, 0x05};
+
+// The stand-in for a sequence parameter set that the machine's codec understands.
+Bytes sps(uint8_t width = 64, uint8_t height = 48) {
+  return {0x67, 0, width, 0, height};
+}
+
+Bytes accessUnit(std::initializer_list<Bytes> units) {
+  Bytes stream;
+  for (const auto& unit : units) {
+    stream.insert(stream.end(), {0, 0, 0, 1});
+    stream.insert(stream.end(), unit.begin(), unit.end());
+  }
+  return stream;
+}
+
+struct Decoding {
+  Machine machine;
+  void* handle;
+  explicit Decoding(bool bgra = false)
+      : handle(bgra ? vlm_dec_create_bgra(noteFrame, &machine)
+                    : vlm_dec_create(noteFrame, &machine)) {}
+  bool decode(std::initializer_list<Bytes> units, int64_t ptsNs = 15) {
+    const Bytes stream = accessUnit(units);
+    return vlm_dec_decode(handle, stream.data(), static_cast<int32_t>(stream.size()), ptsNs);
+  }
+  Lines taken() { return machine.journal.take(); }
+  Lines after(std::initializer_list<std::string_view> prefixes) {
+    machine.run();
+    return only(prefixes, machine.journal.take());
+  }
+};
+
+constexpr const char* kDescribe = "CMVideoFormatDescriptionCreateFromH264ParameterSets([7, 8], 4)";
+constexpr const char* kCreate =
+    "VTDecompressionSessionCreate({IOSurfaceProperties: {}, MetalCompatibility: true, "
+    "PixelFormatType: 875704438})";
+constexpr const char* kCreateBgra =
+    "VTDecompressionSessionCreate({IOSurfaceProperties: {}, MetalCompatibility: true, "
+    "PixelFormatType: 1111970369})";
+
+TEST(Decoder, BuildsItsSessionFromTheStreamAndSubmitsInTheSameCall) {
+  for (const bool bgra : {false, true}) {
+    Decoding decoding(bgra);
+    EXPECT_EQ(decoding.taken(), Lines{});
+    EXPECT_TRUE(decoding.decode({sps(), kPps, kSei, kSlice}));
+    EXPECT_EQ(
+        decoding.after({""}),
+        (Lines{kDescribe, bgra ? kCreateBgra : kCreate, "CMBlockBufferCreateWithMemoryBlock(6)",
+               "CMSampleBufferCreateReady([0/0 15/1000000000 0/0], [6])",
+               "VTDecompressionSessionDecodeFrame(6, 5)",
+               bgra ? "frame BGRA 64x48 (64x48) @14" : "frame 420v 64x48 (64x48) @14"}));
+    vlm_dec_destroy(decoding.handle);
+  }
+}
+
+TEST(Decoder, ParameterSetsMayComeApart) {
+  Decoding decoding;
+  EXPECT_FALSE(decoding.decode({kSlice}));
+  EXPECT_FALSE(decoding.decode({sps()}));
+  EXPECT_FALSE(decoding.decode({kSlice}));
+  EXPECT_EQ(decoding.taken(), Lines{});
+  EXPECT_TRUE(decoding.decode({kPps}));
+  EXPECT_EQ(decoding.taken(), (Lines{kDescribe, kCreate}));
+  EXPECT_TRUE(decoding.decode({kSei}));
+  EXPECT_EQ(decoding.taken(), Lines{});
+  const Bytes byte{0};
+  EXPECT_FALSE(vlm_dec_decode(decoding.handle, nullptr, 4, 0));
+  EXPECT_FALSE(vlm_dec_decode(decoding.handle, byte.data(), 0, 0));
+  EXPECT_TRUE(decoding.decode({kSlice}));
+  EXPECT_EQ(decoding.after({"VT", "frame"}),
+            (Lines{"VTDecompressionSessionDecodeFrame(6, 5)", "frame 420v 64x48 (64x48) @14"}));
+  vlm_dec_destroy(decoding.handle);
+}
+
+TEST(Decoder, OnlyChangedParameterSetsRebuildTheSession) {
+  Decoding decoding;
+  auto& machine = decoding.machine;
+  machine.video.holdsOutput = true;
+  decoding.decode({sps(), kPps, kSlice}, 1'000);
+  machine.journal.take();
+  EXPECT_TRUE(decoding.decode({sps(), kPps, kSlice}, 2'000));
+  EXPECT_EQ(decoding.after({"VT"}), Lines{"VTDecompressionSessionDecodeFrame(6, 5)"});
+  EXPECT_TRUE(decoding.decode({sps(32, 16), kPps, kSlice}, 3'000));
+  EXPECT_EQ(decoding.after({"VT", kDescribe}),
+            (Lines{"VTDecompressionSessionInvalidate()", kDescribe, kCreate,
+                   "VTDecompressionSessionDecodeFrame(6, 5)"}));
+  // What the old session still had in flight comes late, and is shown.
+  for (const auto& session : machine.video.decompressions) session->output.release();
+  EXPECT_EQ(decoding.after({"frame"}),
+            (Lines{"frame 420v 64x48 (64x48) @1000", "frame 420v 64x48 (64x48) @2000",
+                   "frame 420v 32x16 (32x16) @3000"}));
+  vlm_dec_destroy(decoding.handle);
+  for (const auto& session : machine.video.decompressions) {
+    EXPECT_TRUE(session->uniquelyReferenced());
+  }
+}
+
+TEST(Decoder, TheSampleIsTheDecodersOwn) {
+  Decoding decoding;
+  platform::CFData sample;
+  decoding.machine.video.decompress = [&](const auto&, const platform::CMSampleBuffer& submitted) {
+    sample = submitted.data->pieces.front();
+    return ImageOut{};
+  };
+  Bytes stream = accessUnit({sps(), kPps, kSlice, {0x65, 0x99, 0x77}});
+  vlm_dec_decode(decoding.handle, stream.data(), static_cast<int32_t>(stream.size()), 0);
+  std::fill(stream.begin(), stream.end(), uint8_t{0});
+  decoding.machine.run();
+  EXPECT_EQ(sample, (platform::CFData{0, 0, 0, 2, 0x65, 0x88, 0, 0, 0, 3, 0x65, 0x99, 0x77}));
+  vlm_dec_destroy(decoding.handle);
+}
+
+TEST(Decoder, FailuresAndWhatTheNextAccessUnitDoes) {
+  constexpr int kNothing = 1;  // success, and nothing made
+  const struct {
+    const char* operation;
+    int status;
+    bool result;
+    std::string log;
+    bool rebuilds;
+  } cases[] = {
+      {"CMVideoFormatDescriptionCreateFromH264", -12710, true,
+       "[vlm] CMVideoFormatDescriptionCreateFromH264ParameterSets failed: -12710", true},
+      {"CMVideoFormatDescriptionCreateFromH264", kNothing, true,
+       "[vlm] CMVideoFormatDescriptionCreateFromH264ParameterSets failed: 0", true},
+      {"VTDecompressionSessionCreate", -12904, true,
+       "[vlm] VTDecompressionSessionCreate failed: -12904", true},
+      {"VTDecompressionSessionCreate", kNothing, true,
+       "[vlm] VTDecompressionSessionCreate failed: 0", true},
+      {"CMBlockBufferCreateWithMemoryBlock", -12700, false, "", false},
+      {"CMBlockBufferCreateWithMemoryBlock", kNothing, false, "", false},
+      {"CMSampleBufferCreateReady(", -12731, false, "", false},
+      {"CMSampleBufferCreateReady(", kNothing, false, "", false},
+      {"VTDecompressionSessionDecodeFrame", -12909, false,
+       "[vlm] VTDecompressionSessionDecodeFrame failed: -12909", false},
+      {"VTDecompressionSessionDecodeFrame", -12903, false,
+       "[vlm] VTDecompressionSessionDecodeFrame failed: -12903", true},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(std::string(each.operation) + " " + std::to_string(each.status));
+    Decoding decoding;
+    auto& machine = decoding.machine;
+    if (each.status == kNothing) {
+      machine.answerNothing(each.operation);
+    } else {
+      machine.refuse(each.operation, each.status);
+    }
+    EXPECT_EQ(decoding.decode({sps(), kPps, kSlice}), each.result);
+    EXPECT_EQ(machine.takeLog(), each.log.empty() ? Lines{} : Lines{each.log});
+    EXPECT_TRUE(decoding.decode({kSlice}));
+    EXPECT_EQ(
+        decoding.after({kDescribe, "VTDecompressionSessionC", "VTDecompressionSessionI", "frame"}),
+        each.rebuilds ? (Lines{kDescribe, kCreate, "frame 420v 64x48 (64x48) @14"})
+                      : Lines{"frame 420v 64x48 (64x48) @14"});
+    vlm_dec_destroy(decoding.handle);
+  }
+}
+
+TEST(Decoder, FailedFramesAreLoggedAndDroppedOnesAreNot) {
+  Decoding decoding;
+  decoding.decode({sps(), kPps});
+  decoding.taken();
+  for (const auto& [status, log] :
+       {std::pair{-12909, Lines{"NSLog([vlm] decode output status -12909)"}},
+        std::pair{0, Lines{}}}) {
+    decoding.machine.video.decompress = [status = status](const auto&, const auto&) {
+      return ImageOut{status, nullptr};
+    };
+    EXPECT_TRUE(decoding.decode({kSlice}));
+    EXPECT_EQ(decoding.after({"NSLog", "frame"}), log);
+  }
+  vlm_dec_destroy(decoding.handle);
+}
+
+TEST(Decoder, FlushAndDestroyDeliverFirstAndLateFramesFindNobody) {
+  for (const bool late : {false, true}) {
+    Decoding decoding;
+    auto& machine = decoding.machine;
+    machine.video.holdsOutput = true;
+    vlm_dec_flush(decoding.handle);
+    EXPECT_EQ(decoding.taken(), Lines{});
+    decoding.decode({sps(), kPps, kSlice}, 1'000);
+    vlm_dec_flush(decoding.handle);
+    const Lines waited{"VTDecompressionSessionWaitForAsynchronousFrames()",
+                       "frame 420v 64x48 (64x48) @1000"};
+    EXPECT_EQ(only({"VTDecompressionSessionWait", "frame"}, decoding.taken()), waited);
+    decoding.decode({kSlice}, 1'000);
+    machine.journal.take();
+    if (late) machine.refuse("VTDecompressionSessionWait", -12903);
+    vlm_dec_destroy(decoding.handle);
+    Lines expected = waited;
+    if (late) expected.pop_back();
+    expected.push_back("VTDecompressionSessionInvalidate()");
+    EXPECT_EQ(decoding.taken(), expected);
+    machine.video.decompressions.back()->output.release();
+    EXPECT_EQ(decoding.after({"frame", "NSLog"}), Lines{});
+  }
+}
+
+}  // namespace
+}  // namespace vlm::test

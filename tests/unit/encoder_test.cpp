@@ -1,0 +1,300 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "stage.h"
+
+namespace vlm::test {
+namespace {
+
+using platform::CMBlockBuffer;
+using platform::CMSampleBuffer;
+using platform::CMTimeMake;
+using platform::makeRef;
+using platform::scripted::FrameIn;
+using platform::scripted::makeCompressedSample;
+using platform::scripted::SampleOut;
+
+// An encoder for 64 x 48 frames on a machine of its own.
+struct Encoding {
+  Machine machine;
+  void* handle = nullptr;
+  explicit Encoding(int32_t fps = 30) {
+    handle = vlm_enc_create(64, 48, fps, 4'000'000, false, noteEncoded, &machine);
+  }
+  bool encode(int64_t ptsNs = 15, std::size_t width = 64, std::size_t height = 48,
+              bool force = false) {
+    return vlm_enc_encode(handle, picture(width, height).get(), ptsNs, force);
+  }
+  // What one frame leads to: the lines that begin with the prefixes.
+  Lines after(std::initializer_list<std::string_view> prefixes) {
+    machine.run();
+    return only(prefixes, machine.journal.take());
+  }
+};
+
+Lines buildLines(const std::string& size, const std::string& specification = "null") {
+  return {"VTCompressionSessionCreate(" + size + ", avc1, " + specification + ")",
+          "VTSessionSetProperty(RealTime, true)",
+          "VTSessionSetProperty(AllowFrameReordering, false)",
+          "VTSessionSetProperty(ProfileLevel, H264_Main_AutoLevel)",
+          "VTSessionSetProperty(ExpectedFrameRate, 30)",
+          "VTSessionSetProperty(MaxKeyFrameInterval, 30000)",
+          "VTSessionSetProperty(MaxKeyFrameIntervalDuration, 600)",
+          "VTSessionSetProperty(MaxAllowedFrameQP, 42)",
+          "VTSessionSetProperty(AverageBitRate, 4000000)",
+          "VTSessionSetProperty(DataRateLimits, [625000.0, 1.0])",
+          "VTCompressionSessionPrepareToEncodeFrames()"};
+}
+
+Lines operator+(Lines a, const Lines& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+TEST(Encoder, SessionIsConfiguredInOrder) {
+  Machine machine;
+  for (const bool lowLatency : {false, true}) {
+    void* handle = vlm_enc_create(1920, 1080, 30, 4'000'000, lowLatency, noteEncoded, &machine);
+    EXPECT_EQ(
+        machine.journal.take("VT"),
+        buildLines("1920, 1080", lowLatency ? "{EnableLowLatencyRateControl: true}" : "null"));
+    vlm_enc_destroy(handle);
+    machine.journal.take();
+  }
+  EXPECT_EQ(vlm_enc_create(1920, 1080, 30, 4'000'000, false, nullptr, nullptr), nullptr);
+  EXPECT_EQ(machine.journal.take(), Lines{});
+}
+
+TEST(Encoder, CreationFailsWithoutASession) {
+  Machine machine;
+  machine.refuse("VTCompressionSessionCreate", -12904);
+  EXPECT_EQ(vlm_enc_create(64, 48, 30, 1, false, noteEncoded, nullptr), nullptr);
+  EXPECT_EQ(machine.takeLog(), Lines{"[vlm] VTCompressionSessionCreate failed: -12904"});
+  machine.answerNothing("VTCompressionSessionCreate");
+  EXPECT_EQ(vlm_enc_create(64, 48, 30, 1, false, noteEncoded, nullptr), nullptr);
+  EXPECT_EQ(machine.takeLog(), Lines{"[vlm] VTCompressionSessionCreate failed: 0"});
+}
+
+TEST(Encoder, RefusedPropertiesDoNotStopIt) {
+  Machine machine;
+  for (const char* refused : {"RealTime", "ExpectedFrameRate", "MaxAllowedFrameQP"}) {
+    machine.refuse(std::string("VTSessionSetProperty(") + refused, -12900);
+    void* handle = vlm_enc_create(64, 48, 0, 1, false, noteEncoded, &machine);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(machine.takeLog(),
+              Lines{std::string("[vlm] VTSessionSetProperty ") + refused + " failed: -12900"});
+    machine.refuse("VTSessionSetProperty(AverageBitRate", -12900);
+    machine.refuse("VTSessionSetProperty(DataRateLimits", -12900);
+    vlm_enc_set_bitrate(handle, 8'000'000);
+    EXPECT_EQ(machine.journal.take(),
+              (Lines{"VTSessionSetProperty(AverageBitRate, 8000000)",
+                     "VTSessionSetProperty(DataRateLimits, [1250000.0, 1.0])"}));
+    vlm_enc_destroy(handle);
+    machine.journal.take();
+  }
+}
+
+TEST(Encoder, FramesAreSubmittedWithTimeDurationAndOptions) {
+  const struct {
+    int32_t fps;
+    bool force;
+    const char* arguments;
+  } cases[] = {{30, false, "15/1000000000, 1/30, null"},
+               {0, true, "15/1000000000, 1/1, {ForceKeyFrame: true}"},
+               {-7, false, "15/1000000000, 1/1, null"}};
+  for (const auto& each : cases) {
+    Encoding encoding(each.fps);
+    encoding.machine.journal.take();
+    EXPECT_TRUE(encoding.encode(15, 64, 48, each.force));
+    EXPECT_EQ(
+        encoding.after({"VT"}),
+        Lines{std::string("VTCompressionSessionEncodeFrame(420v 64x48, ") + each.arguments + ")"});
+    vlm_enc_destroy(encoding.handle);
+  }
+}
+
+TEST(Encoder, KeyFramesCarryTheirParameterSets) {
+  Encoding encoding;
+  encoding.encode(0);
+  encoding.encode(15);
+  encoding.encode(1'000'000'000, 64, 48, true);
+  encoding.encode(-15);
+  EXPECT_EQ(encoding.after({"encoded"}),
+            (Lines{"encoded key @0: 67 68 65", "encoded @14: 41",
+                   "encoded key @1000000000: 67 68 65", "encoded @-14: 41"}));
+  // The pixels are let go of when the frame is out.
+  const auto frame = picture(64, 48);
+  vlm_enc_encode(encoding.handle, frame.get(), 1, false);
+  EXPECT_FALSE(frame->uniquelyReferenced());
+  encoding.machine.run();
+  EXPECT_TRUE(frame->uniquelyReferenced());
+  EXPECT_FALSE(vlm_enc_encode(encoding.handle, nullptr, 1, false));
+  vlm_enc_destroy(encoding.handle);
+}
+
+// What the platform may hand over for one frame that was submitted at 15 ns, and what becomes of
+// it.
+TEST(Encoder, OddOutputs) {
+  using Change = std::function<void(CMSampleBuffer&)>;
+  const auto attached = [](CFValue attachments) -> Change {
+    return [attachments](CMSampleBuffer& sample) { sample.attachments = attachments; };
+  };
+  const auto bytes = [](std::vector<CMBlockBuffer::Piece> pieces) -> Change {
+    return [pieces](CMSampleBuffer& sample) { sample.data = makeRef<CMBlockBuffer>(pieces); };
+  };
+  const CFDictionary notSync{{"NotSync", true}};
+  const Lines none;
+  const Lines plain{"encoded @14: 41"};
+  const Lines key{"encoded key @14: 67 68 41"};
+  const struct {
+    const char* name;
+    bool keyframe;
+    Change change;
+    Lines expected;
+    const char* refused = nullptr;
+  } cases[] = {
+      {"not a sync sample", false, attached(CFArray{notSync}), plain},
+      {"sync sample", false, attached(CFArray{CFDictionary{{"NotSync", false}}}), key},
+      {"no attachments", false, [](CMSampleBuffer& sample) { sample.attachments.reset(); }, key},
+      {"empty array", false, attached(CFArray{}), key},
+      {"empty dictionary", false, attached(CFArray{CFDictionary{}}), key},
+      {"a number", false, attached(CFArray{CFDictionary{{"NotSync", 1}}}), key},
+      {"a text", false, attached(CFArray{CFDictionary{{"NotSync", "true"}}}), key},
+      {"no array", false, attached(notSync), key},
+      {"no dictionary", false, attached(CFArray{true}), key},
+      {"second entry", false, attached(CFArray{CFDictionary{}, notSync}), key},
+      {"several pieces",
+       false,
+       bytes({{0, 0}, {0, 2, 0x41}, {0x88}, {0, 0, 0, 1, 0x06}}),
+       {"encoded @14: 41 06"}},
+      {"second piece out of reach", false, bytes({{0, 0, 0, 2, 0x41}, {0x88}}), none,
+       "CMBlockBufferGetDataPointer(5"},
+      {"out of reach", true, {}, none, "CMBlockBufferGetDataPointer(0"},
+      {"no block", true, [](CMSampleBuffer& sample) { sample.data = nullptr; }, none},
+      {"no bytes", false, bytes({{}}), none},
+      {"no bytes in a key frame", true, bytes({{}}), none},
+      {"length beyond the end", false, bytes({{0, 0, 0, 9, 0x41}}), none},
+      {"unreadable set",
+       true,
+       [](CMSampleBuffer& sample) { sample.description->parameterSets[0].reset(); },
+       {"encoded key @14: 68 65"}},
+      {"refused set",
+       true,
+       {},
+       {"encoded key @14: 67 65"},
+       "CMVideoFormatDescriptionGetH264ParameterSetAtIndex(1"},
+      {"no description",
+       true,
+       [](CMSampleBuffer& sample) { sample.description = nullptr; },
+       {"encoded key @14: 65"}},
+  };
+  for (const auto& each : cases) {
+    SCOPED_TRACE(each.name);
+    Encoding encoding;
+    encoding.machine.video.compress = [&](FrameIn frame) {
+      frame.keyframe = each.keyframe;
+      auto sample = makeCompressedSample(frame);
+      if (each.change) each.change(*sample);
+      return SampleOut{platform::noErr, sample};
+    };
+    if (each.refused != nullptr) encoding.machine.refuse(each.refused, -12704);
+    EXPECT_TRUE(encoding.encode());
+    EXPECT_EQ(encoding.after({"encoded", "NSLog"}), each.expected);
+    vlm_enc_destroy(encoding.handle);
+  }
+}
+
+TEST(Encoder, AccessUnitsAreBytesBehindStartCodes) {
+  static Bytes received;
+  received.clear();
+  Machine machine;
+  void* handle = vlm_enc_create(
+      64, 48, 30, 1, false,
+      [](const uint8_t* data, int32_t size, bool, int64_t, void*) {
+        received.assign(data, data + size);
+      },
+      nullptr);
+  vlm_enc_encode(handle, picture(64, 48).get(), 7, false);
+  vlm_enc_destroy(handle);
+  EXPECT_EQ(received, (Bytes{0, 0, 0,    1,    0x67, 0, 64, 0, 48,   0,    0,
+                             0, 1, 0x68, 0xEE, 0,    0, 0,  1, 0x65, 0x88, 7}));
+}
+
+TEST(Encoder, FailuresOfFramesLeaveTheSessionInPlace) {
+  Encoding encoding;
+  encoding.encode();
+  encoding.after({});
+  encoding.machine.refuse("VTCompressionSessionEncodeFrame", -12903);
+  EXPECT_FALSE(encoding.encode());
+  EXPECT_EQ(encoding.after({"NSLog", "VTCompressionSessionCreate"}),
+            Lines{"NSLog([vlm] VTCompressionSessionEncodeFrame failed: -12903)"});
+  encoding.machine.video.compress = [](const FrameIn&) { return SampleOut{-12912, nullptr}; };
+  EXPECT_TRUE(encoding.encode());
+  EXPECT_EQ(encoding.after({"NSLog", "encoded"}),
+            Lines{"NSLog([vlm] encode output status -12912)"});
+  encoding.machine.video.compress = [](const FrameIn&) { return SampleOut{}; };
+  EXPECT_TRUE(encoding.encode());
+  EXPECT_EQ(encoding.after({"NSLog", "encoded", "VTCompressionSessionCreate"}), Lines{});
+  vlm_enc_destroy(encoding.handle);
+}
+
+TEST(Encoder, AnotherSizeRebuildsAfterDeliveringWhatIsInFlight) {
+  Encoding encoding;
+  auto& machine = encoding.machine;
+  machine.video.holdsOutput = true;
+  encoding.encode(1'000);
+  machine.journal.take();
+  EXPECT_TRUE(encoding.encode(2'000, 32, 16));
+  EXPECT_EQ(encoding.after({"VT", "NSLog", "encoded"}),
+            (Lines{"NSLog([vlm] encoder input resized 64x48 → 32x16; rebuilding VT session)",
+                   "VTCompressionSessionCompleteFrames(0/0)", "encoded key @1000: 67 68 65",
+                   "VTCompressionSessionInvalidate()"} +
+             buildLines("32, 16") +
+             Lines{"VTCompressionSessionEncodeFrame(420v 32x16, 2000/1000000000, 1/30, null)"}));
+  EXPECT_TRUE(machine.video.compressions.front()->uniquelyReferenced());
+  vlm_enc_destroy(encoding.handle);
+  EXPECT_EQ(encoding.after({"encoded"}), Lines{"encoded key @2000: 67 68 65"});
+}
+
+TEST(Encoder, AFailedRebuildIsTriedAgainOnlyForAnotherSize) {
+  Encoding encoding;
+  auto& machine = encoding.machine;
+  machine.refuse("VTCompressionSessionCreate(32", -12904);
+  EXPECT_FALSE(encoding.encode(1, 32, 16));
+  EXPECT_EQ(machine.takeLog(),
+            (Lines{"[vlm] encoder input resized 64x48 → 32x16; rebuilding VT session",
+                   "[vlm] VTCompressionSessionCreate failed: -12904"}));
+  EXPECT_FALSE(encoding.encode(2, 32, 16));
+  vlm_enc_set_bitrate(encoding.handle, 8'000'000);
+  EXPECT_EQ(machine.journal.take(), Lines{});
+  EXPECT_TRUE(encoding.encode(3, 32, 18));
+  EXPECT_EQ(encoding.after({"NSLog", "VTCompressionSessionC", "VTSessionSetProperty(A"}),
+            (Lines{"NSLog([vlm] encoder input resized 32x16 → 32x18; rebuilding VT session)",
+                   "VTCompressionSessionCreate(32, 18, avc1, null)",
+                   "VTSessionSetProperty(AllowFrameReordering, false)",
+                   "VTSessionSetProperty(AverageBitRate, 8000000)"}));
+  vlm_enc_destroy(encoding.handle);
+}
+
+TEST(Encoder, DestroyDeliversFirstAndLateFramesFindNobody) {
+  for (const bool late : {false, true}) {
+    Encoding encoding;
+    auto& machine = encoding.machine;
+    machine.video.holdsOutput = true;
+    encoding.encode(1'000);
+    encoding.encode(2'000);
+    machine.journal.take();
+    if (late) machine.refuse("VTCompressionSessionCompleteFrames", -12903);
+    vlm_enc_destroy(encoding.handle);
+    const Lines delivered{"encoded key @1000: 67 68 65", "encoded @2000: 41"};
+    EXPECT_EQ(only({"VT", "encoded"}, machine.journal.take()),
+              Lines{"VTCompressionSessionCompleteFrames(0/0)"} + (late ? Lines{} : delivered) +
+                  Lines{"VTCompressionSessionInvalidate()"});
+    machine.video.compressions.back()->output.release();
+    EXPECT_EQ(encoding.after({"encoded", "NSLog"}), Lines{});
+  }
+}
+
+}  // namespace
+}  // namespace vlm::test

@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+
+#include "stage.h"
+
+// Real threads, for the thread sanitizer to watch.
+namespace vlm::test {
+namespace {
+
+constexpr int kRounds = 40;
+
+// Counts what a callback brings, and what it brings after the object has ended.
+struct Receiver {
+  std::atomic<int> count = 0;
+  std::atomic<bool> ended = false;
+  std::atomic<int> late = 0;
+  void take() {
+    ++count;
+    if (ended) ++late;
+  }
+};
+
+void receiveFrame(void* pixbuf, int32_t, int32_t, int64_t, void* user) {
+  vlm_pixbuf_retain(pixbuf);
+  static_cast<Receiver*>(user)->take();
+  vlm_pixbuf_release(pixbuf);
+}
+
+void receiveUnit(const uint8_t*, int32_t, bool, int64_t, void* user) {
+  static_cast<Receiver*>(user)->take();
+}
+
+TEST(Threads, CodecsEndWhileTheirFramesArrive) {
+  Machine machine(Machine::Queues::threads);
+  const auto frame = picture(64, 48);
+  const Bytes unit{0, 0, 1, 0x67, 0, 64, 0, 48, 0, 0, 1, 0x68, 0xEE, 0, 0, 1, 0x65, 0x88};
+  for (int round = 0; round < kRounds; ++round) {
+    Receiver encoded;
+    Receiver decoded;
+    void* encoder = vlm_enc_create(64, 48, 30, 1'000'000, true, receiveUnit, &encoded);
+    void* decoder = vlm_dec_create(receiveFrame, &decoded);
+    std::thread sharing([&] {
+      for (int i = 0; i < 20; ++i) EXPECT_TRUE(vlm_enc_encode(encoder, frame.get(), i, i == 7));
+      const auto other = picture(32, 16);
+      EXPECT_TRUE(vlm_enc_encode(encoder, other.get(), 20, false));
+      vlm_enc_destroy(encoder);
+      encoded.ended = true;
+    });
+    for (int i = 0; i < 20; ++i) {
+      EXPECT_TRUE(vlm_dec_decode(decoder, unit.data(), static_cast<int32_t>(unit.size()), i));
+    }
+    vlm_dec_destroy(decoder);
+    decoded.ended = true;
+    sharing.join();
+    EXPECT_EQ(encoded.count, 21);
+    EXPECT_EQ(decoded.count, 20);
+    EXPECT_EQ(encoded.late + decoded.late, 0);
+  }
+  EXPECT_TRUE(frame->uniquelyReferenced());
+}
+
+TEST(Threads, CaptureStopsWhileFramesArrive) {
+  Machine machine(Machine::Queues::threads);
+  machine.screen.addDisplay(1, {{0, 0}, {64, 48}});
+  std::atomic<int> received = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    Receiver receiver;
+    void* handle = vlm_capture_start_display(0, 30, 0, 0, receiveFrame, nullptr, &receiver);
+    ASSERT_NE(handle, nullptr);
+    const auto stream = machine.screen.streams.back().lock();
+    std::atomic<bool> stopped = false;
+    std::thread screen([&] {
+      const auto sample = platform::scripted::makeScreenSample(64, 48, platform::CMTimeMake(1, 1));
+      for (int i = 0; i < 200 || !stopped; ++i) stream->deliver(sample);
+      stream->end({"gone"});
+    });
+    while (receiver.count < 3) std::this_thread::yield();
+    double width = 0;
+    EXPECT_TRUE(vlm_capture_bounds(handle, nullptr, nullptr, &width, nullptr));
+    vlm_capture_stop(handle);
+    stopped = true;
+    screen.join();
+    EXPECT_FALSE(stream->hasDelegate());
+    received += receiver.count;
+  }
+  EXPECT_GE(received, 3 * kRounds);
+}
+
+TEST(Threads, PresenterTakesFramesWhileItsLayerIsReplacedAndCleared) {
+  Machine machine(Machine::Queues::threads);
+  void* handle = vlm_present_create();
+  ASSERT_NE(handle, nullptr);
+  platform::scripted::ScriptedLayer::Condition failed;
+  failed.status = failed.afterEnqueue = platform::AVQueuedSampleBufferRenderingStatus::failed;
+  const auto frame = picture(16, 16);
+  std::atomic<int> answers = 0;
+  const auto handOver = [&] {
+    for (int i = 0; i < 2000; ++i) {
+      const auto answer = vlm_present_enqueue(handle, frame.get(), i);
+      answers += answer == VLM_PRESENT_OK || answer == VLM_PRESENT_BUSY ? 1 : 0;
+    }
+  };
+  std::thread first(handOver);
+  std::thread second(handOver);
+  for (int round = 0; round < kRounds; ++round) {
+    machine.mainQueue()->sync([&] { machine.display.layers.back()->become(failed); });
+    vlm_present_clear(handle);
+    EXPECT_NE(vlm_present_view(handle), nullptr);
+  }
+  first.join();
+  second.join();
+  EXPECT_EQ(answers, 4000);
+  // The last layer has failed and is replaced: frames are shown again.
+  int32_t answer = VLM_PRESENT_BUSY;
+  while (answer != VLM_PRESENT_OK) answer = vlm_present_enqueue(handle, frame.get(), 0);
+  vlm_present_destroy(handle);
+  machine.mainQueue()->sync([] {});
+  EXPECT_GT(machine.display.layers.size(), 1U);
+  EXPECT_EQ(only({"off the main thread"}, machine.journal.take()), Lines{});
+}
+
+}  // namespace
+}  // namespace vlm::test
