@@ -58,8 +58,8 @@ run_quick() {
 
 run_core() {
   build core || return
-  run_tests core unit
-  run_tests core conformance
+  local kind
+  for kind in unit conformance kernels; do run_tests core "$kind"; done
 }
 
 run_asan() {
