@@ -29,6 +29,7 @@ class PrivateDesktop {
   PrivateDesktop& operator=(const PrivateDesktop&) = delete;
 
   const std::string& display() const { return display_; }
+  pid_t server() const { return server_.pid(); }
 
   // Starts a client of this server. It ends with the desktop; the index serves client().
   std::size_t spawn(const std::vector<std::string>& command);

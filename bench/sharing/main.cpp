@@ -1,0 +1,199 @@
+// What sharing a screen costs: processor time of capture and encoding for each delivered frame, of
+// the library and of its peers, one after the other on the same contents in the same X server.
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "bench/support/clock.h"
+#include "bench/support/meter.h"
+#include "support/private_desktop.h"
+
+namespace vlm::bench {
+namespace {
+
+using Command = std::vector<std::string>;
+
+constexpr int kFps = 30;
+constexpr const char* kBitrate = "8000000";
+constexpr double kWarmUpSeconds = 3;
+
+struct Sharer {
+  std::string name;
+  Command command;
+  Metered::Protocol protocol;
+};
+
+struct Content {
+  std::string name;
+  Command client;  // empty for none
+};
+
+struct Cost {
+  double perFrameMs = 0;   // of processor time; 0 when no frame was delivered
+  double perSecondMs = 0;  // of processor time
+  double framesPerSecond = 0;
+  double megabits = 0;  // a second
+  double serverMs = 0;  // processor time of the X server, a second
+};
+
+std::string besideUs(const std::string& program) {
+  return (std::filesystem::read_symlink("/proc/self/exe").parent_path() / program).string();
+}
+
+Sharer gstreamer(const std::string& name, const std::string& useDamage) {
+  return {name,
+          {besideUs("bench_sharing_gstreamer"), "%fd",
+           "ximagesrc show-pointer=false use-damage=" + useDamage +
+               " ! video/x-raw,framerate=30/1 ! videoconvert ! video/x-raw,format=NV12"
+               " ! x264enc speed-preset=ultrafast tune=zerolatency bitrate=8000 threads=1"
+               " ! video/x-h264,profile=main ! fakesink name=sink sync=false"},
+          Metered::Protocol::answers};
+}
+
+Sharer ffmpeg(const std::string& display) {
+  return {"FFmpeg",
+          {"ffmpeg",
+           "-nostdin",
+           "-loglevel",
+           "error",
+           "-nostats",
+           "-progress",
+           "pipe:%fd",
+           "-stats_period",
+           "0.2",
+           "-f",
+           "x11grab",
+           "-draw_mouse",
+           "0",
+           "-framerate",
+           std::to_string(kFps),
+           "-video_size",
+           "1920x1080",
+           "-i",
+           display,
+           "-c:v",
+           "libx264",
+           "-threads",
+           "1",
+           "-preset",
+           "ultrafast",
+           "-tune",
+           "zerolatency",
+           "-pix_fmt",
+           "yuv420p",
+           "-profile:v",
+           "main",
+           "-b:v",
+           kBitrate,
+           "-f",
+           "h264",
+           "-y",
+           "/dev/null"},
+          Metered::Protocol::progress};
+}
+
+// Those whose names begin with `only`.
+std::vector<Sharer> sharers(const std::string& display, const std::string& only) {
+  std::vector<Sharer> result = {
+      {"ours",
+       {besideUs("bench_sharing_ours"), "%fd", std::to_string(kFps), kBitrate},
+       Metered::Protocol::answers},
+      ffmpeg(display),
+      gstreamer("GStreamer", "false"),
+      gstreamer("GStreamer, damage", "true")};
+  std::erase_if(result, [&](const Sharer& sharer) { return !sharer.name.starts_with(only); });
+  return result;
+}
+
+std::vector<Content> contents() {
+  const std::string program = besideUs("bench_content");
+  // Changes come twice as fast as frames, so that every frame of every sharer shows a new one.
+  const std::string rate = std::to_string(2 * kFps);
+  return {{"still screen", {}},
+          {"moving window", {program, "window", rate}},
+          {"scrolling terminal",
+           {"xterm", "-geometry", "140x40+200+200", "-e", program, "lines", rate}},
+          {"full-screen motion", {program, "motion", rate}}};
+}
+
+Cost measure(const Sharer& sharer, pid_t server, double seconds) {
+  Metered program(sharer.command, sharer.protocol);
+  sleepUntil(monotonicNow() + static_cast<std::int64_t>(kWarmUpSeconds * 1e9));
+  const auto serverBefore = processorTime(server);
+  const Reading before = program.read();
+  sleepUntil(before.time + static_cast<std::int64_t>(seconds * 1e9));
+  const Reading after = program.read();
+  const auto serverAfter = processorTime(server);
+  const auto frames = static_cast<double>(after.delivered.frames - before.delivered.frames);
+  const double span = static_cast<double>(after.time - before.time) / 1e9;
+  const double processor = static_cast<double>(after.processor - before.processor) / 1e6;
+  return {frames > 0 ? processor / frames : 0, processor / span, frames / span,
+          static_cast<double>(after.delivered.bytes - before.delivered.bytes) * 8e-6 / span,
+          static_cast<double>(serverAfter - serverBefore) / 1e6 / span};
+}
+
+void printRow(const std::string& content, const std::string& sharer, const Cost& cost) {
+  std::printf("| %-18s | %-17s | %8.2f | %8.1f | %8.1f | %6.2f | %8.1f |\n", content.c_str(),
+              sharer.c_str(), cost.perFrameMs, cost.perSecondMs, cost.framesPerSecond,
+              cost.megabits, cost.serverMs);
+  std::fflush(stdout);
+}
+
+// Ours beside the better peer. Where nothing changes ours delivers no frame, and what is compared
+// is the time of one second.
+double ratio(const Cost& ours, const std::vector<Cost>& peers) {
+  const bool byFrame = ours.framesPerSecond > 1;
+  const auto cost = [=](const Cost& of) { return byFrame ? of.perFrameMs : of.perSecondMs; };
+  const auto less = [=](const Cost& a, const Cost& b) { return cost(a) < cost(b); };
+  return cost(ours) / cost(*std::min_element(peers.begin(), peers.end(), less));
+}
+
+void run(double seconds, const std::string& only) {
+  test::PrivateDesktop desktop;
+  test::runCommand({besideUs("bench_content"), "wallpaper"});
+  std::printf(
+      "| content            | sharer            | ms/frame | ms/s     | frames/s | Mbit/s | server "
+      "ms/s |\n");
+  std::printf(
+      "|--------------------|-------------------|---------:|---------:|---------:|-------:|--------"
+      "-:|\n");
+  std::vector<std::string> ratios;
+  for (const auto& content : contents()) {
+    std::optional<test::ChildProcess> client;
+    if (!content.client.empty()) client.emplace(content.client);
+    std::optional<Cost> ours;
+    std::vector<Cost> peers;
+    for (const auto& sharer : sharers(desktop.display(), only)) {
+      const Cost cost = measure(sharer, desktop.server(), seconds);
+      printRow(content.name, sharer.name, cost);
+      sharer.name == "ours" ? void(ours = cost) : peers.push_back(cost);
+    }
+    if (!ours || peers.empty()) continue;
+    char line[100];
+    std::snprintf(line, sizeof line, "| %-18s | %8.3f | by %s", content.name.c_str(),
+                  ratio(*ours, peers), ours->framesPerSecond > 1 ? "frame |" : "second |");
+    ratios.emplace_back(line);
+  }
+  std::printf("\n| content            | ours / best peer |\n|---|---:|\n");
+  for (const auto& line : ratios) std::printf("%s\n", line.c_str());
+}
+
+}  // namespace
+}  // namespace vlm::bench
+
+int main(int count, char** arguments) {
+  try {
+    vlm::bench::run(count > 1 ? std::atof(arguments[1]) : 8, count > 2 ? arguments[2] : "");
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "sharing: %s\n", error.what());
+    return 1;
+  }
+}
