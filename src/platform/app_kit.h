@@ -12,8 +12,8 @@ namespace vlm::platform {
 class NSCoder;
 
 // A view that the host places in a window of its own. The library derives from it. Made and
-// changed on the main thread; its last reference may go on any.
-class NSView {
+// changed on the main thread; its last reference, a std::shared_ptr's, may go on any.
+class NSView : public std::enable_shared_from_this<NSView> {
  public:
   NSView(const NSView&) = delete;
   NSView& operator=(const NSView&) = delete;
@@ -39,7 +39,8 @@ class NSView {
 
  protected:
   NSView();
-  // The base initialiser. False when the platform can't make a view.
+  // The base initialiser, called when the view is shared already: the platform keeps it weakly, to
+  // tell it what happens. False when the platform can't make a view.
   bool initWithFrame(CGRect frame);
 
  private:
