@@ -1,10 +1,11 @@
-// Not served yet: no layer can be made.
 #include "platform/av_foundation.h"
+
+#include "platform/linux/view/display_layer.h"
 
 namespace vlm::platform {
 
 std::shared_ptr<AVSampleBufferDisplayLayer> AVSampleBufferDisplayLayer::make() {
-  return nullptr;
+  return std::make_shared<DisplayLayer>();
 }
 
 }  // namespace vlm::platform

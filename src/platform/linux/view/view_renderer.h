@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/linux/view/display_layer.h"
+#include "platform/linux/view/picture_drawing.h"
+#include "platform/linux/view/view_window.h"
+#include "platform/linux/view/window_image.h"
+#include "platform/linux/x11/connection.h"
+
+namespace vlm::platform {
+
+// Keeps a view's window showing the last picture of the view's layer, in the window's size of the
+// moment. Lives on one thread.
+class ViewRenderer {
+ public:
+  // Waits for the server. Null when no window can be made.
+  static std::unique_ptr<ViewRenderer> make(std::shared_ptr<x11::Connection> connection);
+
+  const ViewWindow& window() const noexcept { return *window_; }
+  // True when the window is no more: nothing will ever be shown again.
+  bool isLost() const noexcept { return lost_; }
+
+  // Another layer takes over, which has no picture yet; null leaves the view without one.
+  void setLayer(std::shared_ptr<DisplayLayer> layer);
+  void takeOut() { window_->takeOut(); }
+
+  // Does all there is to do now: the server's events, the layer's hand-overs, drawing. True when
+  // the view came into another window. May wait for the server.
+  bool run();
+
+ private:
+  ViewRenderer(std::shared_ptr<x11::Connection> connection, std::unique_ptr<ViewWindow> window);
+  bool handleEvents();
+  void handle(const xcb_generic_event_t& event);
+  void takeFromLayer();
+  void removePicture();
+  void drawIfNeeded();
+  void draw();
+  void lose();
+
+  const std::shared_ptr<x11::Connection> connection_;
+  const std::unique_ptr<ViewWindow> window_;
+  WindowImage image_;
+  PictureDrawing drawing_;
+  std::shared_ptr<DisplayLayer> layer_;
+  Ref<CVPixelBuffer> picture_;  // the last one; kept for when the window must be drawn anew
+  bool stale_ = false;          // the window does not show it as it should
+  bool moved_ = false;
+  bool lost_ = false;
+};
+
+}  // namespace vlm::platform

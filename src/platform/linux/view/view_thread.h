@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <memory>
+#include <thread>
+
+#include "platform/core_graphics.h"
+#include "platform/linux/view/display_layer.h"
+#include "platform/linux/view/wake_up.h"
+#include "platform/linux/x11/connection.h"
+#include "platform/mutex.h"
+
+namespace vlm::platform {
+
+class ViewRenderer;
+
+// The thread behind one view, the only one that talks to the X server for it: whatever the server
+// does, nobody else waits.
+class ViewThread {
+ public:
+  // Waits for the server; null when no window can be made. `moved` is called on the new thread
+  // when the view came into another window.
+  static std::unique_ptr<ViewThread> start(std::function<void()> moved);
+  // Ends the window with the thread. Does not wait for the server.
+  ~ViewThread();
+  ViewThread(const ViewThread&) = delete;
+  ViewThread& operator=(const ViewThread&) = delete;
+
+  // Any thread. What is ordered is done a little later.
+  xcb_window_t window() const noexcept { return window_; }
+  bool isInHost() const VLM_EXCLUDES(mutex_);
+  CGSize size() const VLM_EXCLUDES(mutex_);
+  void setLayer(std::shared_ptr<DisplayLayer> layer) VLM_EXCLUDES(mutex_);
+  void takeOut() VLM_EXCLUDES(mutex_);
+
+ private:
+  explicit ViewThread(std::function<void()> moved) : moved_(std::move(moved)) {}
+
+  void main(std::promise<xcb_window_t> started);
+  std::unique_ptr<ViewRenderer> makeRenderer();
+  // False when the thread is to end.
+  bool obey(ViewRenderer& renderer) VLM_EXCLUDES(mutex_);
+  void publish(const ViewRenderer& renderer) VLM_EXCLUDES(mutex_);
+  void sleep(const ViewRenderer& renderer) const;
+
+  const std::function<void()> moved_;
+  const std::shared_ptr<const WakeUp> wakeUp_ = std::make_shared<WakeUp>();
+  // Written once, before start() returns.
+  std::shared_ptr<x11::Connection> connection_;
+  xcb_window_t window_ = XCB_NONE;
+
+  mutable Mutex mutex_;
+  std::shared_ptr<DisplayLayer> newLayer_ VLM_GUARDED_BY(mutex_);
+  bool takeOutWanted_ VLM_GUARDED_BY(mutex_) = false;
+  bool ended_ VLM_GUARDED_BY(mutex_) = false;
+  bool inHost_ VLM_GUARDED_BY(mutex_) = false;
+  CGSize size_ VLM_GUARDED_BY(mutex_);
+
+  std::thread thread_;
+};
+
+}  // namespace vlm::platform
