@@ -8,43 +8,116 @@
 namespace vlm::platform {
 namespace {
 
-// Bilinear, and a mean of all pixels where a picture is made less than half as large.
+// Bilinear, and the mean of all pixels where a picture is made less than half as large.
 constexpr auto kFilter = libyuv::kFilterBox;
 
-struct BiPlanar {
-  const std::uint8_t* luma;
-  int lumaStride;
-  const std::uint8_t* chroma;
-  int chromaStride;
+class ReadLock {
+ public:
+  explicit ReadLock(CVPixelBuffer& buffer)
+      : buffer_(buffer),
+        held_(CVPixelBufferLockBaseAddress(buffer, kCVPixelBufferLock_ReadOnly) ==
+              kCVReturnSuccess) {}
+  ~ReadLock() {
+    if (held_) CVPixelBufferUnlockBaseAddress(buffer_, kCVPixelBufferLock_ReadOnly);
+  }
+  ReadLock(const ReadLock&) = delete;
+  ReadLock& operator=(const ReadLock&) = delete;
+
+  bool held() const noexcept { return held_; }
+
+ private:
+  CVPixelBuffer& buffer_;
+  const bool held_;
 };
 
-int size(std::size_t value) {
+int asInt(std::size_t value) {
   return static_cast<int>(value);
 }
 
-BiPlanar planes(const CVPixelBuffer& picture) {
+// What libyuv calls ARGB: blue first in memory.
+struct Packed {
+  const std::uint8_t* pixels;
+  int bytesPerRow;
+  int width;
+  int height;
+};
+
+struct BiPlanar {
+  const std::uint8_t* luma;
+  int lumaBytesPerRow;
+  const std::uint8_t* chroma;
+  int chromaBytesPerRow;
+  int width;
+  int height;
+  const libyuv::YuvConstants* matrix;
+};
+
+Packed packedPixels(const CVPixelBuffer& picture) {
+  return {CVPixelBufferGetBaseAddress(picture), asInt(CVPixelBufferGetBytesPerRow(picture)),
+          asInt(CVPixelBufferGetWidth(picture)), asInt(CVPixelBufferGetHeight(picture))};
+}
+
+BiPlanar biPlanarPixels(const CVPixelBuffer& picture) {
+  const bool videoRange =
+      CVPixelBufferGetPixelFormatType(picture) == kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
   return {CVPixelBufferGetBaseAddressOfPlane(picture, 0),
-          size(CVPixelBufferGetBytesPerRowOfPlane(picture, 0)),
+          asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 0)),
           CVPixelBufferGetBaseAddressOfPlane(picture, 1),
-          size(CVPixelBufferGetBytesPerRowOfPlane(picture, 1))};
+          asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 1)),
+          asInt(CVPixelBufferGetWidth(picture)),
+          asInt(CVPixelBufferGetHeight(picture)),
+          videoRange ? &libyuv::kYuvI601Constants : &libyuv::kYuvJPEGConstants};
 }
 
-void convert(const BiPlanar& source, const libyuv::YuvConstants& matrix,
-             const PixelTarget& target) {
-  libyuv::NV12ToARGBMatrix(source.luma, source.lumaStride, source.chroma, source.chromaStride,
-                           target.pixels, target.bytesPerRow(), &matrix, target.width,
-                           target.height);
+template <class Source>
+bool hasSizeOf(const Source& source, const PixelTarget& target) {
+  return source.width == target.width && source.height == target.height;
 }
 
-void drawPacked(const CVPixelBuffer& picture, int width, int height, const PixelTarget& target) {
-  const auto* source = CVPixelBufferGetBaseAddress(picture);
-  const int stride = size(CVPixelBufferGetBytesPerRow(picture));
-  if (width == target.width && height == target.height) {
-    libyuv::ARGBCopy(source, stride, target.pixels, target.bytesPerRow(), width, height);
-  } else {
-    libyuv::ARGBScale(source, stride, width, height, target.pixels, target.bytesPerRow(),
-                      target.width, target.height, kFilter);
-  }
+void convert(const BiPlanar& source, const PixelTarget& target) {
+  libyuv::NV12ToARGBMatrix(source.luma, source.lumaBytesPerRow, source.chroma,
+                           source.chromaBytesPerRow, target.pixels, target.bytesPerRow(),
+                           source.matrix, target.width, target.height);
+}
+
+void scale(const Packed& source, const PixelTarget& target) {
+  libyuv::ARGBScale(source.pixels, source.bytesPerRow, source.width, source.height, target.pixels,
+                    target.bytesPerRow(), target.width, target.height, kFilter);
+}
+
+void drawPacked(const Packed& source, const PixelTarget& target) {
+  if (!hasSizeOf(source, target)) return scale(source, target);
+  libyuv::ARGBCopy(source.pixels, source.bytesPerRow, target.pixels, target.bytesPerRow(),
+                   target.width, target.height);
+}
+
+BiPlanar scaled(const BiPlanar& source, int width, int height, std::vector<std::uint8_t>& memory) {
+  const int chromaBytesPerRow = (width + 1) / 2 * 2;
+  const std::size_t lumaBytes = static_cast<std::size_t>(width) * height;
+  memory.resize(lumaBytes + static_cast<std::size_t>(chromaBytesPerRow) * ((height + 1) / 2));
+  std::uint8_t* luma = memory.data();
+  std::uint8_t* chroma = luma + lumaBytes;
+  libyuv::NV12Scale(source.luma, source.lumaBytesPerRow, source.chroma, source.chromaBytesPerRow,
+                    source.width, source.height, luma, width, chroma, chromaBytesPerRow, width,
+                    height, kFilter);
+  return {luma, width, chroma, chromaBytesPerRow, width, height, source.matrix};
+}
+
+Packed converted(const BiPlanar& source, std::vector<std::uint8_t>& memory) {
+  memory.resize(static_cast<std::size_t>(source.width) * source.height * 4);
+  const PixelTarget target{memory.data(), source.width, source.height};
+  convert(source, target);
+  return {memory.data(), target.bytesPerRow(), source.width, source.height};
+}
+
+void drawBiPlanar(const BiPlanar& source, const PixelTarget& target,
+                  std::vector<std::uint8_t>& between) {
+  if (hasSizeOf(source, target)) return convert(source, target);
+  // Half the width and height is where the cheaper order changes: libyuv scales packed pixels at
+  // less cost than planes, but then all pixels of the source are converted.
+  const bool muchSmaller = target.width * 2 <= source.width && target.height * 2 <= source.height;
+  if (muchSmaller) return convert(scaled(source, target.width, target.height, between), target);
+  scale(converted(source, between), target);
 }
 
 }  // namespace
@@ -61,40 +134,14 @@ bool canDraw(const CVPixelBuffer& picture) noexcept {
 }
 
 bool PictureDrawing::draw(CVPixelBuffer& picture, const PixelTarget& target) {
-  if (CVPixelBufferLockBaseAddress(picture, kCVPixelBufferLock_ReadOnly) != kCVReturnSuccess) {
-    return false;
-  }
-  if (CVPixelBufferGetPlaneCount(picture) == 2) {
-    drawPlanar(picture, target);
+  const ReadLock lock(picture);
+  if (!lock.held()) return false;
+  if (CVPixelBufferGetPixelFormatType(picture) == kCVPixelFormatType_32BGRA) {
+    drawPacked(packedPixels(picture), target);
   } else {
-    drawPacked(picture, size(CVPixelBufferGetWidth(picture)), size(CVPixelBufferGetHeight(picture)),
-               target);
+    drawBiPlanar(biPlanarPixels(picture), target, between_);
   }
-  CVPixelBufferUnlockBaseAddress(picture, kCVPixelBufferLock_ReadOnly);
   return true;
-}
-
-void PictureDrawing::drawPlanar(const CVPixelBuffer& picture, const PixelTarget& target) {
-  const bool videoRange =
-      CVPixelBufferGetPixelFormatType(picture) == kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
-  const auto& matrix = videoRange ? libyuv::kYuvI601Constants : libyuv::kYuvJPEGConstants;
-  const int width = size(CVPixelBufferGetWidth(picture));
-  const int height = size(CVPixelBufferGetHeight(picture));
-  const BiPlanar source = planes(picture);
-  if (width == target.width && height == target.height) {
-    convert(source, matrix, target);
-    return;
-  }
-  // Scaled before it is converted: a pixel has 1.5 bytes then instead of 4.
-  const int chromaStride = (target.width + 1) / 2 * 2;
-  const std::size_t lumaBytes = static_cast<std::size_t>(target.width) * target.height;
-  scaled_.resize(lumaBytes + static_cast<std::size_t>(chromaStride) * ((target.height + 1) / 2));
-  std::uint8_t* luma = scaled_.data();
-  std::uint8_t* chroma = luma + lumaBytes;
-  libyuv::NV12Scale(source.luma, source.lumaStride, source.chroma, source.chromaStride, width,
-                    height, luma, target.width, chroma, chromaStride, target.width, target.height,
-                    kFilter);
-  convert({luma, target.width, chroma, chromaStride}, matrix, target);
 }
 
 }  // namespace vlm::platform

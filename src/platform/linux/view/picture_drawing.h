@@ -27,10 +27,8 @@ class PictureDrawing {
   bool draw(CVPixelBuffer& picture, const PixelTarget& target);
 
  private:
-  void drawPlanar(const CVPixelBuffer& picture, const PixelTarget& target);
-
-  // A bi-planar picture in the target's size, kept from picture to picture.
-  std::vector<std::uint8_t> scaled_;
+  // What lies between two steps, kept from picture to picture.
+  std::vector<std::uint8_t> between_;
 };
 
 }  // namespace vlm::platform

@@ -1,0 +1,264 @@
+// Presenting in a host's window on a real X server, through the public header. What stands on the
+// screen is judged by ImageMagick and xwininfo.
+#include <glib.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "VelmoraMacNative.h"
+#include "e2e/host_window.h"
+#include "e2e/quadrants.h"
+#include "support/private_desktop.h"
+
+namespace vlm::test {
+namespace {
+
+using platform::CVPixelBuffer;
+using platform::Ref;
+constexpr auto kVideoRange = platform::kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
+constexpr auto kFullRange = platform::kCVPixelFormatType_420YpCbCr8BiPlanarFullRange;
+constexpr auto kPacked = platform::kCVPixelFormatType_32BGRA;
+
+// For the rounding of two conversions, and of libyuv's filters where the picture is scaled. Another
+// matrix or range is off by more.
+constexpr double kTolerance = 8;
+const PrivateDesktop::Options kBareServer{.width = 800, .height = 600, .windowManager = false};
+
+void runMainLoop() {
+  while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+  }
+}
+
+std::string screenshot(const std::string& window, const std::string& format) {
+  const auto shot =
+      runCommand({"import", "-window", window, "-depth", "8", "-format", format, "info:-"});
+  return shot.status == 0 ? shot.output : "";
+}
+
+// True when the window shows these four colours, seen a few pixels from its corners, where a
+// picture that is not stretched over all of it would miss at least one.
+bool shows(const std::string& window, int width, int height, const std::array<Rgb, 4>& colors) {
+  std::string format;
+  for (const int y : {3, height - 4}) {
+    for (const int x : {3, width - 4}) {
+      for (const char* channel : {"r", "g", "b"}) {
+        format +=
+            "%[fx:255*p{" + std::to_string(x) + "," + std::to_string(y) + "}." + channel + "] ";
+      }
+    }
+  }
+  std::istringstream pixels(screenshot(window, format));
+  for (const Rgb& color : colors) {
+    for (const double wanted : {color.red, color.green, color.blue}) {
+      double got = -1;
+      if (!(pixels >> got) || std::abs(got - wanted) > kTolerance) return false;
+    }
+  }
+  return true;
+}
+
+constexpr std::array<Rgb, 4> kBlack{};
+
+std::size_t entriesIn(const char* folder) {
+  const std::filesystem::directory_iterator entries(folder);
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+// A presenter whose view stands in a host's window.
+class Presenting {
+ public:
+  Presenting(std::uint16_t width, std::uint16_t height)
+      : presenter_(vlm_present_create()), host_(std::make_unique<HostWindow>(width, height)) {
+    if (presenter_ != nullptr) host_->place(vlm_present_view(presenter_));
+  }
+  ~Presenting() {
+    vlm_present_destroy(presenter_);
+    runMainLoop();
+  }
+
+  void* presenter() const { return presenter_; }
+  HostWindow& host() { return *host_; }
+  std::string view() const {
+    return std::to_string(*static_cast<const std::uint32_t*>(vlm_present_view(presenter_)));
+  }
+  int enqueue(const Ref<CVPixelBuffer>& picture) const {
+    return vlm_present_enqueue(presenter_, picture.get(), 0);
+  }
+  // Hands the picture over until it is taken.
+  bool present(const Ref<CVPixelBuffer>& picture) const {
+    return eventually([&] { return enqueue(picture) == VLM_PRESENT_OK; });
+  }
+  bool showsQuadrants(int width, int height) const {
+    return eventually([&] { return shows(host_->id(), width, height, kQuadrants); });
+  }
+
+ private:
+  void* const presenter_;
+  const std::unique_ptr<HostWindow> host_;
+};
+
+struct PictureCase {
+  const char* name;
+  platform::OSType format;
+  std::size_t width;
+  std::size_t height;
+
+  friend void PrintTo(const PictureCase& picture, std::ostream* out) { *out << picture.name; }
+};
+
+class PresentPicture : public testing::TestWithParam<PictureCase> {};
+
+TEST_P(PresentPicture, FillsTheView) {
+  const auto& param = GetParam();
+  for (const auto& arguments : {std::vector<std::string>{}, {"-extension", "MIT-SHM"}}) {
+    auto options = kBareServer;
+    options.serverArguments = arguments;
+    const PrivateDesktop desktop(options);
+    const Presenting presenting(321, 203);
+    ASSERT_TRUE(presenting.present(makeQuadrants(param.width, param.height, param.format)));
+    EXPECT_TRUE(presenting.showsQuadrants(321, 203)) << "server with" << arguments.size();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PresentPicture,
+                         testing::Values(PictureCase{"videoRangeEqual", kVideoRange, 321, 203},
+                                         PictureCase{"videoRangeEnlarged", kVideoRange, 64, 48},
+                                         PictureCase{"fullRangeReduced", kFullRange, 1280, 801},
+                                         PictureCase{"packedEqual", kPacked, 321, 203},
+                                         PictureCase{"packedReduced", kPacked, 1000, 700}),
+                         [](const auto& instance) { return std::string(instance.param.name); });
+
+TEST(Present, FollowsItsHostsSizeAndVisibility) {
+  const PrivateDesktop desktop;  // with a window manager
+  Presenting presenting(320, 240);
+  auto& host = presenting.host();
+  ASSERT_TRUE(presenting.present(makeQuadrants(320, 240, kVideoRange)));
+  EXPECT_TRUE(presenting.showsQuadrants(320, 240));
+
+  host.resize(500, 411);
+  EXPECT_TRUE(presenting.showsQuadrants(500, 411)) << "the last picture is drawn anew";
+  const auto geometry = outputOf({"xwininfo", "-id", presenting.view()});
+  EXPECT_NE(geometry.find("Width: 500\n"), std::string::npos) << geometry;
+  EXPECT_NE(geometry.find("Height: 411\n"), std::string::npos) << geometry;
+  EXPECT_NE(geometry.find("Relative upper-left X:  0\n"), std::string::npos) << geometry;
+
+  // Pictures for a view that nobody sees are taken, and the last is there when it is seen.
+  host.unmap();
+  ASSERT_TRUE(eventually([&] { return !host.isViewable(); }));
+  ASSERT_TRUE(presenting.present(makeQuadrants(16, 16, kPacked)));
+  ASSERT_TRUE(presenting.present(makeQuadrants(160, 160, kPacked)));
+  host.map();
+  EXPECT_TRUE(presenting.showsQuadrants(500, 411));
+
+  vlm_present_clear(presenting.presenter());
+  EXPECT_TRUE(eventually([&] { return shows(host.id(), 500, 411, kBlack); }));
+  ASSERT_TRUE(presenting.present(makeQuadrants(500, 411, kFullRange)));
+  EXPECT_TRUE(presenting.showsQuadrants(500, 411));
+}
+
+TEST(Present, LetsClicksThrough) {
+  const PrivateDesktop desktop(kBareServer);
+  Presenting presenting(320, 240);
+  ASSERT_TRUE(presenting.present(makeQuadrants(320, 240, kVideoRange)));
+  ASSERT_TRUE(presenting.showsQuadrants(320, 240));
+  outputOf({"xdotool", "mousemove", "140", "130", "click", "1"});
+  EXPECT_TRUE(eventually([&] { return presenting.host().clicks() > 0; }));
+}
+
+TEST(Present, AnswersBusyWhileTheServerStandsStill) {
+  const PrivateDesktop desktop(kBareServer);
+  const Presenting presenting(320, 240);
+  const auto picture = makeQuadrants(1920, 1080, kVideoRange);
+  ASSERT_TRUE(presenting.present(picture));
+  ASSERT_TRUE(presenting.showsQuadrants(320, 240));
+
+  desktop.server().signal(SIGSTOP);
+  int taken = 0;
+  for (int i = 0; i < 300; ++i) {
+    if (presenting.enqueue(picture) == VLM_PRESENT_OK) ++taken;
+  }
+  desktop.server().signal(SIGCONT);
+  EXPECT_LE(taken, 2) << "one may still have been on its way";
+  EXPECT_TRUE(presenting.present(picture));
+}
+
+TEST(Present, SurvivesTheServersDeath) {
+  PrivateDesktop desktop(kBareServer);
+  const Presenting presenting(320, 240);
+  const auto picture = makeQuadrants(320, 240, kVideoRange);
+  ASSERT_TRUE(presenting.present(picture));
+  desktop.killServer();
+  ASSERT_TRUE(eventually([&] { return presenting.enqueue(picture) == VLM_PRESENT_BUSY; }));
+
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 200; ++i) EXPECT_EQ(presenting.enqueue(picture), VLM_PRESENT_BUSY);
+  runMainLoop();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "[vlm] display layer was unrecoverable — rebuilt it\n");
+  EXPECT_TRUE(eventually([&] { return presenting.enqueue(picture) == VLM_PRESENT_BUSY; }));
+  EXPECT_EQ(vlm_present_create(), nullptr) << "there is no server to make a view with";
+}
+
+TEST(Present, SurvivesTheHostsWindow) {
+  const PrivateDesktop desktop(kBareServer);
+  Presenting presenting(320, 240);
+  const auto picture = makeQuadrants(320, 240, kVideoRange);
+  ASSERT_TRUE(presenting.present(picture));
+  ASSERT_TRUE(presenting.showsQuadrants(320, 240));
+  presenting.host().destroy();
+  EXPECT_TRUE(eventually([&] { return presenting.enqueue(picture) == VLM_PRESENT_BUSY; }));
+}
+
+TEST(Present, MakesAndEndsViewsOffTheMainThread) {
+  const PrivateDesktop desktop(kBareServer);
+  HostWindow host(200, 150);
+  bool ended = false;
+  std::thread worker([&] {
+    void* presenter = vlm_present_create();
+    host.place(vlm_present_view(presenter));
+    const auto picture = makeQuadrants(200, 150, kVideoRange);
+    EXPECT_TRUE(eventually([&] {
+      return vlm_present_enqueue(presenter, picture.get(), 0) == VLM_PRESENT_OK &&
+             shows(host.id(), 200, 150, kQuadrants);
+    }));
+    vlm_present_destroy(presenter);
+    g_main_context_invoke(
+        nullptr,
+        [](gpointer flag) -> gboolean {
+          *static_cast<bool*>(flag) = true;
+          return G_SOURCE_REMOVE;
+        },
+        &ended);
+  });
+  while (!ended) g_main_context_iteration(nullptr, TRUE);
+  worker.join();
+  EXPECT_TRUE(eventually([&] {
+    return outputOf({"xwininfo", "-children", "-id", host.id()}).find("0 children") !=
+           std::string::npos;
+  }));
+}
+
+TEST(Present, LeavesNothingBehind) {
+  const PrivateDesktop desktop(kBareServer);
+  const auto picture = makeQuadrants(64, 48, kVideoRange);
+  const auto once = [&] {
+    const Presenting presenting(64, 48);
+    presenting.enqueue(picture);
+  };
+  once();
+  const auto threads = entriesIn("/proc/self/task");
+  const auto descriptors = entriesIn("/proc/self/fd");
+  for (int i = 0; i < 1000; ++i) once();
+  EXPECT_EQ(entriesIn("/proc/self/task"), threads);
+  EXPECT_EQ(entriesIn("/proc/self/fd"), descriptors);
+  EXPECT_NE(outputOf({"xwininfo", "-root", "-children"}).find("0 children"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace vlm::test
