@@ -1,6 +1,7 @@
 #include "platform/linux/view/window_image.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "platform/linux/x11/reply.h"
 
@@ -54,10 +55,11 @@ void WindowImage::putShared(const PixelTarget& target, xcb_window_t window,
 
 void WindowImage::putThroughConnection(const PixelTarget& target, xcb_window_t window,
                                        xcb_gcontext_t context) {
+  constexpr std::size_t kHeader = sizeof(xcb_put_image_request_t) + 4;  // of a long request
   const std::size_t longest = xcb_get_maximum_request_length(connection_) * std::size_t{4};
   const auto rowBytes = static_cast<std::size_t>(target.bytesPerRow());
-  const int rowsAtOnce = static_cast<int>(
-      std::max<std::size_t>(1, (longest - sizeof(xcb_put_image_request_t) - 4) / rowBytes));
+  if (longest < kHeader + rowBytes) return;  // a lost server takes nothing
+  const int rowsAtOnce = static_cast<int>((longest - kHeader) / rowBytes);
   for (int row = 0; row < target.height; row += rowsAtOnce) {
     const int rows = std::min(rowsAtOnce, target.height - row);
     xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window, context,
