@@ -3,6 +3,7 @@
 #include <glib.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <ostream>
@@ -178,12 +179,12 @@ TEST(Present, AnswersBusyWhileTheServerStandsStill) {
   ASSERT_TRUE(presenting.present(picture));
   ASSERT_TRUE(presenting.showsQuadrants(320, 240));
 
-  desktop.server().signal(SIGSTOP);
+  kill(desktop.server(), SIGSTOP);
   int taken = 0;
   for (int i = 0; i < 300; ++i) {
     if (presenting.enqueue(picture) == VLM_PRESENT_OK) ++taken;
   }
-  desktop.server().signal(SIGCONT);
+  kill(desktop.server(), SIGCONT);
   EXPECT_LE(taken, 2) << "one may still have been on its way";
   EXPECT_TRUE(presenting.present(picture));
 }

@@ -39,7 +39,6 @@ class PrivateDesktop {
   // the instance or class part of its WM_CLASS, and must not be in use by an earlier window.
   std::uint32_t spawnWindow(const std::vector<std::string>& command, const std::string& name);
 
-  const ChildProcess& server() const { return server_; }
   // Ends the server at once, as a crash would: every connection to it breaks.
   void killServer() { server_.end(SIGKILL); }
 
