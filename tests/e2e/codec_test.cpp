@@ -138,5 +138,143 @@ TEST(Codec, NewSizeBeginsAStreamOfItsOwn) {
   }
 }
 
+using Command = std::vector<std::string>;
+
+struct ForeignStream {
+  const char* name;
+  Command encoder;  // arguments of ffmpeg
+  bool shortStartCodes = false;
+};
+
+const ForeignStream kForeignStreams[] = {
+    {"baseline", {"-c:v", "libx264", "-profile:v", "baseline"}, true},
+    {"reordered", {"-c:v", "libx264", "-profile:v", "high", "-bf", "3", "-refs", "4"}},
+    {"sliced", {"-c:v", "libx264", "-profile:v", "main", "-x264-params", "slices=5:weightp=2"}},
+    {"interlaced", {"-c:v", "libx264", "-flags", "+ildct+ilme", "-x264-params", "tff=1:bframes=2"}},
+    {"openGop", {"-c:v", "libx264", "-x264-params", "open-gop=1:keyint=8:bframes=2"}, true},
+};
+
+// Writes `clip`.mp4, makes it a stream with delimiters, and lists the access units with their
+// times.
+std::vector<AccessUnit> accessUnitsOf(const ScratchFolder& folder, bool shortStartCodes) {
+  outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-c", "copy", "-bsf:v",
+            "h264_mp4toannexb,h264_metadata=aud=insert", folder.file("clip.h264")});
+  std::istringstream times(ffprobe(folder.file("clip.mp4"), "packet=pts"));
+  std::vector<AccessUnit> units;
+  for (auto& bytes : splitAtDelimiters(readFile(folder.file("clip.h264")))) {
+    std::string time;
+    std::getline(times, time);
+    Bytes stream;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      const bool longStartCode = i + 3 < bytes.size() && bytes[i] == 0 && bytes[i + 1] == 0 &&
+                                 bytes[i + 2] == 0 && bytes[i + 3] == 1;
+      if (!shortStartCodes || !longStartCode) stream.push_back(bytes[i]);
+    }
+    units.push_back({std::move(stream), false, std::stoll(time) * 1000});
+  }
+  return units;
+}
+
+TEST(Codec, ForeignStreamsComeOutAsFfmpegDecodesThem) {
+  for (const auto& [name, arguments, shortStartCodes] : kForeignStreams) {
+    SCOPED_TRACE(name);
+    const ScratchFolder folder;
+    Command encode{"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=322x244:r=25:d=1"};
+    encode.insert(encode.end(), arguments.begin(), arguments.end());
+    encode.insert(encode.end(), {"-pix_fmt", "yuv420p", folder.file("clip.mp4")});
+    outputOf(encode);
+    outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-f", "rawvideo", "-pix_fmt",
+              "nv12", folder.file("clip.raw")});
+    Decoder decoder(false);
+    std::size_t submitted = 0;
+    for (const auto& unit : accessUnitsOf(folder, shortStartCodes)) {
+      ASSERT_TRUE(decoder.decode(unit.bytes, unit.ptsNs));
+      // Each at once, whatever the order of display.
+      ASSERT_EQ(decoder.pictures().size(), ++submitted);
+    }
+    auto pictures = decoder.pictures();
+    std::ranges::stable_sort(pictures, {}, &Picture::ptsNs);
+    Bytes shown;
+    for (const auto& picture : pictures) {
+      shown.insert(shown.end(), picture.pixels.begin(), picture.pixels.end());
+    }
+    EXPECT_EQ(pictures.size(), 25U);
+    EXPECT_TRUE(shown == readFile(folder.file("clip.raw")));
+  }
+}
+
+struct Damage {
+  const char* name;
+  std::function<void(Bytes&)> apply;
+};
+
+const Damage kDamages[] = {
+    {"cut short", [](Bytes& unit) { unit.resize(unit.size() / 2); }},
+    {"nothing left but a header", [](Bytes& unit) { unit.resize(6); }},
+    {"noise inside",
+     [](Bytes& unit) {
+       for (std::size_t i = unit.size() / 3; i < unit.size() / 3 + 40; ++i) unit[i] ^= 0x5a;
+     }},
+    {"noise from start to end",
+     [](Bytes& unit) {
+       for (std::size_t i = 5; i < unit.size(); ++i) unit[i] = static_cast<std::uint8_t>(i * 71);
+     }},
+    {"lost", [](Bytes& unit) { unit.clear(); }},
+};
+
+TEST(Codec, DamageIsNeverShownAndKeyFramesHeal) {
+  constexpr int kCount = 24;
+  constexpr int kKeyInterval = 12;
+  const Encoder::Options options{.width = 320, .height = 240};
+  Encoder encoder(options);
+  encodePaced(encoder, options, 0, kCount, [](int i) { return i % kKeyInterval == 0; });
+  const auto sound = encoder.finish();
+  for (const auto& damage : kDamages) {
+    for (const std::size_t position : {0U, 5U}) {
+      SCOPED_TRACE(damage.name);
+      SCOPED_TRACE(position);
+      auto units = sound;
+      damage.apply(units[position].bytes);
+      Decoder decoder(true);
+      for (const auto& unit : units) decoder.decode(unit.bytes, unit.ptsNs);
+      std::map<std::int64_t, Picture> pictures;
+      for (auto& picture : decoder.pictures()) {
+        pictures[(picture.ptsNs + 1) / kFrameNs] = std::move(picture);
+      }
+      // Everything before the damage and from the next key frame on, and nothing spoilt between.
+      for (int i = 0; i < kCount; ++i) {
+        const bool affected = i >= static_cast<int>(position) && i < kKeyInterval;
+        EXPECT_TRUE(affected || pictures.contains(i)) << i;
+      }
+      for (const auto& [i, picture] : pictures) {
+        const auto original = testPicture(options.width, options.height, static_cast<int>(i));
+        EXPECT_GT(psnr(picture.pixels, original), 25) << i;
+      }
+    }
+  }
+}
+
+TEST(Codec, AnEncoderThatCantKeepUpDropsTheOldestFrames) {
+  const Encoder::Options options;
+  Encoder encoder(options);
+  encodePaced(encoder, options, 0, 2);
+  encoder.pause();
+  // One is taken and held up in its callback; of the others three can wait.
+  for (int i = 2; i < 12; ++i) {
+    encoder.encodeBgra(testPicture(options.width, options.height, i), options.width, options.height,
+                       i * kFrameNs, i == 5);
+    if (i == 2) encoder.waitForUnits(3);
+  }
+  encoder.resume();
+  const auto& units = encoder.finish();
+  ASSERT_EQ(units.size(), 6U);
+  // The newest is what a screen that falls still goes on showing, so it is never the one to go;
+  // and who asked for a key frame gets one with the next frame that is taken.
+  EXPECT_NEAR(static_cast<double>(units[5].ptsNs), 11.0 * kFrameNs, 1);
+  EXPECT_NEAR(static_cast<double>(units[3].ptsNs), 9.0 * kFrameNs, 1);
+  EXPECT_TRUE(units[3].keyFrame);
+  EXPECT_FALSE(units[4].keyFrame);
+}
+
 }  // namespace
 }  // namespace vlm::test

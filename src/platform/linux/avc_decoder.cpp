@@ -130,7 +130,8 @@ AvcDecoder::Outcome AvcDecoder::decode(Bytes accessUnit) {
   av_frame_unref(recorded_.get());
   const bool sound = send(accessUnit);
   const bool received = receive();
-  if (!sound) {
+  // A second buffer stands in for a picture that never came.
+  if (!sound || recordedCount_ > 1) {
     synchronised_ = false;
     return Outcome::damaged;
   }
