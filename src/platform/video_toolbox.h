@@ -41,6 +41,7 @@ inline constexpr OSStatus kVTParameterErr = -12902;
 inline constexpr OSStatus kVTInvalidSessionErr = -12903;
 inline constexpr OSStatus kVTAllocationFailedErr = -12904;
 inline constexpr OSStatus kVTVideoDecoderBadDataErr = -12909;
+inline constexpr OSStatus kVTVideoDecoderMalfunctionErr = -12911;
 inline constexpr OSStatus kVTVideoEncoderMalfunctionErr = -12912;
 
 using VTEncodeInfoFlags = std::uint32_t;
@@ -92,7 +93,9 @@ using VTDecompressionOutputHandler =
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
                                       Ref<VTDecompressionSession>& out);
-// When the status is not 0, the handler is not called.
+// Submits a sample and returns without waiting for it, unless so many wait already that it pays to
+// wait for room a moment; kVTVideoDecoderMalfunctionErr when none comes. When the status is not 0,
+// the handler is not called.
 OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSession& session,
                                                             Ref<CMSampleBuffer> sample,
                                                             VTDecodeFrameFlags flags,

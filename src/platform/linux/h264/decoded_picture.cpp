@@ -1,4 +1,4 @@
-#include "platform/linux/decoded_picture.h"
+#include "platform/linux/h264/decoded_picture.h"
 
 #include <libyuv.h>
 
@@ -26,32 +26,14 @@ const libyuv::YuvConstants& constantsFor(const AVFrame& picture) {
   }
 }
 
-void compress(const PixelPlane& plane, std::size_t rowBytes, unsigned range) {
-  const unsigned factor = (range << 16) / 255;
-  for (std::size_t row = 0; row < plane.height; ++row) {
-    auto* pixels = plane.base + row * plane.bytesPerRow;
-    for (std::size_t x = 0; x < rowBytes; ++x) {
-      pixels[x] = static_cast<std::uint8_t>(16 + ((pixels[x] * factor + (1U << 15)) >> 16));
-    }
-  }
-}
-
-// From 0..255 to 16..235 and 16..240, in place.
-void compressRange(const CVPixelBuffer& image) {
-  compress(image.plane(0), image.plane(0).width, 235 - 16);
-  compress(image.plane(1), image.plane(1).width * 2, 240 - 16);
-}
-
+// The usual pictures: 4:2:0 with 8 bits.
 bool toBiPlanar(const AVFrame& from, const CVPixelBuffer& to) {
   const auto& luma = to.plane(0);
   const auto& chroma = to.plane(1);
-  const int failed = libyuv::I420ToNV12(
-      from.data[0], from.linesize[0], from.data[1], from.linesize[1], from.data[2],
-      from.linesize[2], luma.base, static_cast<int>(luma.bytesPerRow), chroma.base,
-      static_cast<int>(chroma.bytesPerRow), from.width, from.height);
-  if (failed != 0) return false;
-  if (isFullRange(from)) compressRange(to);
-  return true;
+  return libyuv::I420ToNV12(from.data[0], from.linesize[0], from.data[1], from.linesize[1],
+                            from.data[2], from.linesize[2], luma.base,
+                            static_cast<int>(luma.bytesPerRow), chroma.base,
+                            static_cast<int>(chroma.bytesPerRow), from.width, from.height) == 0;
 }
 
 bool toBgra(const AVFrame& from, const CVPixelBuffer& to) {
@@ -60,6 +42,19 @@ bool toBgra(const AVFrame& from, const CVPixelBuffer& to) {
                                   from.data[2], from.linesize[2], plane.base,
                                   static_cast<int>(plane.bytesPerRow), &constantsFor(from),
                                   from.width, from.height) == 0;
+}
+
+// Every other chroma format, depth and range, at leisure.
+bool scale(SwsContext* scaler, const AVFrame& from, const CVPixelBuffer& to) {
+  const int* matrix = sws_getCoefficients(
+      from.colorspace == AVCOL_SPC_UNSPECIFIED ? SWS_CS_ITU601 : from.colorspace);
+  sws_setColorspaceDetails(scaler, matrix, isFullRange(from) ? 1 : 0, matrix, 0, 0, 1 << 16,
+                           1 << 16);
+  std::uint8_t* const planes[] = {to.plane(0).base, to.plane(1).base, nullptr, nullptr};
+  const int strides[] = {static_cast<int>(to.plane(0).bytesPerRow),
+                         static_cast<int>(to.plane(1).bytesPerRow), 0, 0};
+  return sws_scale(scaler, from.data, from.linesize, 0, from.height, planes, strides) ==
+         from.height;
 }
 
 }  // namespace
@@ -77,13 +72,22 @@ Ref<CVPixelBuffer> PixelBufferPool::take(std::size_t width, std::size_t height, 
 }
 
 Ref<CVPixelBuffer> PictureConverter::convert(const AVFrame& picture) {
-  if (picture.format != AV_PIX_FMT_YUV420P && picture.format != AV_PIX_FMT_YUVJ420P) return nullptr;
   auto image = pool_.take(static_cast<std::size_t>(picture.width),
                           static_cast<std::size_t>(picture.height), format_);
-  if (!image) return nullptr;
-  const bool converted =
-      format_ == kCVPixelFormatType_32BGRA ? toBgra(picture, *image) : toBiPlanar(picture, *image);
-  return converted ? image : nullptr;
+  return image && write(picture, *image) ? image : nullptr;
+}
+
+bool PictureConverter::write(const AVFrame& picture, const CVPixelBuffer& image) {
+  const bool bgra = format_ == kCVPixelFormatType_32BGRA;
+  const bool usual = picture.format == AV_PIX_FMT_YUV420P || picture.format == AV_PIX_FMT_YUVJ420P;
+  if (usual && bgra) return toBgra(picture, image);
+  if (usual && !isFullRange(picture)) return toBiPlanar(picture, image);
+  const auto format = static_cast<AVPixelFormat>(picture.format);
+  if (sws_isSupportedInput(format) == 0) return false;
+  scaler_.reset(sws_getCachedContext(
+      scaler_.release(), picture.width, picture.height, format, picture.width, picture.height,
+      bgra ? AV_PIX_FMT_BGRA : AV_PIX_FMT_NV12, SWS_BILINEAR, nullptr, nullptr, nullptr));
+  return scaler_ && scale(scaler_.get(), picture, image);
 }
 
 }  // namespace vlm::platform

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "platform/linux/libav.h"
+#include "platform/linux/h264/libav.h"
 #include "platform/portable/pixel_buffer.h"
 
 namespace vlm::platform {
@@ -29,8 +29,11 @@ class PictureConverter {
   Ref<CVPixelBuffer> convert(const AVFrame& picture);
 
  private:
+  bool write(const AVFrame& picture, const CVPixelBuffer& image);
+
   const OSType format_;
   PixelBufferPool pool_;
+  SwsContextPtr scaler_;
 };
 
 }  // namespace vlm::platform

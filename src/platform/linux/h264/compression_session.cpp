@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/dispatch.h"
-#include "platform/linux/frame_encoder.h"
+#include "platform/linux/h264/frame_encoder.h"
 #include "platform/mutex.h"
 #include "platform/portable/object.h"
 #include "platform/video_toolbox.h"

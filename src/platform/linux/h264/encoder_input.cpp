@@ -1,4 +1,4 @@
-#include "platform/linux/encoder_input.h"
+#include "platform/linux/h264/encoder_input.h"
 
 #include <libyuv.h>
 

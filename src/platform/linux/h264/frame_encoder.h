@@ -6,11 +6,11 @@
 #include <optional>
 
 #include "platform/core_media.h"
-#include "platform/linux/compression_settings.h"
-#include "platform/linux/constant_blocks.h"
-#include "platform/linux/encoder_input.h"
-#include "platform/linux/quantiser_control.h"
-#include "platform/linux/x264_encoder.h"
+#include "platform/linux/h264/compression_settings.h"
+#include "platform/linux/h264/constant_blocks.h"
+#include "platform/linux/h264/encoder_input.h"
+#include "platform/linux/h264/quantiser_control.h"
+#include "platform/linux/h264/x264_encoder.h"
 
 namespace vlm::platform {
 

@@ -1,4 +1,4 @@
-#include "platform/linux/frame_encoder.h"
+#include "platform/linux/h264/frame_encoder.h"
 
 #include <span>
 #include <string>

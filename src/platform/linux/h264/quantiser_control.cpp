@@ -1,4 +1,4 @@
-#include "platform/linux/quantiser_control.h"
+#include "platform/linux/h264/quantiser_control.h"
 
 #include <algorithm>
 #include <cmath>

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/encoder_input.h"
+#include "platform/linux/h264/encoder_input.h"
 
 struct x264_t;
 

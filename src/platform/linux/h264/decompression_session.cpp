@@ -1,5 +1,6 @@
 // Decompression sessions: access units wait in line for the session's codec thread.
-#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <memory>
 #include <new>
 #include <optional>
@@ -7,8 +8,9 @@
 #include <vector>
 
 #include "platform/dispatch.h"
-#include "platform/linux/avc_decoder.h"
-#include "platform/linux/decoded_picture.h"
+#include "platform/linux/h264/avc_decoder.h"
+#include "platform/linux/h264/decoded_picture.h"
+#include "platform/mutex.h"
 #include "platform/portable/media.h"
 #include "platform/portable/object.h"
 #include "platform/video_toolbox.h"
@@ -16,9 +18,42 @@
 namespace vlm::platform {
 namespace {
 
-// The codec thread's alone once the session is made.
+// A stream is broken by the loss of any sample, so who submits faster than can be decoded is held
+// up; but not for ever, since the handler that holds the decoder up may be waiting for him.
+constexpr std::size_t kMostWaiting = 32;
+constexpr auto kPatience = std::chrono::seconds(1);
+
+// Counts the samples that have not been delivered yet.
+class Backlog {
+ public:
+  // False when there is no room.
+  bool enter() {
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    MutexLock lock(mutex_);
+    while (waiting_ >= kMostWaiting) {
+      if (left_.wait_until(mutex_, deadline) == std::cv_status::timeout) break;
+    }
+    if (waiting_ >= kMostWaiting) return false;
+    ++waiting_;
+    return true;
+  }
+  void leave() {
+    MutexLock lock(mutex_);
+    --waiting_;
+    left_.notify_one();
+  }
+
+ private:
+  Mutex mutex_;
+  std::condition_variable_any left_;
+  std::size_t waiting_ VLM_GUARDED_BY(mutex_) = 0;
+};
+
+// The codec thread's alone once the session is made, but for the backlog.
 class SampleDecoder {
  public:
+  Backlog backlog;
+
   SampleDecoder(std::unique_ptr<AvcDecoder> decoder, OSType format)
       : decoder_(std::move(decoder)), converter_(format) {}
 
@@ -57,6 +92,7 @@ void decodeAndDeliver(SampleDecoder& decoder, const CMSampleBuffer& sample,
   }
   handler(status, 0, std::move(image), CMSampleBufferGetPresentationTimeStamp(sample),
           kCMTimeInvalid);
+  decoder.backlog.leave();
 }
 
 std::vector<std::span<const std::uint8_t>> parameterSetsOf(const CMFormatDescription& description) {
@@ -121,6 +157,7 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
                                                             VTDecompressionOutputHandler handler) {
   if (!session.queue) return kVTInvalidSessionErr;
   if (!sample) return kVTParameterErr;
+  if (!session.decoder->backlog.enter()) return kVTVideoDecoderMalfunctionErr;
   session.queue->async(
       [decoder = session.decoder, sample = std::move(sample), handler = std::move(handler)] {
         decodeAndDeliver(*decoder, *sample, handler);

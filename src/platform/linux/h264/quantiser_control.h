@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "platform/linux/compression_settings.h"
+#include "platform/linux/h264/compression_settings.h"
 
 namespace vlm::platform {
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/libav.h"
+#include "platform/linux/h264/libav.h"
 
 namespace vlm::platform {
 

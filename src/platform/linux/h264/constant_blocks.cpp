@@ -1,4 +1,4 @@
-#include "platform/linux/constant_blocks.h"
+#include "platform/linux/h264/constant_blocks.h"
 
 #include <algorithm>
 #include <cstring>

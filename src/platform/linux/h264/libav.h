@@ -4,6 +4,7 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libswscale/swscale.h>
 }
 
 // Owners of libav's objects.
@@ -12,11 +13,13 @@ namespace vlm::platform {
 struct FreeLibav {
   void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
   void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
+  void operator()(SwsContext* scaler) const noexcept { sws_freeContext(scaler); }
   void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
 };
 
 using AVCodecContextPtr = std::unique_ptr<AVCodecContext, FreeLibav>;
 using AVFramePtr = std::unique_ptr<AVFrame, FreeLibav>;
 using AVPacketPtr = std::unique_ptr<AVPacket, FreeLibav>;
+using SwsContextPtr = std::unique_ptr<SwsContext, FreeLibav>;
 
 }  // namespace vlm::platform

@@ -1,4 +1,4 @@
-#include "platform/linux/avc_decoder.h"
+#include "platform/linux/h264/avc_decoder.h"
 
 #include <algorithm>
 #include <cstring>

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/encoder_input.h"
+#include "platform/linux/h264/encoder_input.h"
 #include "platform/portable/change_map.h"
 
 namespace vlm::platform {

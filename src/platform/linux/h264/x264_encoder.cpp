@@ -1,4 +1,4 @@
-#include "platform/linux/x264_encoder.h"
+#include "platform/linux/h264/x264_encoder.h"
 
 #include <cmath>
 

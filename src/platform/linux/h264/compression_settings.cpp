@@ -1,4 +1,4 @@
-#include "platform/linux/compression_settings.h"
+#include "platform/linux/h264/compression_settings.h"
 
 #include <algorithm>
 #include <iterator>
