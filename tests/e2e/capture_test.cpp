@@ -144,6 +144,21 @@ TEST(Capture, ScaledPictureLooksLikeTheScreenMadeSmaller) {
   std::filesystem::remove(screen);
 }
 
+TEST(Capture, ScreenOfAnotherSizeIsScaledIntoThePicture) {
+  const PrivateDesktop desktop(kSmall);
+  Canvas canvas("resized", {0, 0, 320, 240}, kGrey);
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  expectColor(recorder.last(), 390, 290, 0, "beside the window");
+  outputOf({"xrandr", "--output", "screen", "--off", "--fb", "640x480"});
+  canvas.fill({0, 0, 160, 120}, kWhite);
+  const Frame frame = recorder.last();
+  ASSERT_EQ(frame.width, 800);
+  expectColor(frame, 195, 145, kWhite, "painted since");
+  expectColor(frame, 390, 290, kGrey, "window");
+  expectColor(frame, 410, 310, 0, "beside the window");
+}
+
 TEST(Capture, WindowIsWholeWhileCoveredMovedResizedAndMinimised) {
   PrivateDesktop desktop(kManaged);
   Canvas canvas("target", {60, 60, 320, 240}, kGrey);

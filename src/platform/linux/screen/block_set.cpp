@@ -56,28 +56,32 @@ Rectangle BlockSet::pixelsOf(const Rectangle& blocks) const {
   return intersection(pixels, x11::wholeOf(picture_));
 }
 
+// The blocks of one row, one block high; small gaps are closed.
+std::vector<Rectangle> BlockSet::runsIn(int row) const {
+  std::vector<Rectangle> runs;
+  const auto begin = marks_.begin() + row * columns_;
+  const auto end = begin + columns_;
+  for (auto from = std::find(begin, end, 1); from != end;) {
+    const auto to = std::find(from, end, 0);
+    const Rectangle run{static_cast<int>(from - begin), row, static_cast<int>(to - from), 1};
+    if (!runs.empty() && waste(runs.back(), run) <= kWorthARequest) {
+      runs.back() = around(runs.back(), run);
+    } else {
+      runs.push_back(run);
+    }
+    from = std::find(to, end, 1);
+  }
+  return runs;
+}
+
 std::vector<Rectangle> BlockSet::takeRectangles() {
   std::vector<Rectangle> result;
   std::vector<Rectangle> open;  // those that reach down to the row above
   for (int row = 0; row < rows_; ++row) {
-    std::vector<Rectangle> runs;
-    const auto begin = marks_.begin() + row * columns_;
-    const auto end = begin + columns_;
-    for (auto from = std::find(begin, end, 1); from != end;) {
-      const auto to = std::find(from, end, 0);
-      const Rectangle run{static_cast<int>(from - begin), row, static_cast<int>(to - from), 1};
-      if (!runs.empty() && waste(runs.back(), run) <= kWorthARequest) {
-        runs.back() = around(runs.back(), run);
-      } else {
-        runs.push_back(run);
-      }
-      from = std::find(to, end, 1);
-    }
-    // A run goes on with the rectangle above it when that adds little that is not wanted. Runs of
-    // one row are apart, so no two rectangles can grow into each other as long as a rectangle that
-    // grows sideways stays alone in its row.
+    const auto runs = runsIn(row);
     std::vector<Rectangle> next;
     for (const auto& run : runs) {
+      // A run goes on with the rectangle above it where that adds little that is not wanted.
       const auto above = std::ranges::find_if(open, [&](const Rectangle& each) {
         const bool isSame = each.x == run.x && each.width == run.width;
         const bool isAlone = runs.size() == 1 && open.size() == 1;

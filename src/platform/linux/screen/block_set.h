@@ -16,12 +16,13 @@ class BlockSet {
   // Adds every block that the pixels touch.
   void add(const x11::Rectangle& pixels);
   void addAll() { add(x11::wholeOf(picture_)); }
-  // Empties the set and tells what was in it, as few rectangles of whole blocks that don't
-  // overlap; blocks that cost less than a rectangle more may be among them. In pixels, cut off at
-  // the picture's edge.
+  // Empties the set and tells what was in it as a few rectangles of whole blocks, in pixels and cut
+  // off at the picture's edge. Blocks that cost less than another rectangle may be among them, and
+  // rectangles may overlap a little.
   std::vector<x11::Rectangle> takeRectangles();
 
  private:
+  std::vector<x11::Rectangle> runsIn(int row) const;
   x11::Rectangle pixelsOf(const x11::Rectangle& blocks) const;
 
   x11::Size picture_;

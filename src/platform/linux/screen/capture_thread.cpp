@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <exception>
+#include <string>
 #include <utility>
 
 #include "platform/linux/screen/make_source.h"
@@ -25,17 +26,35 @@ Clock::duration intervalOf(CMTime time) {
 // first.
 class CaptureThread::Interruption {
  public:
-  // False when the end was asked for before.
-  bool watch(const x11::Connection* connection) {
-    MutexLock lock(mutex_);
-    connection_ = connection;
-    return !isAsked_;
-  }
   void ask() {
     MutexLock lock(mutex_);
     isAsked_ = true;
     if (connection_ != nullptr) connection_->hangUp();
   }
+  bool isAsked() {
+    MutexLock lock(mutex_);
+    return isAsked_;
+  }
+
+  // Says for as long as it lives which connection to hang up.
+  class Target {
+   public:
+    Target(Interruption& interruption, const x11::Connection& connection)
+        : interruption_(interruption) {
+      MutexLock lock(interruption_.mutex_);
+      interruption_.connection_ = &connection;
+      if (interruption_.isAsked_) connection.hangUp();
+    }
+    ~Target() {
+      MutexLock lock(interruption_.mutex_);
+      interruption_.connection_ = nullptr;
+    }
+    Target(const Target&) = delete;
+    Target& operator=(const Target&) = delete;
+
+   private:
+    Interruption& interruption_;
+  };
 
  private:
   Mutex mutex_;
@@ -43,51 +62,62 @@ class CaptureThread::Interruption {
   const x11::Connection* connection_ VLM_GUARDED_BY(mutex_) = nullptr;
 };
 
-namespace {
+// What the thread does, and what it tells of it.
+class CaptureThread::Run {
+ public:
+  Run(std::shared_ptr<const ContentFilter> filter, const SCStreamConfiguration& configuration,
+      Handlers handlers, std::shared_ptr<Interruption> interruption)
+      : filter_(std::move(filter)),
+        configuration_(configuration),
+        handlers_(std::move(handlers)),
+        interruption_(std::move(interruption)) {}
 
-// Runs a capture to its end. Nothing when it could not start, which was then told.
-template <class Interruption>
-std::optional<std::string> capture(const ContentFilter& filter,
-                                   const SCStreamConfiguration& configuration,
-                                   const CaptureThread::Handlers& handlers,
-                                   Interruption& interruption) {
-  const auto connection = x11::Connection::open();
-  if (!connection) {
-    handlers.started(NSError{"the X server can't be reached"});
-    return std::nullopt;
+  void operator()() {
+    pthread_setname_np(pthread_self(), "vlm.screen");
+    const x11::BrokenPipeGuard guard;
+    std::string reason;
+    try {
+      reason = capture();
+    } catch (const std::exception& failure) {  // no memory
+      reason = failure.what();
+    }
+    if (!isStarted_) {
+      handlers_.started(NSError{reason});
+    } else if (!interruption_->isAsked()) {
+      handlers_.ended(NSError{reason});
+    }
   }
-  if (!interruption.watch(connection.get())) {
-    handlers.started(NSError{"the capture was stopped while it started"});
-    return std::nullopt;
-  }
-  std::string reason;
-  if (const auto source = makeSource(*connection, filter, reason)) {
-    const Size size{static_cast<int>(configuration.width), static_cast<int>(configuration.height)};
-    FrameComposer composer(size, static_cast<std::size_t>(configuration.queueDepth));
-    handlers.started(std::nullopt);
-    reason = CaptureLoop(*connection, *source, composer,
-                         intervalOf(configuration.minimumFrameInterval), handlers.picture)
-                 .run();
-  } else {
-    handlers.started(NSError{std::exchange(reason, {})});
-  }
-  const bool endedByItself = interruption.watch(nullptr);
-  return endedByItself && !reason.empty() ? std::optional(reason) : std::nullopt;
-}
 
-}  // namespace
+ private:
+  // Runs the capture to its end and tells why it ended.
+  std::string capture() {
+    const auto connection = x11::Connection::open();
+    if (!connection) return "the X server can't be reached";
+    const Interruption::Target target(*interruption_, *connection);
+    std::string reason;
+    const auto source = makeSource(*connection, *filter_, reason);
+    if (!source) return reason;
+    FrameComposer composer(
+        {static_cast<int>(configuration_.width), static_cast<int>(configuration_.height)},
+        static_cast<std::size_t>(configuration_.queueDepth));
+    isStarted_ = true;
+    handlers_.started(std::nullopt);
+    return CaptureLoop(*connection, *source, composer,
+                       intervalOf(configuration_.minimumFrameInterval), handlers_.picture)
+        .run();
+  }
+
+  const std::shared_ptr<const ContentFilter> filter_;
+  const SCStreamConfiguration configuration_;
+  const Handlers handlers_;
+  const std::shared_ptr<Interruption> interruption_;
+  bool isStarted_ = false;
+};
 
 CaptureThread::CaptureThread(std::shared_ptr<const ContentFilter> filter,
                              const SCStreamConfiguration& configuration, Handlers handlers)
-    : interruption_(std::make_shared<Interruption>()) {
-  thread_ = std::thread([interruption = interruption_, filter = std::move(filter), configuration,
-                         handlers = std::move(handlers)] {
-    pthread_setname_np(pthread_self(), "vlm.screen");
-    const x11::BrokenPipeGuard guard;
-    const auto end = capture(*filter, configuration, handlers, *interruption);
-    if (end) handlers.ended(NSError{*end});
-  });
-}
+    : interruption_(std::make_shared<Interruption>()),
+      thread_(Run(std::move(filter), configuration, std::move(handlers), interruption_)) {}
 
 CaptureThread::~CaptureThread() {
   interruption_->ask();

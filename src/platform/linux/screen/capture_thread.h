@@ -33,6 +33,7 @@ class CaptureThread {
 
  private:
   class Interruption;
+  class Run;
 
   const std::shared_ptr<Interruption> interruption_;
   std::thread thread_;
