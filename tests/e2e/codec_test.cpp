@@ -142,17 +142,36 @@ using Command = std::vector<std::string>;
 
 struct ForeignStream {
   const char* name;
-  Command encoder;  // arguments of ffmpeg
+  Command encoder;  // arguments of ffmpeg for libx264; none for OpenH264
   bool shortStartCodes = false;
 };
 
 const ForeignStream kForeignStreams[] = {
-    {"baseline", {"-c:v", "libx264", "-profile:v", "baseline"}, true},
-    {"reordered", {"-c:v", "libx264", "-profile:v", "high", "-bf", "3", "-refs", "4"}},
-    {"sliced", {"-c:v", "libx264", "-profile:v", "main", "-x264-params", "slices=5:weightp=2"}},
-    {"interlaced", {"-c:v", "libx264", "-flags", "+ildct+ilme", "-x264-params", "tff=1:bframes=2"}},
-    {"openGop", {"-c:v", "libx264", "-x264-params", "open-gop=1:keyint=8:bframes=2"}, true},
+    {"Baseline", {"-profile:v", "baseline"}, true},
+    {"Reordered", {"-profile:v", "high", "-bf", "3", "-refs", "4"}},
+    {"Sliced", {"-profile:v", "main", "-x264-params", "slices=5:weightp=2"}},
+    {"Interlaced", {"-flags", "+ildct+ilme", "-x264-params", "tff=1:bframes=2"}},
+    {"OpenGroups", {"-x264-params", "open-gop=1:keyint=8:bframes=2"}, true},
+    {"OpenH264", {}},
 };
+
+// Makes clip.mp4 with 25 pictures.
+void makeClip(const ScratchFolder& folder, const Command& encoder) {
+  Command encode{"ffmpeg", "-v", "error"};
+  if (encoder.empty()) {
+    outputOf({"gst-launch-1.0", "-q", "videotestsrc", "num-buffers=25", "pattern=ball", "!",
+              "video/x-raw,format=I420,width=322,height=244", "!", "openh264enc",
+              "slice-mode=n-slices", "num-slices=2", "!", "filesink",
+              "location=" + folder.file("clip.264")});
+    encode.insert(encode.end(), {"-i", folder.file("clip.264"), "-c", "copy"});
+  } else {
+    encode.insert(encode.end(), {"-f", "lavfi", "-i", "testsrc2=s=322x244:r=25:d=1", "-c:v",
+                                 "libx264", "-pix_fmt", "yuv420p"});
+    encode.insert(encode.end(), encoder.begin(), encoder.end());
+  }
+  encode.push_back(folder.file("clip.mp4"));
+  outputOf(encode);
+}
 
 // Writes `clip`.mp4, makes it a stream with delimiters, and lists the access units with their
 // times.
@@ -175,33 +194,32 @@ std::vector<AccessUnit> accessUnitsOf(const ScratchFolder& folder, bool shortSta
   return units;
 }
 
-TEST(Codec, ForeignStreamsComeOutAsFfmpegDecodesThem) {
-  for (const auto& [name, arguments, shortStartCodes] : kForeignStreams) {
-    SCOPED_TRACE(name);
-    const ScratchFolder folder;
-    Command encode{"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=322x244:r=25:d=1"};
-    encode.insert(encode.end(), arguments.begin(), arguments.end());
-    encode.insert(encode.end(), {"-pix_fmt", "yuv420p", folder.file("clip.mp4")});
-    outputOf(encode);
-    outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-f", "rawvideo", "-pix_fmt",
-              "nv12", folder.file("clip.raw")});
-    Decoder decoder(false);
-    std::size_t submitted = 0;
-    for (const auto& unit : accessUnitsOf(folder, shortStartCodes)) {
-      ASSERT_TRUE(decoder.decode(unit.bytes, unit.ptsNs));
-      // Each at once, whatever the order of display.
-      ASSERT_EQ(decoder.pictures().size(), ++submitted);
-    }
-    auto pictures = decoder.pictures();
-    std::ranges::stable_sort(pictures, {}, &Picture::ptsNs);
-    Bytes shown;
-    for (const auto& picture : pictures) {
-      shown.insert(shown.end(), picture.pixels.begin(), picture.pixels.end());
-    }
-    EXPECT_EQ(pictures.size(), 25U);
-    EXPECT_TRUE(shown == readFile(folder.file("clip.raw")));
+class ForeignStreams : public testing::TestWithParam<ForeignStream> {};
+
+TEST_P(ForeignStreams, ComeOutAsFfmpegDecodesThem) {
+  const ScratchFolder folder;
+  makeClip(folder, GetParam().encoder);
+  outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-f", "rawvideo", "-pix_fmt",
+            "nv12", folder.file("clip.raw")});
+  Decoder decoder(false);
+  std::size_t submitted = 0;
+  for (const auto& unit : accessUnitsOf(folder, GetParam().shortStartCodes)) {
+    ASSERT_TRUE(decoder.decode(unit.bytes, unit.ptsNs));
+    // Each at once, whatever the order of display.
+    ASSERT_EQ(decoder.pictures().size(), ++submitted);
   }
+  auto pictures = decoder.pictures();
+  std::ranges::stable_sort(pictures, {}, &Picture::ptsNs);
+  Bytes shown;
+  for (const auto& picture : pictures) {
+    shown.insert(shown.end(), picture.pixels.begin(), picture.pixels.end());
+  }
+  EXPECT_EQ(pictures.size(), 25U);
+  EXPECT_TRUE(shown == readFile(folder.file("clip.raw")));
 }
+
+INSTANTIATE_TEST_SUITE_P(Codec, ForeignStreams, testing::ValuesIn(kForeignStreams),
+                         [](const auto& stream) { return std::string(stream.param.name); });
 
 struct Damage {
   const char* name;
