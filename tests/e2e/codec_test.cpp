@@ -146,6 +146,10 @@ struct ForeignStream {
   bool shortStartCodes = false;
 };
 
+void PrintTo(const ForeignStream& stream, std::ostream* out) {
+  *out << stream.name;
+}
+
 const ForeignStream kForeignStreams[] = {
     {"Baseline", {"-profile:v", "baseline"}, true},
     {"Reordered", {"-profile:v", "high", "-bf", "3", "-refs", "4"}},
