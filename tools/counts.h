@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "geometry.h"
 #include "latency.h"
-#include "library.h"
 #include "locked.h"
 
 namespace vlm::tools {

@@ -29,16 +29,6 @@ inline PixelBuffer retained(void* pixbuf) {
   return PixelBuffer(pixbuf);
 }
 
-struct Size {
-  std::int32_t width = 0;
-  std::int32_t height = 0;
-  bool operator==(const Size&) const = default;
-};
-
-struct BitRate {
-  std::int32_t bitsPerSecond = 0;
-};
-
 // One frame's worth of a stream, in whose bytes it lies.
 struct AccessUnit {
   std::span<const std::uint8_t> bytes;

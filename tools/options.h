@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "geometry.h"
 #include "sharer.h"
 #include "values.h"
 

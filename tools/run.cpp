@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "library.h"
 #include "status_line.h"
 #include "summary.h"
 

@@ -11,6 +11,7 @@
 #include "locked.h"
 #include "main_loop.h"
 #include "target_watch.h"
+#include "values.h"
 
 namespace vlm::tools {
 

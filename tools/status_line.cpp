@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "library.h"
+
 namespace vlm::tools {
 namespace {
 

@@ -3,13 +3,15 @@
 #include <cstdint>
 #include <string>
 
-#include "library.h"
-#include "viewer_window.h"
+#include "geometry.h"
 
 // Values as they are written on the command line. The parser of the program finds lexical_cast
 // beside each type.
 namespace vlm::tools {
 
+struct BitRate {
+  std::int32_t bitsPerSecond = 0;
+};
 // 2M@5: from the fifth second on
 struct BitRateChange {
   BitRate rate;

@@ -1,30 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <utility>
 
-#include "library.h"
+#include "geometry.h"
 #include "x_connection.h"
 
 namespace vlm::tools {
-
-struct Rectangle {
-  std::int32_t x = 0;
-  std::int32_t y = 0;
-  Size size;
-  bool operator==(const Rectangle&) const = default;
-};
-
-// The largest rectangle of the picture's shape in the middle of the box.
-Rectangle fitted(Size picture, Size box);
-
-// Where a person wants the window; the window manager decides what is not given.
-struct Placement {
-  std::optional<Size> size;
-  std::optional<std::pair<std::int32_t, std::int32_t>> position;
-};
 
 // A window in which a view keeps the shape of its picture, on black. Main thread only.
 class ViewerWindow {
