@@ -27,6 +27,7 @@ int loopback(const Options& options) {
     if (recording) recording->write(unit.bytes);
     return viewer.decode(unit, ptsNs);
   });
+  scheduleChanges(options.share, loop, sharer);
   return runAndTell({"loopback", source}, options.run, loop, counts, [&] {
     sharer.stop();
     viewer.stop();

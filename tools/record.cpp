@@ -20,6 +20,7 @@ int record(const Options& options) {
     recording.write(unit.bytes);
     return true;
   });
+  scheduleChanges(options.share, loop, sharer);
   return runAndTell({"record", description(options.share.target)}, options.run, loop, counts, [&] {
     sharer.stop();
     recording.finish();

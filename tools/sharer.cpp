@@ -103,6 +103,7 @@ void Sharer::onEncoded(const std::uint8_t* data, std::int32_t size, bool keyfram
                        std::int64_t ptsNs, void* self) {
   auto& sharer = *static_cast<Sharer*>(self);
   const AccessUnit unit{{data, static_cast<std::size_t>(size)}, keyframe};
+  if (keyframe) sharer.keyframePts_ = ptsNs;
   sharer.encodedPts_ = ptsNs;
   sharer.counts_.change([&](Counts& counts) {
     ++counts.encoded;
@@ -127,13 +128,16 @@ void Sharer::encodeNew(void* pixbuf, Size size, std::int64_t ptsNs) {
       if (!encoding.encoder) throw Failure("the system has no H.264 encoder for this size");
     }
     encoding.lastFrame = retained(pixbuf);
-    submit(encoding, pixbuf, ptsNs, false);
+    // The frame that was to be a key frame was passed over if a later one has come out.
+    const bool isPassedOver = encodedPts_ > encoding.forcedPts && isKeyframeMissing(encoding);
+    submit(encoding, pixbuf, ptsNs, isPassedOver);
   });
 }
 
 // A frame grabbed before the last one was submitted again would turn time back.
 void Sharer::submit(Encoding& encoding, void* pixbuf, std::int64_t ptsNs, bool forceKeyframe) {
   encoding.lastPts = std::max(ptsNs, encoding.lastPts + kShortestStep);
+  if (forceKeyframe) encoding.forcedPts = encoding.lastPts;
   if (!vlm_enc_encode(encoding.encoder.get(), pixbuf, encoding.lastPts, forceKeyframe)) {
     counts_.change([](Counts& counts) { ++counts.refused; });
   }
@@ -149,13 +153,17 @@ void Sharer::repeatLast(Encoding& encoding, bool forceKeyframe) {
   submit(encoding, encoding.lastFrame.get(), now, forceKeyframe);
 }
 
+bool Sharer::isKeyframeMissing(const Encoding& encoding) const {
+  return keyframePts_ < encoding.forcedPts && !isSameTime(keyframePts_, encoding.forcedPts);
+}
+
 // An encoder that can't keep up drops a frame in silence. When the screen stands still afterwards
 // no other frame would make up for it.
 void Sharer::repeatIfLost() {
   encoding_.with([&](Encoding& encoding) {
     const bool isLost = !isSameTime(encodedPts_, encoding.lastPts) &&
                         monotonicNow() - encoding.lastPts > kLostAfter.count();
-    if (isLost) repeatLast(encoding, false);
+    if (isLost) repeatLast(encoding, isKeyframeMissing(encoding));
   });
 }
 

@@ -61,6 +61,7 @@ class Sharer {
     Encoder encoder;
     PixelBuffer lastFrame;
     std::int64_t lastPts = 0;
+    std::int64_t forcedPts = 0;  // of the last frame that was to be a key frame
     BitRate bitRate;
   };
 
@@ -73,6 +74,7 @@ class Sharer {
   void encodeNew(void* pixbuf, Size size, std::int64_t ptsNs);
   void submit(Encoding& encoding, void* pixbuf, std::int64_t ptsNs, bool forceKeyframe);
   void repeatLast(Encoding& encoding, bool forceKeyframe);
+  bool isKeyframeMissing(const Encoding& encoding) const;
   void repeatIfLost();
 
   SharingOptions options_;
@@ -81,6 +83,7 @@ class Sharer {
   const Sink sink_;
   TargetWatch watch_;
   std::atomic<std::int64_t> encodedPts_ = 0;
+  std::atomic<std::int64_t> keyframePts_ = 0;
   Locked<Encoding> encoding_;
   Capture capture_;
 };
