@@ -89,13 +89,11 @@ class Player {
   std::condition_variable_any wake_;
 };
 
-void requirePicture(const std::string& file, const Counts& counts) {
-  if (counts.encoded == 0) throw Failure(file + " holds no H.264 byte stream");
-  if (counts.decoded == 0) throw Failure("nothing in " + file + " can be decoded");
-}
-
 int play(const Options& options) {
   const MappedFile file(options.file);
+  if (!AccessUnitSplitter(file.bytes()).next()) {
+    throw Failure(options.file + " holds no H.264 byte stream");
+  }
   MainLoop loop;
   SharedCounts counts;
   Viewer viewer(loop, counts, options.file, options.view.placement);
@@ -107,7 +105,7 @@ int play(const Options& options) {
   return runAndTell({"play", options.file}, options.run, loop, counts, [&] {
     feeder = {};
     viewer.stop();
-    requirePicture(options.file, counts.now());
+    if (counts.now().decoded == 0) throw Failure("nothing in " + options.file + " can be decoded");
     if (!options.view.snapshot.empty()) viewer.snapshot(options.view.snapshot);
   });
 }
