@@ -58,7 +58,7 @@ void Viewer::stop() {
 void Viewer::snapshot(const std::string& path) {
   frames_.with([&](const Frames& frames) {
     if (!frames.shown) throw Failure("there is no picture to write to " + path);
-    writePng(frames.shown->buffer.get(), frames.shown->size.width, frames.shown->size.height, path);
+    writePng(frames.shown->buffer.get(), frames.shown->size, path);
   });
 }
 
