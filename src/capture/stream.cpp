@@ -1,6 +1,7 @@
 #include "capture/stream.h"
 
 #include <optional>
+#include <thread>
 #include <utility>
 
 #include "capture/output_size.h"
@@ -94,11 +95,16 @@ void VlmCapture::stop() {
     });
   }
   stream_ = nullptr;
+  // A picture that was submitted before the stop is still handed over. The host may do away with
+  // what its callbacks use when this returns, so it waits for the last of them, unless this is it.
+  if (handingOver_ != std::this_thread::get_id()) queue_->sync([] {});
 }
 
 void VlmCapture::didOutputSampleBuffer(SCStream&, platform::CMSampleBuffer& sample,
                                        SCStreamOutputType type) {
+  handingOver_ = std::this_thread::get_id();
   if (type == SCStreamOutputType::screen) forwardFrame(sample);
+  handingOver_ = std::thread::id();
 }
 
 void VlmCapture::forwardFrame(platform::CMSampleBuffer& sample) const {

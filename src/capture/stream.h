@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <thread>
 
 #include "VelmoraMacNative.h"
 #include "frame/handle.h"
@@ -40,6 +42,8 @@ class VlmCapture final : public frame::HandleObject<VlmCapture>,
 
   std::shared_ptr<platform::SCStream> stream_;
   const std::shared_ptr<platform::DispatchQueue> queue_;
+  // The thread that a callback of the host runs on right now.
+  std::atomic<std::thread::id> handingOver_;
   platform::CGRect contentBounds_;
   const vlm_frame_cb frameCb_;
   const vlm_audio_cb audioCb_;
