@@ -113,23 +113,33 @@ std::optional<NSError> ScriptedStream::addStreamOutput(std::weak_ptr<SCStreamOut
   return std::nullopt;
 }
 
-void ScriptedStream::answer(const char* operation, CompletionHandler handler) {
+void ScriptedStream::answer(const char* operation, bool running, CompletionHandler handler) {
   auto& machine = Machine::current();
   const auto fault = machine.journal.enter(operation);
   const auto error = fault.fails() ? std::optional(NSError{fault.error}) : std::nullopt;
+  {
+    const MutexLock lock(mutex_);
+    running_ = running && !error;
+  }
   machine.answerLater([handler = std::move(handler), error] { handler(error); });
 }
 
 void ScriptedStream::startCaptureWithCompletionHandler(CompletionHandler handler) {
-  answer("startCapture", std::move(handler));
+  answer("startCapture", true, std::move(handler));
 }
 
 void ScriptedStream::stopCaptureWithCompletionHandler(CompletionHandler handler) {
-  answer("stopCapture", std::move(handler));
+  answer("stopCapture", false, std::move(handler));
 }
 
-void ScriptedStream::deliver(Ref<CMSampleBuffer> sample, SCStreamOutputType type) {
+void ScriptedStream::deliverLate() {
   const MutexLock lock(mutex_);
+  running_ = true;
+}
+
+void ScriptedStream::deliver(const Ref<CMSampleBuffer>& sample, SCStreamOutputType type) {
+  const MutexLock lock(mutex_);
+  if (!running_) return;
   for (const auto& output : outputs_) {
     if (output.type != type) continue;
     output.queue->async([self = shared_from_this(), receiver = output.receiver, sample, type] {

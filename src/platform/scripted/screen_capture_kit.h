@@ -27,8 +27,11 @@ class ScriptedStream final : public SCStream, public std::enable_shared_from_thi
   // The object of the library that this stream reports to is still there.
   bool hasDelegate() const { return !delegate_.expired(); }
 
-  // Submits a sample to the outputs of the type, whether the stream runs or not: it may be late.
-  void deliver(Ref<CMSampleBuffer> sample, SCStreamOutputType type = SCStreamOutputType::screen);
+  // Submits a sample to the outputs of the type while the stream runs.
+  void deliver(const Ref<CMSampleBuffer>& sample,
+               SCStreamOutputType type = SCStreamOutputType::screen) VLM_EXCLUDES(mutex_);
+  // Lets deliver() break the contract and submit after the stream has been stopped.
+  void deliverLate() VLM_EXCLUDES(mutex_);
   // Ends the stream from the platform's side.
   void end(NSError error);
 
@@ -38,12 +41,13 @@ class ScriptedStream final : public SCStream, public std::enable_shared_from_thi
     SCStreamOutputType type;
     std::shared_ptr<DispatchQueue> queue;
   };
-  void answer(const char* operation, CompletionHandler handler);
+  void answer(const char* operation, bool running, CompletionHandler handler) VLM_EXCLUDES(mutex_);
 
   const SCStreamConfiguration configuration_;
   const std::weak_ptr<SCStreamDelegate> delegate_;
   Mutex mutex_;
   std::vector<Output> outputs_ VLM_GUARDED_BY(mutex_);
+  bool running_ VLM_GUARDED_BY(mutex_) = false;
 };
 
 // The screen and what is on it.
