@@ -5,10 +5,13 @@
 #include <thread>
 #include <vector>
 
+#include "stage.h"
+
 namespace vlm::platform {
 namespace {
 
 TEST(Dispatch, SerialQueueRunsJobsInOrderAndSyncWaitsForItsOwn) {
+  test::Stage stage;
   const auto queue = dispatch_queue_create("vlm.test", DispatchQoS::userInteractive);
   EXPECT_EQ(queue->label(), "vlm.test");
   std::vector<int> order;
@@ -31,6 +34,7 @@ TEST(Dispatch, SerialQueueRunsJobsInOrderAndSyncWaitsForItsOwn) {
 }
 
 TEST(Dispatch, SemaphoreCountsSignalsOfOtherThreads) {
+  test::Stage stage;
   const auto semaphore = dispatch_semaphore_create(1);
   semaphore->wait();
   std::thread other([semaphore] {

@@ -159,10 +159,27 @@ TEST(CaptureStream, WhatComesAfterTheEndIsDropped) {
   vlm_capture_stop(handle);
   EXPECT_EQ(machine.takeLog(), Lines{});
   EXPECT_FALSE(stream->hasDelegate());
+  stream->deliverLate();
   stream->deliver(makeScreenSample(64, 48, CMTimeMake(1, 1)));
   stream->end({"late"});
   machine.run();
   EXPECT_EQ(machine.journal.take(), Lines{});
+}
+
+TEST(CaptureStream, StopWaitsForTheLastCallbackAndEndsInsideOne) {
+  Screen screen;
+  void* handle = screen.start();
+  screen.stream()->deliver(makeScreenSample(64, 48, CMTimeMake(1, 1)));
+  vlm_capture_stop(handle);
+  EXPECT_EQ(only({"frame"}, screen.machine.journal.take()),
+            Lines{"frame 420v 64x48 (64x48) @1000000000"});
+  static void* own = nullptr;
+  own = vlm_capture_start_display(
+      0, 30, 0, 0, [](void*, int32_t, int32_t, int64_t, void*) { vlm_capture_stop(own); }, nullptr,
+      nullptr);
+  screen.stream()->deliver(makeScreenSample(64, 48, CMTimeMake(1, 1)));
+  screen.machine.run();
+  EXPECT_EQ(screen.stream(), nullptr);
 }
 
 TEST(CaptureStream, BoundsAreThoseOfTheStart) {

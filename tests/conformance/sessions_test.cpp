@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstring>
+#include <string>
+
+#include "platform/mutex.h"
+#include "platform/video_toolbox.h"
+#include "stage.h"
+
+namespace vlm::platform {
+namespace {
+
+constexpr OSType kFormats[] = {kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange,
+                               kCVPixelFormatType_420YpCbCr8BiPlanarFullRange,
+                               kCVPixelFormatType_32BGRA};
+
+Ref<CVPixelBuffer> greyPicture(OSType format, std::size_t width = 64, std::size_t height = 48) {
+  Ref<CVPixelBuffer> picture;
+  CVPixelBufferCreate(width, height, format, CFValue(), picture);
+  CVPixelBufferLockBaseAddress(*picture, 0);
+  if (CVPixelBufferGetPlaneCount(*picture) == 0) {
+    std::memset(CVPixelBufferGetBaseAddress(*picture), 128,
+                CVPixelBufferGetBytesPerRow(*picture) * height);
+  } else {
+    for (const std::size_t plane : {0U, 1U}) {
+      std::memset(
+          CVPixelBufferGetBaseAddressOfPlane(*picture, plane), 128,
+          CVPixelBufferGetBytesPerRowOfPlane(*picture, plane) * (plane == 0 ? height : height / 2));
+    }
+  }
+  CVPixelBufferUnlockBaseAddress(*picture, 0);
+  return picture;
+}
+
+bool isSync(CMSampleBuffer& sample) {
+  const auto* attachments = CMSampleBufferGetSampleAttachmentsArray(sample, false);
+  const auto* array = attachments ? attachments->as<CFArray>() : nullptr;
+  const auto* notSync =
+      array && !array->empty() ? array->front().find(kCMSampleAttachmentKey_NotSync) : nullptr;
+  return notSync == nullptr || *notSync == CFValue(false);
+}
+
+// A compression session and what it has delivered.
+struct Compression {
+  Ref<VTCompressionSession> session;
+  std::vector<Ref<CMSampleBuffer>> samples;
+  int handled = 0;
+  bool finished = false;
+
+  Compression() {
+    EXPECT_EQ(VTCompressionSessionCreate(64, 48, kCMVideoCodecType_H264, CFValue(), session),
+              noErr);
+    EXPECT_EQ(VTCompressionSessionPrepareToEncodeFrames(*session), noErr);
+  }
+  OSStatus encode(std::int64_t number, OSType format = kFormats[0], bool force = false) {
+    CFValue options;
+    if (force) options = CFDictionary{{std::string(kVTEncodeFrameOptionKey_ForceKeyFrame), true}};
+    return VTCompressionSessionEncodeFrameWithOutputHandler(
+        *session, greyPicture(format), CMTimeMake(number, 30), CMTimeMake(1, 30), options,
+        [this](OSStatus status, VTEncodeInfoFlags, Ref<CMSampleBuffer> sample) {
+          EXPECT_EQ(status, noErr);
+          EXPECT_FALSE(finished);
+          ++handled;
+          if (sample) samples.push_back(std::move(sample));
+        });
+  }
+  void complete() {
+    EXPECT_EQ(VTCompressionSessionCompleteFrames(*session, kCMTimeInvalid), noErr);
+  }
+};
+
+class CompressionOf : public ::testing::TestWithParam<OSType> {};
+
+TEST_P(CompressionOf, HandlesEveryAcceptedFrameOnceAndInOrder) {
+  test::Stage stage;
+  Compression compression;
+  for (int i = 0; i < 12; ++i) {
+    ASSERT_EQ(compression.encode(i, GetParam(), i == 7), noErr);
+    compression.complete();
+    EXPECT_EQ(compression.handled, i + 1);
+  }
+  ASSERT_EQ(compression.samples.size(), 12U);
+  for (int i = 0; i < 12; ++i) {
+    SCOPED_TRACE(i);
+    auto& sample = *compression.samples[static_cast<std::size_t>(i)];
+    EXPECT_EQ(CMTimeGetSeconds(CMSampleBufferGetPresentationTimeStamp(sample)), i / 30.0);
+    EXPECT_EQ(isSync(sample), i == 0 || i == 7);
+    std::size_t sets = 0;
+    ASSERT_NE(CMSampleBufferGetFormatDescription(sample), nullptr);
+    CMVideoFormatDescriptionGetH264ParameterSetCount(*CMSampleBufferGetFormatDescription(sample),
+                                                     sets);
+    EXPECT_EQ(sets, 2U);
+    ASSERT_NE(CMSampleBufferGetDataBuffer(sample), nullptr);
+    std::span<const std::uint8_t> bytes;
+    ASSERT_EQ(CMBlockBufferGetDataPointer(*CMSampleBufferGetDataBuffer(sample), 0, bytes), noErr);
+    ASSERT_GT(bytes.size(), 4U);
+    const std::size_t length = bytes[0] << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
+    EXPECT_LE(length, CMBlockBufferGetDataLength(*CMSampleBufferGetDataBuffer(sample)) - 4);
+  }
+  // Without a wait in between frames may be dropped, but each is still answered once.
+  for (int i = 12; i < 40; ++i) ASSERT_EQ(compression.encode(i, GetParam()), noErr);
+  compression.complete();
+  EXPECT_EQ(compression.handled, 40);
+  compression.finished = true;
+  VTCompressionSessionInvalidate(*compression.session);
+  EXPECT_EQ(compression.encode(41), kVTInvalidSessionErr);
+  EXPECT_EQ(VTCompressionSessionCompleteFrames(*compression.session, kCMTimeInvalid),
+            kVTInvalidSessionErr);
+  EXPECT_EQ(VTSessionSetProperty(*compression.session, kVTCompressionPropertyKey_RealTime, true),
+            kVTInvalidSessionErr);
+  EXPECT_EQ(VTCompressionSessionPrepareToEncodeFrames(*compression.session), kVTInvalidSessionErr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sessions, CompressionOf, ::testing::ValuesIn(kFormats));
+
+TEST(Sessions, PropertiesOfAnotherTypeAreRefused) {
+  test::Stage stage;
+  Compression compression;
+  const struct {
+    std::string_view key;
+    CFValue value;
+    OSStatus status;
+  } cases[] = {
+      {kVTCompressionPropertyKey_RealTime, true, noErr},
+      {kVTCompressionPropertyKey_RealTime, 1, kVTParameterErr},
+      {kVTCompressionPropertyKey_AllowFrameReordering, "false", kVTParameterErr},
+      {kVTCompressionPropertyKey_ProfileLevel, kVTProfileLevel_H264_Main_AutoLevel, noErr},
+      {kVTCompressionPropertyKey_ProfileLevel, 77, kVTParameterErr},
+      {kVTCompressionPropertyKey_ExpectedFrameRate, 60, noErr},
+      {kVTCompressionPropertyKey_ExpectedFrameRate, true, kVTParameterErr},
+      {kVTCompressionPropertyKey_AverageBitRate, 4'000'000, noErr},
+      {kVTCompressionPropertyKey_AverageBitRate, CFValue(), kVTParameterErr},
+      {kVTCompressionPropertyKey_DataRateLimits, CFArray{625000.0, 1.0}, noErr},
+      {kVTCompressionPropertyKey_DataRateLimits, CFArray{625000.0}, kVTParameterErr},
+      {"NoSuchProperty", true, kVTPropertyNotSupportedErr},
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(VTSessionSetProperty(*compression.session, each.key, each.value), each.status)
+        << each.key;
+  }
+  Ref<VTCompressionSession> none;
+  EXPECT_NE(VTCompressionSessionCreate(0, 48, kCMVideoCodecType_H264, CFValue(), none), noErr);
+  EXPECT_FALSE(none);
+}
+
+TEST(Sessions, SamplesDecodeToPicturesOfTheFormatAskedFor) {
+  test::Stage stage;
+  Compression compression;
+  for (int i = 0; i < 6; ++i) {
+    compression.encode(i);
+    compression.complete();
+  }
+  ASSERT_EQ(compression.samples.size(), 6U);
+  for (const OSType format : {kFormats[0], kFormats[2]}) {
+    Ref<VTDecompressionSession> session;
+    const CFValue attributes =
+        CFDictionary{{std::string(kCVPixelBufferPixelFormatTypeKey), format}};
+    ASSERT_EQ(VTDecompressionSessionCreate(
+                  Ref<CMFormatDescription>::retaining(
+                      CMSampleBufferGetFormatDescription(*compression.samples.front())),
+                  attributes, session),
+              noErr);
+    std::vector<double> times;
+    for (const auto& sample : compression.samples) {
+      ASSERT_EQ(VTDecompressionSessionDecodeFrameWithOutputHandler(
+                    *session, sample, kVTDecodeFrame_EnableAsynchronousDecompression,
+                    [&](OSStatus status, VTDecodeInfoFlags, Ref<CVPixelBuffer> image, CMTime pts,
+                        CMTime) {
+                      ASSERT_EQ(status, noErr);
+                      ASSERT_TRUE(image);
+                      EXPECT_EQ(CVPixelBufferGetPixelFormatType(*image), format);
+                      EXPECT_EQ(CVPixelBufferGetWidth(*image), 64U);
+                      EXPECT_EQ(CVPixelBufferGetHeight(*image), 48U);
+                      times.push_back(CMTimeGetSeconds(pts) * 30);
+                    }),
+                noErr);
+    }
+    EXPECT_EQ(VTDecompressionSessionWaitForAsynchronousFrames(*session), noErr);
+    ASSERT_EQ(times.size(), 6U);
+    for (std::size_t i = 0; i < times.size(); ++i)
+      EXPECT_NEAR(times[i], static_cast<double>(i), 1e-9);
+    VTDecompressionSessionInvalidate(*session);
+    EXPECT_EQ(VTDecompressionSessionDecodeFrameWithOutputHandler(
+                  *session, compression.samples.front(), 0, [](auto&&...) { FAIL(); }),
+              kVTInvalidSessionErr);
+  }
+}
+
+}  // namespace
+}  // namespace vlm::platform
