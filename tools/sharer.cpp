@@ -10,9 +10,10 @@
 namespace vlm::tools {
 namespace {
 
-// How often a look is taken whether the last frame got lost, and when it counts as lost.
-constexpr std::chrono::milliseconds kLossCheck{100};
-constexpr std::chrono::nanoseconds kLostAfter = std::chrono::milliseconds(200);
+// How often a look is taken whether the last frame got lost, and when it counts as lost: late
+// enough that an encoder which is only slow is not given more to do.
+constexpr std::chrono::milliseconds kLossCheck{250};
+constexpr std::chrono::nanoseconds kLostAfter = std::chrono::seconds(1);
 
 // Keeps time stamps rising where a grab and a repetition meet, in nanoseconds.
 constexpr std::int64_t kShortestStep = 1'000;
