@@ -49,7 +49,6 @@ void ConstantBlocks::update(const EncoderInput::Source& source, const ChangeMap*
     forget();
     if (source.previous) compare(picture, *source.previous);
   }
-  changedCount_ = static_cast<std::size_t>(std::ranges::count(flags_, 0));
 }
 
 void ConstantBlocks::applyAccount(const ChangeMap& changes) {

@@ -21,7 +21,6 @@ class ConstantBlocks {
 
   // One flag a macroblock, rows from top to bottom; 1 for a constant one.
   std::span<std::uint8_t> flags() noexcept { return flags_; }
-  std::size_t changedCount() const noexcept { return changedCount_; }
 
  private:
   void applyAccount(const ChangeMap& changes);
@@ -29,7 +28,6 @@ class ConstantBlocks {
 
   std::vector<std::uint8_t> flags_;
   std::size_t columns_ = 0;
-  std::size_t changedCount_ = 0;
   // 0 when the last encoded picture belongs to no account.
   std::uint64_t encodedSource_ = 0;
   std::uint64_t encodedPicture_ = 0;

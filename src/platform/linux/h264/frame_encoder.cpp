@@ -98,8 +98,7 @@ OSStatus FrameEncoder::encodeLocked(const Frame& frame, const CompressionSetting
   blocks_.update(*source, frame.image->changes().get());
   const bool keyFrame = keyFrameIsDue(frame, settings);
   const double seconds = CMTimeGetSeconds(frame.presentationTimeStamp);
-  const int quantiser = quantisers_.quantiserFor(
-      {keyFrame, blocks_.changedCount(), blocks_.flags().size(), seconds}, settings);
+  const int quantiser = quantisers_.quantiserFor({keyFrame, blocks_.flags(), seconds}, settings);
   const auto bytes = stream_->encode(source->picture, blocks_.flags(), quantiser, keyFrame);
   if (!bytes) return kVTVideoEncoderMalfunctionErr;
   quantisers_.spend(bytes->size());

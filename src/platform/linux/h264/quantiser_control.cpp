@@ -21,8 +21,10 @@ constexpr double kLowLatencyFrames = 2;
 // Of a second, where no limit says how much may come at once.
 constexpr double kDefaultCapacity = 0.25;
 
-// A finer quantiser makes the encoder look at every block again, so it has to be worth it.
+// A finer quantiser makes the encoder look at every block again. That has to be worth it while much
+// of the picture moves; a calm one may creep to its best.
 constexpr int kWorthwhileStep = 3;
+constexpr double kCalm = 0.05;  // of all blocks
 // More than so many times the usual change is something new on the screen.
 constexpr double kSurprise = 4;
 constexpr double kForgetting = 0.3;
@@ -62,6 +64,7 @@ QuantiserControl::QuantiserControl(bool lowLatency)
 int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSettings& settings) {
   picture_ = picture;
   quantiserBefore_ = quantiser_;
+  survey();
   const int worst = settings.worstQuantiser;
   const int best = std::min(kBestQuantiser, worst);
   const auto bucket = bucketFor(settings, lowLatency_);
@@ -71,8 +74,35 @@ int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSett
   const int quantiser =
       affordable(free * (picture.keyFrame ? kKeyFrameShare : kShare), best, worst);
   const bool finer = quantiser < quantiserBefore_ && !picture.keyFrame;
-  const bool worthwhile = quantiser == best || quantiserBefore_ - quantiser >= kWorthwhileStep;
-  return quantiser_ = finer && !worthwhile ? std::min(quantiserBefore_, worst) : quantiser;
+  if (finer && !isWorthwhile(quantiser, best))
+    return quantiser_ = std::min(quantiserBefore_, worst);
+  return quantiser_ = quantiser;
+}
+
+bool QuantiserControl::isWorthwhile(int finer, int best) const {
+  return finer == best || quantiserBefore_ - finer >= kWorthwhileStep ||
+         changed_ < kCalm * static_cast<double>(picture_.constant.size());
+}
+
+void QuantiserControl::survey() {
+  coded_.resize(picture_.constant.size());
+  std::array<std::size_t, kQuantisers> still{};
+  changed_ = 0;
+  for (std::size_t block = 0; block < coded_.size(); ++block) {
+    if (picture_.constant[block] != 0) {
+      ++still[coded_[block]];
+    } else {
+      ++changed_;
+    }
+  }
+  double coarser = 0;
+  double theirCost = 0;
+  for (std::size_t quantiser = kQuantisers; quantiser-- > 0;) {
+    const double cost = scale(static_cast<int>(quantiser));
+    refinement_[quantiser] = newBlock_ * (coarser * cost - theirCost);
+    coarser += static_cast<double>(still[quantiser]);
+    theirCost += static_cast<double>(still[quantiser]) * cost;
+  }
 }
 
 void QuantiserControl::drain(double bytesPerSecond, double framesPerSecond) {
@@ -84,17 +114,15 @@ void QuantiserControl::drain(double bytesPerSecond, double framesPerSecond) {
 }
 
 double QuantiserControl::foretell(int quantiser) const {
-  const auto blocks = static_cast<double>(picture_.blocks);
-  if (picture_.keyFrame) return newBlock_ * blocks * scale(quantiser);
-  const auto changed = static_cast<double>(picture_.changedBlocks);
-  const bool surprise = changed > kSurprise * usualChange_;
-  const double block = surprise ? std::max(newBlock_, changedBlock_) : changedBlock_;
-  double bytes = block * changed * scale(quantiser);
-  if (quantiser < quantiserBefore_) {
-    // All other blocks are brought to the finer quantiser as well.
-    bytes += newBlock_ * (blocks - changed) * (scale(quantiser) - scale(quantiserBefore_));
+  if (picture_.keyFrame) {
+    return newBlock_ * static_cast<double>(picture_.constant.size()) * scale(quantiser);
   }
-  return bytes;
+  const bool surprise = changed_ > kSurprise * usualChange_;
+  const double block = surprise ? std::max(newBlock_, changedBlock_) : changedBlock_;
+  const double bytes = block * changed_ * scale(quantiser);
+  // A quantiser that is no finer than the last one leaves the other blocks alone.
+  const bool refines = quantiser < quantiserBefore_;
+  return refines ? bytes + refinement_[static_cast<std::size_t>(quantiser)] : bytes;
 }
 
 int QuantiserControl::affordable(double budget, int best, int worst) const {
@@ -105,21 +133,26 @@ int QuantiserControl::affordable(double budget, int best, int worst) const {
 
 void QuantiserControl::spend(std::size_t bytes) {
   level_ += static_cast<double>(bytes);
+  const auto quantiser = static_cast<std::uint8_t>(quantiser_);
+  const bool refines = quantiser_ < quantiserBefore_;
+  for (std::size_t block = 0; block < coded_.size(); ++block) {
+    const bool anew = picture_.keyFrame || picture_.constant[block] == 0;
+    if (anew || (refines && quantiser < coded_[block])) coded_[block] = quantiser;
+  }
   learn(bytes);
 }
 
 void QuantiserControl::learn(std::size_t bytes) {
   const auto cost = static_cast<double>(bytes) / scale(quantiser_);
-  const auto changed = static_cast<double>(picture_.changedBlocks);
-  const auto blocks = static_cast<double>(picture_.blocks);
+  const auto blocks = static_cast<double>(picture_.constant.size());
   if (picture_.keyFrame) {
     newBlock_ = cost / blocks;
     return;
   }
-  usualChange_ += kForgetting * (changed - usualChange_);
+  usualChange_ += kForgetting * (changed_ - usualChange_);
   // Too few blocks tell little, and a finer quantiser mixes two costs.
-  if (changed < blocks / 100 || quantiser_ < quantiserBefore_) return;
-  const double seen = cost / changed;
+  if (changed_ < blocks / 100 || quantiser_ < quantiserBefore_) return;
+  const double seen = cost / changed_;
   changedBlock_ =
       seen > changedBlock_ ? seen : changedBlock_ + kForgetting * (seen - changedBlock_);
 }

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
+#include <span>
+#include <vector>
 
 #include "platform/linux/h264/compression_settings.h"
 
@@ -19,8 +23,8 @@ class QuantiserControl {
  public:
   struct Picture {
     bool keyFrame;
-    std::size_t changedBlocks;
-    std::size_t blocks;
+    // One flag a block: 1 where the picture is as it was. Valid until spend().
+    std::span<const std::uint8_t> constant;
     double seconds;  // presentation time
   };
 
@@ -33,8 +37,12 @@ class QuantiserControl {
   void spend(std::size_t bytes);
 
  private:
+  static constexpr std::size_t kQuantisers = 52;
+
   void drain(double bytesPerSecond, double framesPerSecond);
+  void survey();
   double foretell(int quantiser) const;
+  bool isWorthwhile(int finer, int best) const;
   int affordable(double budget, int best, int worst) const;
   void learn(std::size_t bytes);
 
@@ -47,8 +55,14 @@ class QuantiserControl {
   double changedBlock_;
   double usualChange_ = 0;  // blocks that change in a picture, lately
 
-  // The picture in hand.
+  // The quantiser that each block was coded with when it changed or was made finer.
+  std::vector<std::uint8_t> coded_;
+
+  // The picture in hand, how much of it changed, and what it costs to bring the rest of it to each
+  // quantiser.
   Picture picture_{};
+  double changed_ = 0;
+  std::array<double, kQuantisers> refinement_{};
   int quantiser_ = 0;
   int quantiserBefore_ = 0;
 };
