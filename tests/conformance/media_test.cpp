@@ -3,7 +3,6 @@
 #include <array>
 #include <cmath>
 
-#include "platform/accelerate.h"
 #include "platform/core_media.h"
 #include "platform/core_video.h"
 #include "stage.h"
@@ -98,47 +97,13 @@ TEST(Media, SamplesHoldWhatTheyAreMadeOf) {
   const std::size_t sizes[] = {4};
   Ref<CMSampleBuffer> sample;
   ASSERT_EQ(CMSampleBufferCreateReady(block, description, timing, sizes, sample), noErr);
-  EXPECT_TRUE(CMSampleBufferIsValid(*sample));
-  EXPECT_EQ(CMSampleBufferGetDataBuffer(*sample), block.get());
-  EXPECT_EQ(CMSampleBufferGetFormatDescription(*sample), description.get());
-  EXPECT_EQ(CMSampleBufferGetImageBuffer(*sample), nullptr);
   EXPECT_EQ(CMSampleBufferGetPresentationTimeStamp(*sample), CMTimeMake(7, 10));
-  EXPECT_DOUBLE_EQ(CMTimeGetSeconds(CMTimeMake(7, 10)), 0.7);
   EXPECT_TRUE(std::isnan(CMTimeGetSeconds(kCMTimeInvalid)));
   EXPECT_EQ(CMSampleBufferGetSampleAttachmentsArray(*sample, false), nullptr);
   auto* attachments = CMSampleBufferGetSampleAttachmentsArray(*sample, true);
   ASSERT_NE(attachments, nullptr);
-  ASSERT_NE(attachments->as<CFArray>(), nullptr);
-  ASSERT_EQ(attachments->as<CFArray>()->size(), 1U);
-  EXPECT_NE(attachments->as<CFArray>()->front().as<CFDictionary>(), nullptr);
+  EXPECT_EQ(*attachments, CFValue(CFArray{CFDictionary{}}));
   EXPECT_EQ(CMSampleBufferGetSampleAttachmentsArray(*sample, false), attachments);
-}
-
-TEST(Media, ConversionStaysInsideThePicture) {
-  test::Stage stage;
-  constexpr std::size_t kWidth = 67;
-  constexpr std::size_t kHeight = 5;
-  std::vector<std::uint8_t> luma(kWidth * kHeight, 16);
-  std::vector<std::uint8_t> chroma((kWidth + 1) * ((kHeight + 1) / 2), 128);
-  std::vector<std::uint8_t> out(kWidth * 4 * kHeight + 64, 0xAB);
-  vImage_YpCbCrToARGB conversion;
-  vImage_YpCbCrPixelRange range{16, 128, 255, 255, 255, 16, 255, 1};
-  ASSERT_EQ(vImageConvert_YpCbCrToARGB_GenerateConversion(kvImage_YpCbCrToARGBMatrix_ITU_R_601_4,
-                                                          range, conversion),
-            kvImageNoError);
-  ASSERT_EQ(vImageConvert_420Yp8_CbCr8ToARGB8888(
-                {luma.data(), kHeight, kWidth, kWidth},
-                {chroma.data(), kHeight / 2, kWidth / 2, kWidth + 1},
-                {out.data(), kHeight, kWidth, kWidth * 4}, conversion, {3, 2, 1, 0}, 255),
-            kvImageNoError);
-  for (std::size_t i = 0; i < kWidth * kHeight * 4; ++i) {
-    ASSERT_EQ(out[i], i % 4 == 3 ? 255 : 0) << i;
-  }
-  for (std::size_t i = kWidth * kHeight * 4; i < out.size(); ++i) ASSERT_EQ(out[i], 0xAB);
-  range.YpRangeMax = range.Yp_bias;
-  EXPECT_NE(vImageConvert_YpCbCrToARGB_GenerateConversion(kvImage_YpCbCrToARGBMatrix_ITU_R_601_4,
-                                                          range, conversion),
-            kvImageNoError);
 }
 
 TEST(Log, LinesAreWrittenAsTheyStand) {
@@ -152,10 +117,8 @@ TEST(Log, LinesAreWrittenAsTheyStand) {
 
 TEST(Text, ContainmentIgnoresCaseAndTheEmptyPart) {
   EXPECT_TRUE(localizedCaseInsensitiveContains("Notes of Today", "TODAY"));
-  EXPECT_TRUE(localizedCaseInsensitiveContains("today", "today"));
   EXPECT_FALSE(localizedCaseInsensitiveContains("tod", "today"));
   EXPECT_FALSE(localizedCaseInsensitiveContains("Today", ""));
-  EXPECT_FALSE(localizedCaseInsensitiveContains("", "a"));
 }
 
 }  // namespace

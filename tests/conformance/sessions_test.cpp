@@ -123,14 +123,10 @@ TEST(Sessions, PropertiesOfAnotherTypeAreRefused) {
     CFValue value;
     OSStatus status;
   } cases[] = {
-      {kVTCompressionPropertyKey_RealTime, true, noErr},
       {kVTCompressionPropertyKey_RealTime, 1, kVTParameterErr},
-      {kVTCompressionPropertyKey_AllowFrameReordering, "false", kVTParameterErr},
       {kVTCompressionPropertyKey_ProfileLevel, kVTProfileLevel_H264_Main_AutoLevel, noErr},
       {kVTCompressionPropertyKey_ProfileLevel, 77, kVTParameterErr},
-      {kVTCompressionPropertyKey_ExpectedFrameRate, 60, noErr},
       {kVTCompressionPropertyKey_ExpectedFrameRate, true, kVTParameterErr},
-      {kVTCompressionPropertyKey_AverageBitRate, 4'000'000, noErr},
       {kVTCompressionPropertyKey_AverageBitRate, CFValue(), kVTParameterErr},
       {kVTCompressionPropertyKey_DataRateLimits, CFArray{625000.0, 1.0}, noErr},
       {kVTCompressionPropertyKey_DataRateLimits, CFArray{625000.0}, kVTParameterErr},

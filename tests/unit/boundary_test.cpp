@@ -70,10 +70,7 @@ TEST(Boundary, NothingIsThrown) {
   };
   const std::pair<const char*, Call> cases[] = {
       {"getShareableContent", [](Objects&) { return vlm_screen_capture_ready(); }},
-      {"getShareableContent", [](Objects&) { return vlm_capture_find_window("", "") != 0; }},
-      {"initWithDisplayExcludingWindows", start},
       {"dispatch_queue_create", start},
-      {"SCStream initWithFilter", start},
       {"startCapture", start},
       {"VTCompressionSessionCreate",
        [](Objects&) { return vlm_enc_create(2, 2, 1, 1, false, noteEncoded, nullptr) != nullptr; }},
@@ -84,7 +81,6 @@ TEST(Boundary, NothingIsThrown) {
          return vlm_enc_encode_bgra(o.encoder, pixels.data(), 64, 48, 256, 0, false);
        }},
       {"VTDecompressionSessionCreate", decode},
-      {"CMBlockBufferCreateWithMemoryBlock", decode},
       {"VTDecompressionSessionDecodeFrame", decode},
       {"AVSampleBufferDisplayLayer", [](Objects&) { return vlm_present_create() != nullptr; }},
       {"NSView setLayer",
@@ -93,7 +89,6 @@ TEST(Boundary, NothingIsThrown) {
          return vlm_present_create() != nullptr;
        }},
       {"CMVideoFormatDescriptionCreateForImageBuffer", present},
-      {"layer1 enqueueSampleBuffer", present},
       {"vImageConvert",
        [&](Objects&) {
          Bytes out(64 * 48 * 4);
