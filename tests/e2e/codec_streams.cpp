@@ -61,8 +61,10 @@ Bytes testPicture(int width, int height, int step) {
   for (int y = 0; y < height; ++y) {
     for (int x = 0; x < width; ++x, out += 4) {
       // Noise in grey moves sideways over the top, above a still blend of colours.
-      const auto noise = static_cast<unsigned>((x + step * 3) / 2) * 2654435761U ^
-                         static_cast<unsigned>(y / 2) * 2246822519U;
+      auto noise = static_cast<unsigned>((x + step * 3) / 2) * 2654435761U ^
+                   static_cast<unsigned>(y / 2) * 2246822519U;
+      // Multiples alone nearly repeat themselves every few pixels, and a search finds that.
+      noise = (noise ^ noise >> 15) * 2246822519U;
       const bool grey = y < height / 6;
       out[0] = static_cast<std::uint8_t>(grey ? noise >> 24 : x * 255 / width);
       out[1] = static_cast<std::uint8_t>(grey ? noise >> 24 : y * 255 / height);
