@@ -49,7 +49,7 @@ std::string besideUs(const std::string& program) {
 
 Sharer gstreamer(const std::string& name, const std::string& useDamage) {
   return {name,
-          {besideUs("bench_sharing_gstreamer"), "%fd",
+          {besideUs("vlm_bench_sharing_gstreamer"), "%fd",
            "ximagesrc show-pointer=false use-damage=" + useDamage +
                " ! video/x-raw,framerate=30/1 ! videoconvert ! video/x-raw,format=NV12"
                " ! x264enc speed-preset=ultrafast tune=zerolatency bitrate=8000 threads=1"
@@ -103,7 +103,7 @@ Sharer ffmpeg(const std::string& display) {
 std::vector<Sharer> sharers(const std::string& display, const std::string& only) {
   std::vector<Sharer> result = {
       {"ours",
-       {besideUs("bench_sharing_ours"), "%fd", std::to_string(kFps), kBitrate},
+       {besideUs("vlm_bench_sharing_ours"), "%fd", std::to_string(kFps), kBitrate},
        Metered::Protocol::answers},
       ffmpeg(display),
       gstreamer("GStreamer", "false"),
@@ -113,7 +113,7 @@ std::vector<Sharer> sharers(const std::string& display, const std::string& only)
 }
 
 std::vector<Content> contents() {
-  const std::string program = besideUs("bench_content");
+  const std::string program = besideUs("vlm_bench_content");
   // Changes come twice as fast as frames, so that every frame of every sharer shows a new one.
   const std::string rate = std::to_string(2 * kFps);
   return {{"still screen", {}},
@@ -157,7 +157,7 @@ double ratio(const Cost& ours, const std::vector<Cost>& peers) {
 
 void run(double seconds, const std::string& only) {
   test::PrivateDesktop desktop;
-  test::runCommand({besideUs("bench_content"), "wallpaper"});
+  test::runCommand({besideUs("vlm_bench_content"), "wallpaper"});
   std::printf(
       "| content            | sharer            | ms/frame | ms/s     | frames/s | Mbit/s | server "
       "ms/s |\n");

@@ -77,7 +77,7 @@ void repeat(const Cycle& cycle, int lives) {
 void run(double seconds, int lives) {
   const test::PrivateDesktop desktop;
   const std::string content =
-      std::filesystem::read_symlink("/proc/self/exe").parent_path() / "bench_content";
+      std::filesystem::read_symlink("/proc/self/exe").parent_path() / "vlm_bench_content";
   test::runCommand({content, "wallpaper"});
   const test::ChildProcess window({content, "window", "60"});
   soak(seconds);
