@@ -443,7 +443,9 @@ VLM_API void* vlm_present_create(void);
  *             its size by itself.
  * Errors:     NULL for a NULL handle.
  * Thread:     any.
- * Lifetime:   lent: the host never ends it. It lives as long as its presenter.
+ * Lifetime:   lent: the host never ends it. It lives as long as its presenter. On Linux a host that
+ *             destroys its window destroys the view in it, as X does: frames are then answered
+ *             with VLM_PRESENT_BUSY. To keep the view, reparent it elsewhere first.
  */
 VLM_API void* vlm_present_view(void* handle);
 

@@ -42,10 +42,10 @@ std::string screenshot(const std::string& window, const std::string& format) {
   return shot.status == 0 ? shot.output : "";
 }
 
-// True when the window shows these four colours, seen a few pixels from its corners, where a
-// picture that is not stretched over all of it would miss at least one.
+// True when the window has this size and shows these four colours, seen a few pixels from its
+// corners, where a picture that is not stretched over all of it would miss at least one.
 bool shows(const std::string& window, int width, int height, const std::array<Rgb, 4>& colors) {
-  std::string format;
+  std::string format = "%w %h ";
   for (const int y : {3, height - 4}) {
     for (const int x : {3, width - 4}) {
       for (const char* channel : {"r", "g", "b"}) {
@@ -55,6 +55,10 @@ bool shows(const std::string& window, int width, int height, const std::array<Rg
     }
   }
   std::istringstream pixels(screenshot(window, format));
+  int shownWidth = 0;
+  int shownHeight = 0;
+  pixels >> shownWidth >> shownHeight;
+  if (shownWidth != width || shownHeight != height) return false;
   for (const Rgb& color : colors) {
     for (const double wanted : {color.red, color.green, color.blue}) {
       double got = -1;
