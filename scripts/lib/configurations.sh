@@ -6,6 +6,8 @@ readonly FUZZ_SECONDS=10
 
 if command -v ccache >/dev/null; then
   export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  # What one checkout compiled serves the next one.
+  export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 fi
 # A finding ends the test with a status that no assertion gives.
 export ASAN_OPTIONS=detect_leaks=1:exitcode=99:abort_on_error=0
