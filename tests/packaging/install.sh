@@ -26,6 +26,7 @@ libdir=$(pkg-config --variable=libdir VelmoraMacNative)
 LD_LIBRARY_PATH=$libdir "$work/by_pkg_config"
 
 # What the manual shows is a whole program.
+# shellcheck disable=SC2016 # backticks of Markdown
 sed -n '/^```c$/,/^```$/ { /^```/d; p }' "$source/README.md" >"$work/example.c"
 "$cc" -std=c99 -D_POSIX_C_SOURCE=200809L "${strict[@]}" "$work/example.c" "${flags[@]}" \
   -o "$work/example"
