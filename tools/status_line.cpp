@@ -9,6 +9,8 @@
 namespace vlm::tools {
 namespace {
 
+using Number = unsigned long long;
+
 constexpr std::chrono::milliseconds kInterval{500};
 
 }  // namespace
@@ -29,14 +31,16 @@ void StatusLine::update() {
   const double seconds = static_cast<double>(now - lastTime_) * 1e-9;
   lastTime_ = now;
   lastBytes_ = counts.bytes;
-  // The line begins with a return and ends with "erase to the end", so that it replaces itself.
-  std::fprintf(stderr,
-               "\rcaptured %llu  shown %llu  dropped %llu  %.2f Mb/s  key frames %llu  "
-               "latency %.1f ms\x1b[K",
-               static_cast<unsigned long long>(counts.captured),
-               static_cast<unsigned long long>(counts.shown),
-               static_cast<unsigned long long>(counts.dropped), megabits / seconds,
-               static_cast<unsigned long long>(counts.keyframes), counts.latency.percentileMs(0.5));
+  // Each time the line begins with a return and ends with "erase to the end", so that it replaces
+  // itself.
+  std::fprintf(stderr, "\r%.2f Mb/s  key frames %llu", megabits / seconds,
+               Number{counts.keyframes});
+  if (counts.captured > 0) std::fprintf(stderr, "  captured %llu", Number{counts.captured});
+  if (counts.decoded > 0) {
+    std::fprintf(stderr, "  shown %llu  dropped %llu  latency %.1f ms", Number{counts.shown},
+                 Number{counts.dropped}, counts.latency.percentileMs(0.5));
+  }
+  std::fputs("\x1b[K", stderr);
 }
 
 }  // namespace vlm::tools
