@@ -82,7 +82,7 @@ run_fuzz() {
   local fuzzer name corpus passed=0 failed=0
   local -a seeds
   begin "fuzz: $FUZZ_SECONDS seconds each"
-  for fuzzer in build/fuzz/fuzz/*_fuzz*; do
+  for fuzzer in build/fuzz/fuzz/*_fuzz; do
     [[ -f $fuzzer && -x $fuzzer ]] || continue
     name=$(basename "$fuzzer")
     corpus=build/fuzz/corpus/$name
