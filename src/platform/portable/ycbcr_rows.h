@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -31,30 +30,22 @@ struct YCbCrFactors {
   std::uint8_t chromaMax;
 };
 
-// Two rows of luma that share one row of chroma pairs, and where their pixels go. A single row
-// stands in both places.
-struct YCbCrRows {
-  std::array<const std::uint8_t*, 2> luma;
+// A row of luma, the row of chroma pairs that belongs to it, and where its pixels go.
+struct YCbCrRow {
+  const std::uint8_t* luma;
   const std::uint8_t* chroma;
-  std::array<std::uint8_t*, 2> out;
-
-  // The rows without their first `pixels`, an even number.
-  YCbCrRows from(std::size_t pixels) const {
-    return {{luma[0] + pixels, luma[1] + pixels},
-            chroma + pixels,
-            {out[0] + 4 * pixels, out[1] + 4 * pixels}};
-  }
+  std::uint8_t* out;
 };
 
 // Streaming stores pass the cache by, which suits images that would not stay in it anyway. They
-// need `out` to be aligned, and are complete when finishStreaming() returns.
+// need `out` to be a multiple of 8, as the first pixels of chroma pairs are then the ones that lie
+// on boundaries, and are complete when finishStreaming() returns.
 enum class StoreKind { kCached, kStreaming };
-inline constexpr std::size_t kStreamAlignment = 64;
 void finishStreaming();
 
-// Converts as many of the first `pixels` as the processor's vectors fill, alpha 255, to the byte
-// order B, G, R, A. The answer is how many those are: an even number, 0 without vectors.
-std::size_t convertRowsToBgra(const YCbCrRows& rows, std::size_t pixels,
-                              const YCbCrFactors& factors, StoreKind stores);
+// Converts the first `pixels`, an even number, to the byte order B, G, R, A, alpha 255. The answer
+// is how many were converted: none where the processor has no vectors or too few pixels fill one.
+std::size_t convertRowToBgra(const YCbCrRow& row, std::size_t pixels, const YCbCrFactors& factors,
+                             StoreKind stores);
 
 }  // namespace vlm::platform::portable

@@ -5,7 +5,7 @@ namespace vlm::platform::portable {
 
 void finishStreaming() {}
 
-std::size_t convertRowsToBgra(const YCbCrRows&, std::size_t, const YCbCrFactors&, StoreKind) {
+std::size_t convertRowToBgra(const YCbCrRow&, std::size_t, const YCbCrFactors&, StoreKind) {
   return 0;
 }
 

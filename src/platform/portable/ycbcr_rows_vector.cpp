@@ -8,6 +8,8 @@
 #include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
+#include <cstring>
+
 #include "platform/portable/ycbcr_rows.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -16,7 +18,7 @@ namespace vlm::platform::portable::HWY_NAMESPACE {
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 
 // Vectors that are only imitated are slower than the caller's own loop.
-std::size_t convertBgra(const YCbCrRows&, std::size_t, const YCbCrFactors&, StoreKind) {
+std::size_t convertBgra(const YCbCrRow&, std::size_t, const YCbCrFactors&, StoreKind) {
   return 0;
 }
 
@@ -33,6 +35,7 @@ using Shorts = hn::Vec<decltype(kShorts)>;
 
 constexpr std::size_t kBlock = hn::MaxLanes(kBytes);  // pixels taken at a time
 constexpr std::size_t kLanes = (kBlock + 15) / 16;    // of 128 bits
+constexpr std::size_t kStreamAlignment = 64;          // a cache line, and the largest vector
 
 // Interleaving works within 128-bit lanes. Groups of four pixels (or two chroma pairs) are dealt
 // out to the lanes as they are loaded, so that the pixels leave in the order of the picture.
@@ -95,9 +98,23 @@ HWY_INLINE Channel loadLuma(const std::uint8_t* at, const YCbCrFactors& f) {
           scaled(hn::InterleaveUpper(kBytes, zero, luma))};
 }
 
-HWY_INLINE Shorts finish(Shorts luma, Shorts chroma) {
-  const auto value = hn::ShiftRight<kYCbCrFraction>(hn::Add(luma, chroma));
-  return hn::Min(hn::Max(value, hn::Zero(kShorts)), hn::Set(kShorts, std::int16_t{255}));
+// Both halves of a block as bytes, 0 and 255 standing for all beyond. The instruction that works
+// within lanes has no name of its own in Highway.
+HWY_INLINE Bytes pack(Shorts lower, Shorts upper) {
+#if HWY_TARGET <= HWY_AVX3
+  return Bytes{_mm512_packus_epi16(lower.raw, upper.raw)};
+#elif HWY_TARGET == HWY_AVX2
+  return Bytes{_mm256_packus_epi16(lower.raw, upper.raw)};
+#else
+  static_assert(kLanes == 1);
+  const hn::Half<decltype(kBytes)> half;
+  return hn::Combine(kBytes, hn::DemoteTo(half, upper), hn::DemoteTo(half, lower));
+#endif
+}
+
+HWY_INLINE Bytes addChroma(const Channel& luma, const Channel& chroma) {
+  return pack(hn::ShiftRight<kYCbCrFraction>(hn::Add(luma.lower, chroma.lower)),
+              hn::ShiftRight<kYCbCrFraction>(hn::Add(luma.upper, chroma.upper)));
 }
 
 template <StoreKind kStores>
@@ -109,41 +126,66 @@ HWY_INLINE void store(Shorts pixels, std::uint8_t* out) {
   }
 }
 
-// Half a block: two vectors of finished pixels.
 template <StoreKind kStores>
-HWY_INLINE void storePixels(Shorts luma, Shorts chromaR, Shorts chromaG, Shorts chromaB,
-                            std::uint8_t* out) {
-  const auto bg = hn::Or(finish(luma, chromaB), hn::ShiftLeft<8>(finish(luma, chromaG)));
-  const auto ra = hn::Or(finish(luma, chromaR), hn::Set(kShorts, std::int16_t{-256}));
-  store<kStores>(hn::InterleaveLower(kShorts, bg, ra), out);
-  store<kStores>(hn::InterleaveUpper(kShorts, bg, ra), out + kBlock);
+HWY_INLINE void storeBlock(const Channel& luma, const Chroma& chroma, std::uint8_t* out) {
+  const auto r = addChroma(luma, chroma.r);
+  const auto g = addChroma(luma, chroma.g);
+  const auto b = addChroma(luma, chroma.b);
+  const auto a = hn::Set(kBytes, std::uint8_t{255});
+  const auto bgLower = hn::BitCast(kShorts, hn::InterleaveLower(kBytes, b, g));
+  const auto bgUpper = hn::BitCast(kShorts, hn::InterleaveUpper(kBytes, b, g));
+  const auto raLower = hn::BitCast(kShorts, hn::InterleaveLower(kBytes, r, a));
+  const auto raUpper = hn::BitCast(kShorts, hn::InterleaveUpper(kBytes, r, a));
+  store<kStores>(hn::InterleaveLower(kShorts, bgLower, raLower), out);
+  store<kStores>(hn::InterleaveUpper(kShorts, bgLower, raLower), out + kBlock);
+  store<kStores>(hn::InterleaveLower(kShorts, bgUpper, raUpper), out + 2 * kBlock);
+  store<kStores>(hn::InterleaveUpper(kShorts, bgUpper, raUpper), out + 3 * kBlock);
 }
 
 template <StoreKind kStores>
-HWY_INLINE void convertBlocks(const YCbCrRows& rows, std::size_t pixels,
+HWY_INLINE void convertBlock(const YCbCrRow& row, std::size_t x, const YCbCrFactors& f,
+                             std::uint8_t* out) {
+  storeBlock<kStores>(loadLuma(row.luma + x, f), loadChroma(row.chroma + x, f), out);
+}
+
+// The block at `x`, of which only pixels [begin, end) are written.
+HWY_INLINE void convertPart(const YCbCrRow& row, std::size_t x, std::size_t begin, std::size_t end,
+                            const YCbCrFactors& f) {
+  HWY_ALIGN std::uint8_t block[4 * kBlock];
+  convertBlock<StoreKind::kCached>(row, x, f, block);
+  std::memcpy(row.out + 4 * (x + begin), block + 4 * begin, 4 * (end - begin));
+}
+
+// What does not fill a block at the end is converted by one that reaches back. Streaming stores
+// neither take addresses in between nor bear to be followed by others to the same line.
+template <StoreKind kStores>
+HWY_INLINE void convertBlocks(const YCbCrRow& row, std::size_t pixels,
                               const YCbCrFactors& factors) {
   const YCbCrFactors f = factors;  // a copy that stores to `out` can't be suspected of changing
-  for (std::size_t x = 0; x < pixels; x += kBlock) {
-    const auto chroma = loadChroma(rows.chroma + x, f);
-    for (std::size_t row = 0; row < rows.luma.size(); ++row) {
-      const auto luma = loadLuma(rows.luma[row] + x, f);
-      auto* const out = rows.out[row] + 4 * x;
-      storePixels<kStores>(luma.lower, chroma.r.lower, chroma.g.lower, chroma.b.lower, out);
-      storePixels<kStores>(luma.upper, chroma.r.upper, chroma.g.upper, chroma.b.upper,
-                           out + 2 * kBlock);
-    }
+  std::size_t x = 0;
+  if constexpr (kStores == StoreKind::kStreaming) {
+    x = (0 - reinterpret_cast<std::uintptr_t>(row.out)) % kStreamAlignment / 4;
+    if (x > 0) convertPart(row, 0, 0, x, f);
+  }
+  for (; x + kBlock <= pixels; x += kBlock) convertBlock<kStores>(row, x, f, row.out + 4 * x);
+  if (x == pixels) return;
+  const std::size_t last = pixels - kBlock;
+  if constexpr (kStores == StoreKind::kStreaming) {
+    convertPart(row, last, x - last, kBlock, f);
+  } else {
+    convertBlock<kStores>(row, last, f, row.out + 4 * last);
   }
 }
 
-std::size_t convertBgra(const YCbCrRows& rows, std::size_t pixels, const YCbCrFactors& factors,
+std::size_t convertBgra(const YCbCrRow& row, std::size_t pixels, const YCbCrFactors& factors,
                         StoreKind stores) {
-  const std::size_t whole = pixels / kBlock * kBlock;
+  if (pixels < kBlock) return 0;
   if (stores == StoreKind::kStreaming) {
-    convertBlocks<StoreKind::kStreaming>(rows, whole, factors);
+    convertBlocks<StoreKind::kStreaming>(row, pixels, factors);
   } else {
-    convertBlocks<StoreKind::kCached>(rows, whole, factors);
+    convertBlocks<StoreKind::kCached>(row, pixels, factors);
   }
-  return whole;
+  return pixels;
 }
 
 #endif
@@ -160,9 +202,9 @@ void finishStreaming() {
   hwy::FlushStream();
 }
 
-std::size_t convertRowsToBgra(const YCbCrRows& rows, std::size_t pixels,
-                              const YCbCrFactors& factors, StoreKind stores) {
-  return HWY_DYNAMIC_DISPATCH(convertBgra)(rows, pixels, factors, stores);
+std::size_t convertRowToBgra(const YCbCrRow& row, std::size_t pixels, const YCbCrFactors& factors,
+                             StoreKind stores) {
+  return HWY_DYNAMIC_DISPATCH(convertBgra)(row, pixels, factors, stores);
 }
 
 }  // namespace vlm::platform::portable

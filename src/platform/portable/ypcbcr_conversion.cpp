@@ -101,45 +101,29 @@ class ImageConversion {
         alpha_(alpha),
         vectors_(permuteMap == kBgraFromArgb && alpha == kOpaque) {
     const auto base = reinterpret_cast<std::uintptr_t>(out_.data);
-    const std::size_t past = base % kStreamAlignment;
-    const std::size_t before = past == 0 ? 0 : kStreamAlignment - past;
-    // Both rows of a pair must come to lie on the boundary, and at the first pixel of a chroma
-    // pair.
-    if (out_.height * out_.rowBytes >= kStreamingSize && out_.rowBytes % kStreamAlignment == 0 &&
-        before % (2 * kBytesPerPixel) == 0) {
+    if (vectors_ && out_.height * out_.rowBytes >= kStreamingSize &&
+        (base | out_.rowBytes) % (2 * kBytesPerPixel) == 0) {
       stores_ = StoreKind::kStreaming;
-      head_ = before / kBytesPerPixel;
     }
   }
 
   void run() const {
-    for (std::size_t row = 0; row < out_.height; row += 2) convertRows(row);
+    for (std::size_t y = 0; y < out_.height; ++y) convertRow(y);
     if (stores_ == StoreKind::kStreaming) finishStreaming();
   }
 
  private:
-  void convertRows(std::size_t row) const {
-    const std::size_t second = std::min(row + 1, out_.height - 1);
-    const YCbCrRows rows{{luma_.data + row * luma_.rowBytes, luma_.data + second * luma_.rowBytes},
-                         chroma_.data + std::min(row / 2, chroma_.height - 1) * chroma_.rowBytes,
-                         {out_.data + row * out_.rowBytes, out_.data + second * out_.rowBytes}};
-    std::size_t done = 0;
-    const std::size_t paired = std::min(out_.width, 2 * chroma_.width);
-    if (vectors_ && paired > head_) {
-      done = head_ + convertRowsToBgra(rows.from(head_), paired - head_, factors_, stores_);
-      convertPixels(rows, 0, head_);
-    }
-    convertPixels(rows, done, out_.width);
-  }
-
-  void convertPixels(const YCbCrRows& rows, std::size_t begin, std::size_t end) const {
-    for (std::size_t row = 0; row < rows.out.size(); ++row) {
-      for (std::size_t x = begin; x < end; ++x) {
-        const auto* pair = rows.chroma + 2 * std::min(x / 2, chroma_.width - 1);
-        const auto argb = convertPixel(rows.luma[row][x], pair, factors_, alpha_);
-        auto* const out = rows.out[row] + kBytesPerPixel * x;
-        for (std::size_t i = 0; i < kBytesPerPixel; ++i) out[i] = argb[permuteMap_[i]];
-      }
+  void convertRow(std::size_t y) const {
+    const YCbCrRow row{luma_.data + y * luma_.rowBytes,
+                       chroma_.data + std::min(y / 2, chroma_.height - 1) * chroma_.rowBytes,
+                       out_.data + y * out_.rowBytes};
+    const std::size_t paired = 2 * std::min(out_.width / 2, chroma_.width);
+    std::size_t x = vectors_ ? convertRowToBgra(row, paired, factors_, stores_) : 0;
+    for (; x < out_.width; ++x) {
+      const auto* pair = row.chroma + 2 * std::min(x / 2, chroma_.width - 1);
+      const auto argb = convertPixel(row.luma[x], pair, factors_, alpha_);
+      auto* const out = row.out + kBytesPerPixel * x;
+      for (std::size_t i = 0; i < kBytesPerPixel; ++i) out[i] = argb[permuteMap_[i]];
     }
   }
 
@@ -151,7 +135,6 @@ class ImageConversion {
   std::uint8_t alpha_;
   bool vectors_;
   StoreKind stores_ = StoreKind::kCached;
-  std::size_t head_ = 0;  // pixels in front of the first boundary for streaming
 };
 
 }  // namespace
