@@ -2,13 +2,17 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace vlm::codec {
 namespace {
 
 constexpr std::array<std::uint8_t, 4> kStartCode{0, 0, 0, 1};
 constexpr std::size_t kShortStartCode = 3;
+// Nearly all of a stream is the inside of long NAL units, where blocks are passed over as a whole.
 constexpr std::size_t kBlock = 128;
+// Gone through at once where one block after the other holds start codes.
+constexpr std::size_t kManyBlocks = 8 * kBlock;
 constexpr std::size_t kLengthSize = 4;
 // Room for the parameter sets and start codes of a typical key frame, so that one allocation does.
 constexpr std::size_t kWriterHeadroom = 128;
@@ -40,45 +44,35 @@ bool hold(std::optional<Bytes>& held, ByteView unit) {
   return true;
 }
 
-// Whether 00 00 01 begins at one of the kBlock bytes from `at`. Looks 2 bytes further. The loop is
-// of a shape that compilers turn into a few vector instructions for each 16 bytes.
-bool blockHoldsStartCode(const std::uint8_t* at) {
+// The least value of `of(i)` over a block. Loops of this shape compile to a few vector instructions
+// for each 16 bytes.
+template <class Of>
+std::uint8_t leastInBlock(Of of) {
   std::uint8_t least = 0xFF;
-  for (std::size_t i = 0; i < kBlock; ++i) {
-    const auto mismatch = static_cast<std::uint8_t>(at[i] | at[i + 1] | (at[i + 2] ^ 1));
-    least = std::min(least, mismatch);
-  }
-  return least == 0;
+  for (std::size_t i = 0; i < kBlock; ++i)
+    least = std::min(least, static_cast<std::uint8_t>(of(i)));
+  return least;
 }
 
-// Calls `found` with each position in [begin, end) where 00 00 01 begins. The third byte tells how
-// far the next such position must be. Returns where to go on: at `end` or up to 2 bytes further.
-template <class Found>
-std::size_t step(const std::uint8_t* bytes, std::size_t begin, std::size_t end, Found& found) {
-  std::size_t i = begin;
-  while (i < end) {
-    const std::uint8_t third = bytes[i + 2];
-    if (third == 0) {
-      ++i;
-      continue;
-    }
-    if (third == 1 && bytes[i] == 0 && bytes[i + 1] == 0) found(i);
-    i += kShortStartCode;
-  }
-  return i;
+// Whether 00 00 01 begins at one of the kBlock bytes from `at`. Looks 2 bytes further. Two zeros in
+// a row are rare enough in what encoders produce to be asked for first.
+bool blockHoldsStartCode(const std::uint8_t* at) {
+  return leastInBlock([at](std::size_t i) { return at[i] | at[i + 1]; }) == 0 &&
+         leastInBlock([at](std::size_t i) { return at[i] | at[i + 1] | (at[i + 2] ^ 1); }) == 0;
 }
 
-// Nearly all of a stream is the inside of NAL units, where blocks are passed over as a whole.
-template <class Found>
-void forEachStartCode(ByteView stream, Found found) {
-  if (stream.size() < kShortStartCode) return;
-  const std::uint8_t* const bytes = stream.data();
-  const std::size_t end = stream.size() - (kShortStartCode - 1);
-  std::size_t i = 0;
-  while (i + kBlock <= end) {
-    i = blockHoldsStartCode(bytes + i) ? step(bytes, i, i + kBlock, found) : i + kBlock;
-  }
-  step(bytes, i, end, found);
+// The first place from `at` whose block holds a start code, or where less than a block is left
+// before `end`. Kept out of its caller's loop, whose variables then stay in registers.
+[[gnu::noinline]] std::size_t passBlocks(const std::uint8_t* bytes, std::size_t at,
+                                         std::size_t end) {
+  while (at + kBlock <= end && !blockHoldsStartCode(bytes + at)) at += kBlock;
+  return at;
+}
+
+// For so many more. An ordinary access unit needs one allocation; one of very many units grows in
+// large leaps.
+[[gnu::noinline]] void makeRoom(std::vector<NalRange>& units, std::size_t more) {
+  if (units.capacity() - units.size() < more) units.reserve(4 * units.size() + more);
 }
 
 }  // namespace
@@ -108,14 +102,31 @@ Bytes buildAnnexBAccessUnit(bool keyframe, std::span<const std::optional<ByteVie
 std::vector<NalRange> findNalUnits(ByteView stream) {
   std::vector<NalRange> units;
   std::int64_t open = -1;
-  forEachStartCode(stream, [&](std::size_t zeros) {
-    const auto code =
-        static_cast<std::int64_t>(zeros > 0 && stream[zeros - 1] == 0 ? zeros - 1 : zeros);
-    if (open >= 0) units.push_back({open, code - open});
-    open = static_cast<std::int64_t>(zeros + kShortStartCode);
-  });
-  const auto size = static_cast<std::int64_t>(stream.size());
-  if (open >= 0 && open < size) units.push_back({open, size - open});
+  const auto add = [&](std::size_t end) {
+    units.push_back({open, static_cast<std::int64_t>(end) - open});
+  };
+  const std::uint8_t* const bytes = stream.data();
+  const std::size_t end = stream.size() - std::min(stream.size(), kShortStartCode - 1);
+  for (std::size_t at = 0; at < end;) {
+    const std::size_t from = std::exchange(at, passBlocks(bytes, at, end));
+    const bool again = at == from && at > 0;
+    const std::size_t stepsEnd = std::min(at + (again ? kManyBlocks : kBlock), end);
+    makeRoom(units, (stepsEnd - at) / kShortStartCode + 1);
+    while (at < stepsEnd) {
+      // The third byte tells how far the next start code must be.
+      const std::uint8_t third = bytes[at + 2];
+      if (third == 0) {
+        ++at;
+        continue;
+      }
+      if (third == 1 && bytes[at] == 0 && bytes[at + 1] == 0) {
+        if (open >= 0) add(bytes[at - 1] == 0 ? at - 1 : at);
+        open = static_cast<std::int64_t>(at + kShortStartCode);
+      }
+      at += kShortStartCode;
+    }
+  }
+  if (open >= 0 && open < std::ssize(stream)) add(stream.size());
   return units;
 }
 
