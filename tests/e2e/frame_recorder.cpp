@@ -94,10 +94,17 @@ bool FrameRecorder::waitFor(std::size_t index) {
 
 Frame FrameRecorder::last() {
   std::unique_lock lock(mutex_);
+  arrived_.wait_for(lock, 10s, [&] { return !frames_.empty(); });
   for (;;) {
     const auto seen = frames_.size();
     if (!arrived_.wait_for(lock, 400ms, [&] { return frames_.size() > seen; })) break;
   }
+  return frames_.empty() ? Frame{} : frames_.back();
+}
+
+Frame FrameRecorder::waitUntil(const std::function<bool(const Frame&)>& condition) {
+  std::unique_lock lock(mutex_);
+  arrived_.wait_for(lock, 10s, [&] { return !frames_.empty() && condition(frames_.back()); });
   return frames_.empty() ? Frame{} : frames_.back();
 }
 

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -48,8 +49,10 @@ class FrameRecorder {
   std::size_t count();
   // Waits for the frame of this index, counted from 0; false when it does not come.
   bool waitFor(std::size_t index);
-  // Waits until no frame came for a while, and gives the last one.
+  // Waits until there is a frame and no other came for a while, and gives the last one.
   Frame last();
+  // The latest frame once the condition holds for it, or when it does not within a time.
+  Frame waitUntil(const std::function<bool(const Frame&)>& condition);
   Frame at(std::size_t index);
   // Gives back the oldest buffer that is kept.
   void release();
