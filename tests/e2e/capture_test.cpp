@@ -112,14 +112,14 @@ std::size_t wronglyUnchanged(const Frame& before, const Frame& after) {
 }
 
 TEST_P(PartialUpdates, EqualAWholePictureAndAreAccountedFor) {
-  const auto& [name, maxWidth, maxHeight, keep, serverArguments] = GetParam();
+  const auto& param = GetParam();
   auto options = kSmall;
-  options.serverArguments = serverArguments;
+  options.serverArguments = param.serverArguments;
   const PrivateDesktop desktop(options);
   const Canvas::Place place{37, 41, 700, 500};
   Canvas canvas("partial", place, kGrey);
-  FrameRecorder recorder(keep);
-  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, maxWidth, maxHeight));
+  FrameRecorder recorder(param.keep);
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, param.maxWidth, param.maxHeight));
   ASSERT_TRUE(recorder.waitFor(0));
   std::mt19937 random(7);
   for (int round = 0; round < 60; ++round) {
@@ -138,7 +138,8 @@ TEST_P(PartialUpdates, EqualAWholePictureAndAreAccountedFor) {
   }
   const auto equalsWhole = [&] {
     FrameRecorder whole;
-    if (!whole.start(vlm_capture_start_display, 0U, kFps, maxWidth, maxHeight)) return false;
+    if (!whole.start(vlm_capture_start_display, 0U, kFps, param.maxWidth, param.maxHeight))
+      return false;
     const Frame fresh = whole.last();
     const Frame latest = recorder.last();
     EXPECT_NE(fresh.changes->source, latest.changes->source);

@@ -18,6 +18,7 @@ constexpr auto kPatience = std::chrono::seconds(3);
 
 std::vector<char*> argumentsOf(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const auto& argument : command) arguments.push_back(const_cast<char*>(argument.c_str()));
   arguments.push_back(nullptr);
   return arguments;

@@ -7,6 +7,7 @@ namespace {
 
 std::vector<std::uint32_t> idsOf(const std::vector<std::shared_ptr<const SCWindow>>& windows) {
   std::vector<std::uint32_t> ids;
+  ids.reserve(windows.size());
   for (const auto& window : windows) ids.push_back(window->windowID);
   return ids;
 }

@@ -100,8 +100,10 @@ void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
   std::erase_if(listed, [this](const x11::Window& each) { return !isWanted(each); });
   std::ranges::reverse(listed);
   std::vector<xcb_window_t> before;
+  before.reserve(windows_.size());
   for (const auto& each : windows_) before.push_back(each.window->id());
   std::vector<Shown> next;
+  next.reserve(listed.size());
   for (const auto& window : listed) next.push_back(takeOver(window, changes));
   for (const auto& each : windows_) {
     if (each.window) changes.push_back(each.frame);  // gone
@@ -117,15 +119,19 @@ ApplicationSource::Shown ApplicationSource::takeOver(const x11::Window& window,
                                                      std::vector<Rectangle>& changes) {
   const auto known = std::ranges::find_if(
       windows_, [&](const Shown& each) { return each.window && each.window->id() == window.id; });
+  Shown shown;
+  shown.topLevel = window.topLevel;
+  shown.frame = window.frame;
   if (known == windows_.end()) {
-    return {std::make_unique<RedirectedWindow>(connection_, window.id), window.topLevel,
-            window.frame};
+    shown.window = std::make_unique<RedirectedWindow>(connection_, window.id);
+    return shown;
   }
   if (known->frame != window.frame) {
     changes.push_back(known->frame);
     changes.push_back(window.frame);
   }
-  return {std::move(known->window), window.topLevel, window.frame};
+  shown.window = std::move(known->window);
+  return shown;
 }
 
 void ApplicationSource::collectDamage(std::vector<Rectangle>& changes) {

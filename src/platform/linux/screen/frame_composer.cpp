@@ -72,6 +72,7 @@ Ref<CVPixelBuffer> FrameComposer::compose(Source& source) {
 
   const auto areas = stale_.takeRectangles();
   std::vector<Rectangle> contentAreas;
+  contentAreas.reserve(areas.size());
   for (const auto& area : areas) contentAreas.push_back(scaler_->footprint(area));
   source.read(contentAreas, [&](std::size_t index, const PixelView& pixels) {
     paint(painting, areas[index], contentAreas[index], pixels);

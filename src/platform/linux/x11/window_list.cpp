@@ -65,6 +65,7 @@ std::unordered_map<xcb_window_t, xcb_window_t> topLevels(const Connection& conne
   for (const auto window : windows) open.emplace_back(window, window);
   while (!open.empty()) {
     std::vector<xcb_query_tree_cookie_t> asked;
+    asked.reserve(open.size());
     for (const auto& each : open) asked.push_back(xcb_query_tree(connection.get(), each.second));
     auto level = std::exchange(open, {});
     for (std::size_t i = 0; i < level.size(); ++i) {
