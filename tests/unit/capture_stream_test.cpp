@@ -105,9 +105,9 @@ TEST(CaptureStream, OnlyNewPicturesReachTheHost) {
   auto& machine = screen.machine;
   void* handle = screen.start();
   const Lines delivered{"frame 420v 64x48 (64x48) @14"};
-  const auto deliver = [&](Ref<platform::CMSampleBuffer> sample, SCStreamOutputType type) {
+  const auto deliver = [&](const Ref<platform::CMSampleBuffer>& sample, SCStreamOutputType type) {
     machine.journal.take();
-    screen.stream()->deliver(std::move(sample), type);
+    screen.stream()->deliver(sample, type);
     machine.run();
     return machine.journal.take();
   };
