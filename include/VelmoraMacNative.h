@@ -220,7 +220,9 @@ VLM_API bool vlm_capture_bounds(void* handle, double* x, double* y, double* widt
  * Parameters: handle  a capture.
  * Result:     none.
  * Errors:     none.
- * Thread:     any but the capture's own callbacks; waits until the system has stopped.
+ * Thread:     any. It waits until the system has stopped and, unless it is called from one of the
+ *             capture's own callbacks, until the last of them has returned: hold no lock that
+ *             they take.
  * Lifetime:   ends the handle. Pixel buffers that the caller retained stay valid.
  */
 VLM_API void vlm_capture_stop(void* handle);

@@ -40,14 +40,15 @@ VlmEncoder::VlmEncoder(const Settings& settings, vlm_encoded_cb cb, void* user)
     : cb_(cb), user_(user), settings_(settings) {}
 
 bool VlmEncoder::buildSession() {
-  CFValue specification;
+  CFValue encoderSpecification;
   if (settings_.lowLatency) {
-    specification = CFDictionary{
+    encoderSpecification = CFDictionary{
         {std::string(platform::kVTVideoEncoderSpecification_EnableLowLatencyRateControl), true}};
   }
   platform::Ref<platform::VTCompressionSession> session;
-  const OSStatus status = platform::VTCompressionSessionCreate(
-      settings_.width, settings_.height, platform::kCMVideoCodecType_H264, specification, session);
+  const OSStatus status = platform::VTCompressionSessionCreate(settings_.width, settings_.height,
+                                                               platform::kCMVideoCodecType_H264,
+                                                               encoderSpecification, session);
   if (status != noErr || !session) {
     frame::log("VTCompressionSessionCreate failed: ", status);
     return false;

@@ -33,8 +33,8 @@ struct Encoding {
   }
 };
 
-Lines buildLines(const std::string& size, const std::string& specification = "null") {
-  return {"VTCompressionSessionCreate(" + size + ", avc1, " + specification + ")",
+Lines buildLines(const std::string& size, const std::string& encoderSpecification = "null") {
+  return {"VTCompressionSessionCreate(" + size + ", avc1, " + encoderSpecification + ")",
           "VTSessionSetProperty(RealTime, true)",
           "VTSessionSetProperty(AllowFrameReordering, false)",
           "VTSessionSetProperty(ProfileLevel, H264_Main_AutoLevel)",
