@@ -146,13 +146,25 @@ void printRow(const std::string& content, const std::string& sharer, const Cost&
   std::fflush(stdout);
 }
 
-// Ours beside the better peer. Where nothing changes ours delivers no frame, and what is compared
-// is the time of one second.
-double ratio(const Cost& ours, const std::vector<Cost>& peers) {
-  const bool byFrame = ours.framesPerSecond > 1;
-  const auto cost = [=](const Cost& of) { return byFrame ? of.perFrameMs : of.perSecondMs; };
-  const auto less = [=](const Cost& a, const Cost& b) { return cost(a) < cost(b); };
-  return cost(ours) / cost(*std::min_element(peers.begin(), peers.end(), less));
+// Ours beside the better peer, as a row of the table of ratios. Where nothing changes ours delivers
+// no frame, and what is compared is the time of one second. Where something does, programs that
+// can't keep up are not compared: their frames would come from a machine that is too busy.
+std::string ratioRow(const Content& content, const Cost& ours, const std::vector<Cost>& peers) {
+  const bool moves = !content.client.empty();
+  const auto cost = [=](const Cost& of) { return moves ? of.perFrameMs : of.perSecondMs; };
+  const auto keepsUp = [](const Cost& of) { return of.framesPerSecond > 0.9 * kFps; };
+  std::optional<double> best;
+  for (const auto& peer : peers) {
+    if (keepsUp(peer)) best = std::min(best.value_or(cost(peer)), cost(peer));
+  }
+  char row[100];
+  if (!best || (moves && !keepsUp(ours))) {
+    std::snprintf(row, sizeof row, "| %-18s | the machine was too busy |", content.name.c_str());
+  } else {
+    std::snprintf(row, sizeof row, "| %-18s | %5.3f, by %s |", content.name.c_str(),
+                  cost(ours) / *best, moves ? "frame" : "second");
+  }
+  return row;
 }
 
 void run(double seconds, const std::string& only) {
@@ -176,10 +188,7 @@ void run(double seconds, const std::string& only) {
       sharer.name == "ours" ? void(ours = cost) : peers.push_back(cost);
     }
     if (!ours || peers.empty()) continue;
-    char line[100];
-    std::snprintf(line, sizeof line, "| %-18s | %8.3f | by %s", content.name.c_str(),
-                  ratio(*ours, peers), ours->framesPerSecond > 1 ? "frame |" : "second |");
-    ratios.emplace_back(line);
+    ratios.push_back(ratioRow(content, *ours, peers));
   }
   std::printf("\n| content            | ours / best peer |\n|---|---:|\n");
   for (const auto& line : ratios) std::printf("%s\n", line.c_str());
