@@ -12,7 +12,7 @@ fi
 # A finding ends the test with a status that no assertion gives.
 export ASAN_OPTIONS=detect_leaks=1:exitcode=99:abort_on_error=0
 export UBSAN_OPTIONS=print_stacktrace=1
-export TSAN_OPTIONS=exitcode=99:second_deadlock_stack=1
+export TSAN_OPTIONS=exitcode=99:second_deadlock_stack=1:suppressions=$PWD/tests/tsan.supp
 
 # build PRESET: false, and a failure in the report, when it can't be built.
 build() {

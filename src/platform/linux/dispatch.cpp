@@ -3,8 +3,10 @@
 #include <glib.h>
 #include <unistd.h>
 
+#include <deque>
 #include <utility>
 
+#include "platform/mutex.h"
 #include "platform/portable/semaphore.h"
 #include "platform/portable/thread_queue.h"
 
@@ -13,26 +15,23 @@ namespace {
 
 using Job = std::function<void()>;
 
-gboolean runJob(gpointer data) {
-  (*static_cast<Job*>(data))();
-  return G_SOURCE_REMOVE;
-}
-
-void freeJob(gpointer data) {
-  delete static_cast<Job*>(data);
-}
-
-// The default main context, whoever iterates it on the process's first thread.
+// The default main context, whoever iterates it on the process's first thread. The jobs stand in a
+// list of our own and each source only says that one of them is due: so what a job refers to passes
+// from thread to thread under a lock of this library, which the thread sanitizer can follow.
 class MainQueue final : public DispatchQueue {
  public:
   const std::string& label() const override { return label_; }
 
   void async(Job job) override {
+    {
+      const MutexLock lock(mutex_);
+      jobs_.push_back(std::move(job));
+    }
     // An idle source of the usual priority keeps jobs in order and behind nothing but the host's
     // own events. Invoking the context instead may run the job on this very thread.
     GSource* source = g_idle_source_new();
     g_source_set_priority(source, G_PRIORITY_DEFAULT);
-    g_source_set_callback(source, runJob, new Job(std::move(job)), freeJob);
+    g_source_set_callback(source, runNext, nullptr, nullptr);
     g_source_attach(source, nullptr);
     g_source_unref(source);
   }
@@ -47,8 +46,30 @@ class MainQueue final : public DispatchQueue {
   }
 
  private:
+  static gboolean runNext(gpointer);
+
+  Job take() {
+    const MutexLock lock(mutex_);
+    Job job = std::move(jobs_.front());
+    jobs_.pop_front();
+    return job;
+  }
+
   const std::string label_ = "main";
+
+  Mutex mutex_;
+  std::deque<Job> jobs_ VLM_GUARDED_BY(mutex_);
 };
+
+const std::shared_ptr<MainQueue>& mainQueue() {
+  static const auto queue = std::make_shared<MainQueue>();
+  return queue;
+}
+
+gboolean MainQueue::runNext(gpointer) {
+  mainQueue()->take()();
+  return G_SOURCE_REMOVE;
+}
 
 }  // namespace
 
@@ -57,8 +78,7 @@ std::shared_ptr<DispatchQueue> dispatch_queue_create(std::string label, Dispatch
 }
 
 std::shared_ptr<DispatchQueue> dispatch_get_main_queue() {
-  static const auto queue = std::make_shared<MainQueue>();
-  return queue;
+  return mainQueue();
 }
 
 bool isMainThread() noexcept {
