@@ -484,6 +484,92 @@ VLM_API void vlm_present_clear(void* handle);
  */
 VLM_API void vlm_present_destroy(void* handle);
 
+/* ---- System services ------------------------------------------------------------------------ */
+
+/*
+ * What:       Stores a secret in the system's keychain (on Linux: the Secret Service), in the
+ *             place of any that stands at the same address.
+ * Parameters: service, account  the secret's address; must not be NULL.
+ *             data, size        its bytes, any number from 0; data must not be NULL.
+ * Result:     true when the secret was stored.
+ * Errors:     false; a secret that stood there before may then be gone. A keychain that is locked
+ *             or missing is a failure at once: nobody is asked for a password.
+ * Thread:     any.
+ * Lifetime:   kept until it is deleted, beyond the end of the process.
+ */
+VLM_API bool vlm_secret_set(const char* service, const char* account, const uint8_t* data,
+                            int32_t size);
+
+/*
+ * What:       Reads a secret. With capacity 0 it tells how long the secret is.
+ * Parameters: service, account  the secret's address; must not be NULL.
+ *             out               the caller's memory; NULL copies nothing.
+ *             capacity          its size in bytes.
+ * Result:     the secret's length when it is at most capacity: its bytes are in out, without a NUL;
+ *             minus its length when it is more: nothing is written.
+ * Errors:     0 when there is no such secret, it is empty, or it can't be read.
+ * Thread:     any.
+ * Lifetime:   out belongs to the caller, who wipes it when it is no longer needed.
+ */
+VLM_API int32_t vlm_secret_get(const char* service, const char* account, uint8_t* out,
+                               int32_t capacity);
+
+/*
+ * What:       Deletes a secret.
+ * Parameters: service, account  the secret's address; must not be NULL.
+ * Result:     true when there was one and it is gone.
+ * Errors:     false.
+ * Thread:     any.
+ * Lifetime:   final.
+ */
+VLM_API bool vlm_secret_delete(const char* service, const char* account);
+
+/*
+ * What:       A stable identifier of this computer: a UUID in its text form of 36 characters, the
+ *             same for every user and process.
+ * Parameters: out       the caller's memory.
+ *             capacity  its size in bytes; the text and its NUL must fit.
+ * Result:     the length of the text, its NUL not counted.
+ * Errors:     0 when the computer has none, out is NULL or the capacity too small; nothing is
+ *             written, and the size that is needed can't be asked for.
+ * Thread:     any.
+ * Lifetime:   kept by the system, not by this library.
+ */
+VLM_API int32_t vlm_machine_id(char* out, int32_t capacity);
+
+/*
+ * What:       Tells whether this process may record the screen.
+ * Parameters: request  true asks the user where the right is not granted yet.
+ * Result:     true when it may. On Linux: when the X display can be reached and has the extensions
+ *             that capture stands on.
+ * Errors:     false.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API bool vlm_perm_screen_recording(bool request);
+
+/*
+ * What:       Tells whether this process may watch and drive the windows and input of others.
+ * Parameters: prompt  true asks the user where the right is not granted yet.
+ * Result:     true when it may. On Linux: when the X display can be reached and has the extensions
+ *             that input stands on.
+ * Errors:     false.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API bool vlm_perm_accessibility(bool prompt);
+
+/*
+ * What:       Opens the system's settings where the user grants a right.
+ * Parameters: kind  "screen", "accessibility" or "microphone", case counts; anything else and NULL
+ *                   open the general privacy page.
+ * Result:     true when a page was opened. On Linux: the nearest page of the desktop in use.
+ * Errors:     false when nothing on this system opens it.
+ * Thread:     any.
+ * Lifetime:   the settings program lives on its own.
+ */
+VLM_API bool vlm_perm_open_settings(const char* kind);
+
 #ifdef __cplusplus
 } /* extern "C" */
 #endif

@@ -2,9 +2,11 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 
 #include "platform/av_foundation.h"
 #include "platform/core_graphics.h"
+#include "platform/foundation.h"
 
 namespace vlm::platform {
 
@@ -50,5 +52,16 @@ class NSView : public std::enable_shared_from_this<NSView> {
 
 // The backingScaleFactor of NSScreen's mainScreen; nothing when there is no screen.
 std::optional<double> mainScreenBackingScaleFactor();
+
+// The settings page for security and privacy; the query part names the section to show.
+inline constexpr std::string_view kPrivacySettingsURL =
+    "x-apple.systempreferences:com.apple.preference.security";
+
+// NSWorkspace's sharedWorkspace.
+class NSWorkspace {
+ public:
+  // False when nothing on this system opens it. Any thread.
+  static bool openURL(const NSURL& url);
+};
 
 }  // namespace vlm::platform

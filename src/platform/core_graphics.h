@@ -25,4 +25,9 @@ struct CGRect {
 // none. Any thread.
 bool CGRectIntersectsRect(const CGRect& a, const CGRect& b) noexcept;
 
+// Whether this process may record the screen. The first never asks the user; the second may, where
+// the system can grant the right. Any thread.
+bool CGPreflightScreenCaptureAccess();
+bool CGRequestScreenCaptureAccess();
+
 }  // namespace vlm::platform

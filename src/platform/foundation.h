@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,12 @@ inline constexpr OSStatus noErr = 0;
 // The reason for which an asynchronous request failed, in words for a person.
 struct NSError {
   std::string localizedDescription;
+};
+
+struct NSURL {
+  std::string absoluteString;
+  // Nothing when the text does not form a URL.
+  static std::optional<NSURL> URLWithString(std::string_view text);
 };
 
 // Writes `line` as one line to the system's log, as it stands: nothing in it is taken as a format.

@@ -113,6 +113,30 @@ static void presenter(void) {
   vlm_present_destroy(handle);
 }
 
+static void systemServices(void) {
+  uint8_t byte = 7;
+  char text[64] = "untouched";
+  EXPECT(!vlm_secret_set(NULL, "account", &byte, 1));
+  EXPECT(!vlm_secret_set("service", NULL, &byte, 1));
+  EXPECT(!vlm_secret_set("service", "account", NULL, 1));
+  EXPECT(!vlm_secret_set("service", "account", &byte, -1));
+  EXPECT(vlm_secret_get(NULL, "account", &byte, 1) == 0);
+  EXPECT(vlm_secret_get("service", NULL, &byte, 1) == 0);
+  EXPECT(!vlm_secret_delete(NULL, "account"));
+  EXPECT(!vlm_secret_delete("service", NULL));
+  EXPECT(byte == 7);
+
+  EXPECT(vlm_machine_id(NULL, 64) == 0);
+  EXPECT(vlm_machine_id(text, 36) == 0);
+  EXPECT(strcmp(text, "untouched") == 0);
+
+  /* Without a display nothing is permitted; the test runs without one. */
+  EXPECT(!vlm_perm_screen_recording(true));
+  EXPECT(!vlm_perm_accessibility(true));
+  /* What opens is the desktop's matter. */
+  (void)vlm_perm_open_settings(NULL);
+}
+
 int main(void) {
   EXPECT(vlm_abi_version() == 3);
   capture();
@@ -120,5 +144,6 @@ int main(void) {
   encoder();
   decoder();
   presenter();
+  systemServices();
   return failures == 0 ? 0 : 1;
 }

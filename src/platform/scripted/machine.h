@@ -11,6 +11,7 @@
 #include "platform/scripted/journal.h"
 #include "platform/scripted/screen_capture_kit.h"
 #include "platform/scripted/stepped_queue.h"
+#include "platform/scripted/system_stage.h"
 #include "platform/scripted/video_toolbox.h"
 
 namespace vlm::platform::scripted {
@@ -39,6 +40,7 @@ class Machine {
   ScreenStage screen;
   VideoStage video;
   DisplayStage display;
+  SystemStage system;
 
   // Shorthands for the usual faults.
   void refuse(std::string prefix, OSStatus status, int times = 1, int passing = 0);

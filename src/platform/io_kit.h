@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/cf_value.h"
+
+namespace vlm::platform {
+
+// An entry of the registry of the machine's devices; 0 is none. Any thread.
+using io_registry_entry_t = std::uint32_t;
+
+inline constexpr std::string_view kIORegistryRootPath = "IOService:/";
+// Property of the root: the machine's own UUID, as text.
+inline constexpr std::string_view kIOPlatformUUIDKey = "IOPlatformUUID";
+
+// The entry at `path`, to be released; 0 when there is none.
+io_registry_entry_t IORegistryEntryFromPath(std::string_view path);
+// Null when the entry has no such property.
+CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_view key);
+void IOObjectRelease(io_registry_entry_t entry);
+
+}  // namespace vlm::platform

@@ -1,0 +1,30 @@
+#include "platform/io_kit.h"
+
+#include "platform/scripted/machine.h"
+
+namespace vlm::platform {
+namespace {
+
+constexpr io_registry_entry_t kRoot = 7;
+
+scripted::SystemStage& stage() {
+  return scripted::Machine::current().system;
+}
+
+}  // namespace
+
+io_registry_entry_t IORegistryEntryFromPath(std::string_view path) {
+  scripted::Machine::current().journal.enter("IORegistryEntryFromPath", {path});
+  return stage().hasRegistryRoot && path == kIORegistryRootPath ? kRoot : 0;
+}
+
+CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_view key) {
+  scripted::Machine::current().journal.enter("IORegistryEntryCreateCFProperty", {entry, key});
+  return entry == kRoot && key == kIOPlatformUUIDKey ? stage().platformUuid : CFValue();
+}
+
+void IOObjectRelease(io_registry_entry_t entry) {
+  scripted::Machine::current().journal.enter("IOObjectRelease", {entry});
+}
+
+}  // namespace vlm::platform

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/child_process.h"
+
+namespace vlm::test {
+
+// A message bus of the test's own, with a home folder of its own and, where one is wanted, a
+// keyring daemon whose default keyring is open. While it lives, the environment names it. The bus
+// starts no services by itself, so that "no keyring" really is none.
+class PrivateSessionBus {
+ public:
+  PrivateSessionBus();
+  ~PrivateSessionBus();
+  PrivateSessionBus(const PrivateSessionBus&) = delete;
+  PrivateSessionBus& operator=(const PrivateSessionBus&) = delete;
+
+  // Starts the keyring daemon and waits until it answers; throws when it does not.
+  void startKeyring();
+  ChildProcess& keyring() { return *keyring_; }
+  // Locks the open keyring, as a screen lock does.
+  void lockKeyring();
+
+ private:
+  void setVariable(const std::string& name, const std::string& value);
+
+  std::filesystem::path home_;
+  std::vector<std::pair<std::string, std::optional<std::string>>> before_;
+  std::optional<ChildProcess> bus_;
+  std::optional<ChildProcess> keyring_;
+};
+
+}  // namespace vlm::test
