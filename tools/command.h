@@ -25,5 +25,8 @@ void addLoopback(CLI::App& program, Job& chosen);
 void addRecord(CLI::App& program, Job& chosen);
 void addPlay(CLI::App& program, Job& chosen);
 void addFindWindow(CLI::App& program, Job& chosen);
+void addSecret(CLI::App& program, Job& chosen);
+void addMachineId(CLI::App& program, Job& chosen);
+void addPermissions(CLI::App& program, Job& chosen);
 
 }  // namespace vlm::tools

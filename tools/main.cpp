@@ -15,6 +15,9 @@ constexpr void (*kCommands[])(CLI::App& program, Job& chosen) = {
     addRecord,
     addPlay,
     addFindWindow,
+    addSecret,
+    addMachineId,
+    addPermissions,
 };
 
 constexpr int kUsageError = 2;
