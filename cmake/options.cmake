@@ -16,6 +16,10 @@ if(VLM_SANITIZE)
     -fsanitize=${VLM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vlm_options INTERFACE -fsanitize=${VLM_SANITIZE})
 endif()
+if(VLM_BUILD_FUZZ)
+  # Fuzzers are led by what they reach inside the library.
+  target_compile_options(vlm_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_CXX_EXTENSIONS OFF)

@@ -11,13 +11,7 @@ namespace {
 using namespace vlm::tools;
 
 constexpr void (*kCommands[])(CLI::App& program, Job& chosen) = {
-    addLoopback,
-    addRecord,
-    addPlay,
-    addFindWindow,
-    addSecret,
-    addMachineId,
-    addPermissions,
+    addLoopback, addRecord, addPlay, addFindWindow, addSecret, addMachineId, addPermissions,
 };
 
 constexpr int kUsageError = 2;

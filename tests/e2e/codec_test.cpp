@@ -157,6 +157,8 @@ const ForeignStream kForeignStreams[] = {
     {"Sliced", {"-profile:v", "main", "-x264-params", "slices=5:weightp=2"}},
     {"Interlaced", {"-flags", "+ildct+ilme", "-x264-params", "tff=1:bframes=2"}},
     {"OpenGroups", {"-x264-params", "open-gop=1:keyint=8:bframes=2"}, true},
+    {"AllChroma", {"-profile:v", "high444", "-pix_fmt", "yuv444p"}},
+    {"DeepColour", {"-profile:v", "high422", "-pix_fmt", "yuv422p10le"}},
     {"OpenH264", {}},
 };
 
@@ -205,7 +207,7 @@ TEST_P(ForeignStreams, ComeOutAsFfmpegDecodesThem) {
   const ScratchFolder folder;
   makeClip(folder, GetParam().encoder);
   outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-f", "rawvideo", "-pix_fmt",
-            "nv12", folder.file("clip.raw")});
+            "nv12", "-sws_flags", "bilinear", folder.file("clip.raw")});
   Decoder decoder(false);
   std::size_t submitted = 0;
   for (const auto& unit : accessUnitsOf(folder, GetParam().shortStartCodes)) {
