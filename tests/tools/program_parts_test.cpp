@@ -127,51 +127,31 @@ std::string change(const BitRateChange& value) {
          " tenths";
 }
 
+template <class Value>
+void expectParsed(std::string (*describe)(const Value&),
+                  const std::map<std::string, std::string>& read,
+                  const std::vector<std::string>& refused) {
+  for (const auto& [text, expected] : read) EXPECT_EQ(parsed(text, describe), expected) << text;
+  for (const auto& text : refused) EXPECT_EQ(parsed(text, describe), "refused") << text;
+}
+
 TEST(Values, AreReadWholeOrRefused) {
-  for (const auto& [text, expected] :
-       std::map<std::string, std::string>{{"8M", "8000000"},
-                                          {"2.5M", "2500000"},
-                                          {"2500k", "2500000"},
-                                          {"1", "1"},
-                                          {"2147483647", "2147483647"},
-                                          {"2148M", "refused"},
-                                          {"0", "refused"},
-                                          {"-1", "refused"},
-                                          {"8m", "refused"},
-                                          {"8Mb", "refused"},
-                                          {"M", "refused"},
-                                          {"", "refused"},
-                                          {"nan", "refused"},
-                                          {"inf", "refused"}}) {
-    EXPECT_EQ(parsed(text, rate), expected) << text;
-  }
-  for (const auto& [text, expected] :
-       std::map<std::string, std::string>{{"1280x720", "1280 by 720"},
-                                          {"1280x", "refused"},
-                                          {"x720", "refused"},
-                                          {"0x720", "refused"},
-                                          {"1280x720x", "refused"},
-                                          {"99999999999x1", "refused"}}) {
-    EXPECT_EQ(parsed(text, size), expected) << text;
-  }
-  for (const auto& [text, expected] :
-       std::map<std::string, std::string>{{"640x360+20+40", "640 by 360 at 20, 40"},
-                                          {"640x360", "640 by 360"},
-                                          {"+20+40", "any size at 20, 40"},
-                                          {"+20", "refused"},
-                                          {"", "refused"},
-                                          {"640x360+20+40+", "refused"}}) {
-    EXPECT_EQ(parsed(text, placement), expected) << text;
-  }
-  for (const auto& [text, expected] :
-       std::map<std::string, std::string>{{"2M@5", "2000000 after 50 tenths"},
-                                          {"800k@0.5", "800000 after 5 tenths"},
-                                          {"2M", "refused"},
-                                          {"2M@", "refused"},
-                                          {"2M@-1", "refused"},
-                                          {"2M@5s", "refused"}}) {
-    EXPECT_EQ(parsed(text, change), expected) << text;
-  }
+  expectParsed(rate,
+               {{"8M", "8000000"},
+                {"2.5M", "2500000"},
+                {"2500k", "2500000"},
+                {"1", "1"},
+                {"2147483647", "2147483647"}},
+               {"2148M", "0", "-1", "8m", "8Mb", "M", "", "nan", "inf"});
+  expectParsed(size, {{"1280x720", "1280 by 720"}},
+               {"1280x", "x720", "0x720", "1280x720x", "99999999999x1"});
+  expectParsed(placement,
+               {{"640x360+20+40", "640 by 360 at 20, 40"},
+                {"640x360", "640 by 360"},
+                {"+20+40", "any size at 20, 40"}},
+               {"+20", "", "640x360+20+40+"});
+  expectParsed(change, {{"2M@5", "2000000 after 50 tenths"}, {"800k@0.5", "800000 after 5 tenths"}},
+               {"2M", "2M@", "2M@-1", "2M@5s"});
 }
 
 TEST(Geometry, FitsAPictureInTheMiddleWithoutBendingIt) {
