@@ -100,6 +100,31 @@ typedef void (*vlm_audio_cb)(const float* samples, int32_t frames, int32_t chann
 typedef void (*vlm_encoded_cb)(const uint8_t* data, int32_t size, bool keyframe, int64_t ptsNs,
                                void* user);
 
+/* One window of a process, as vlm_window_enumerate reports it: 152 bytes without padding. */
+typedef struct VlmWindowEntry {
+  uint32_t windowId; /* the number by which the window is captured and looked up */
+  int32_t left;      /* frame in points, global display space */
+  int32_t top;
+  int32_t width;
+  int32_t height;
+  int32_t isMain;     /* 1 for the application's main window, else 0 */
+  uint8_t title[128]; /* UTF-8, at most 127 bytes and a NUL, cut between characters */
+} VlmWindowEntry;
+
+/*
+ * An event of a tracked process, with the frame that its focused window has at that moment (zeros
+ * when there is none).
+ *   event                0 a window moved, 1 a window was resized, 2 the focused window changed or
+ *                        the application was activated, 3 the application was deactivated, 4 a
+ *                        window was closed
+ *   x, y, width, height  the frame in points
+ */
+typedef void (*vlm_track_cb)(int32_t event, double x, double y, double width, double height,
+                             void* user);
+
+/* A key press: its Windows-style virtual-key code. A host that needs context keeps it itself. */
+typedef void (*vlm_hotkey_cb)(int32_t key);
+
 /* Results of vlm_present_enqueue. */
 enum {
   VLM_PRESENT_OK = 0,    /* the frame was handed to the display */
@@ -483,6 +508,178 @@ VLM_API void vlm_present_clear(void* handle);
  * Lifetime:   ends the handle; the view ends when it has been removed.
  */
 VLM_API void vlm_present_destroy(void* handle);
+
+/* ---- Windows -------------------------------------------------------------------------------- */
+
+/*
+ * What:       Lists the visible windows of a process, those that are not minimised.
+ * Parameters: pid       the process.
+ *             out       the caller's array; entries beyond the result stay untouched.
+ *             capacity  the number of entries it holds.
+ * Result:     the number of entries written, front ones not necessarily first.
+ * Errors:     -1 when pid or capacity is below 1 or out is NULL; 0 when the process has no such
+ *             windows or they can't be read.
+ * Thread:     any.
+ * Lifetime:   a snapshot; nothing is kept.
+ */
+VLM_API int32_t vlm_window_enumerate(int32_t pid, VlmWindowEntry* out, int32_t capacity);
+
+/*
+ * What:       Finds the process of an application.
+ * Parameters: bundlePrefix  beginning of its bundle identifier, case counts.
+ * Result:     the process id of the first running application that matches.
+ * Errors:     0 when none does, or the prefix is NULL or empty.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API int32_t vlm_window_find_pid(const char* bundlePrefix);
+
+/*
+ * What:       The frame of one window.
+ * Parameters: windowId             a window's number.
+ *             x, y, width, height  out, points.
+ * Result:     true when the window exists and its frame was written.
+ * Errors:     false.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API bool vlm_window_get_bounds(uint32_t windowId, double* x, double* y, double* width,
+                                   double* height);
+
+/*
+ * What:       The frame of an application's main window, or of its focused window when it has no
+ *             main one.
+ * Parameters: pid                  the process.
+ *             x, y, width, height  out, points.
+ * Result:     true when the frame was written.
+ * Errors:     false, also while that window is minimised.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API bool vlm_window_focused_bounds(int32_t pid, double* x, double* y, double* width,
+                                       double* height);
+
+/*
+ * What:       Follows the windows of a process: moves, sizes, focus, activation, closing.
+ * Parameters: pid   the process.
+ *             cb    gets every event; must not be NULL.
+ *             user  passed to cb.
+ * Result:     a tracker handle.
+ * Errors:     NULL when cb is NULL, pid is below 1, or the process can't be observed.
+ * Thread:     any. cb runs on the main thread, and only while the main loop runs.
+ * Lifetime:   ended by vlm_window_untrack.
+ */
+VLM_API void* vlm_window_track(int32_t pid, vlm_track_cb cb, void* user);
+
+/*
+ * What:       Ends a tracker. No callback follows.
+ * Parameters: handle  a tracker.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any, the tracker's own callback included; on another thread it waits for a callback
+ *             that is running.
+ * Lifetime:   ends the handle.
+ */
+VLM_API void vlm_window_untrack(void* handle);
+
+/* ---- Input ---------------------------------------------------------------------------------- */
+
+/*
+ * What:       Moves the pointer, as the mouse does. Also between a press and a release: a drag.
+ * Parameters: x, y  the new position in points.
+ * Result:     none.
+ * Errors:     none; what the system refuses does not happen.
+ * Thread:     any; the events of one thread arrive in order.
+ * Lifetime:   nothing is kept.
+ */
+VLM_API void vlm_input_mouse_move(double x, double y);
+
+/*
+ * What:       Puts the pointer somewhere without any event.
+ * Parameters: x, y  the new position in points.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any.
+ * Lifetime:   nothing is kept.
+ */
+VLM_API void vlm_input_warp_cursor(double x, double y);
+
+/*
+ * What:       Presses or releases a mouse button.
+ * Parameters: button  1 right, 2 centre, anything else left.
+ *             down    true presses, false releases.
+ *             x, y    where, in points.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any; the events of one thread arrive in order.
+ * Lifetime:   nothing is kept.
+ */
+VLM_API void vlm_input_mouse_button(int32_t button, bool down, double x, double y);
+
+/*
+ * What:       Turns the wheel.
+ * Parameters: horizontal, vertical  pixels, whole ones: fractions are dropped.
+ * Result:     none.
+ * Errors:     none. On Linux, where a wheel has steps, the platform adds amounts up to steps.
+ * Thread:     any; the events of one thread arrive in order.
+ * Lifetime:   nothing is kept by the library.
+ */
+VLM_API void vlm_input_mouse_wheel(double horizontal, double vertical);
+
+/*
+ * What:       Presses or releases a key.
+ * Parameters: keyCode  a macOS virtual key code: a place on the keyboard, whatever the layout.
+ *             down     true presses, false releases.
+ *             flags    the modifiers that the key is seen with, and no others: 0x20000 shift,
+ *                      0x40000 control, 0x80000 option, 0x100000 command.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any; the events of one thread arrive in order.
+ * Lifetime:   nothing is kept.
+ */
+VLM_API void vlm_input_key(uint16_t keyCode, bool down, uint64_t flags);
+
+/*
+ * What:       Where the pointer is.
+ * Parameters: x, y  out, points.
+ * Result:     true when the position was written.
+ * Errors:     false when it can't be asked for.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API bool vlm_input_cursor_pos(double* x, double* y);
+
+/*
+ * What:       The process of the application in front.
+ * Parameters: none.
+ * Result:     its process id.
+ * Errors:     0 when no application is in front.
+ * Thread:     any.
+ * Lifetime:   asks afresh on every call.
+ */
+VLM_API int32_t vlm_frontmost_pid(void);
+
+/*
+ * What:       Watches key presses, whichever application has the keyboard; repeats of a held key
+ *             included. A monitor that runs is replaced.
+ * Parameters: cb  gets each pressed key; must not be NULL.
+ * Result:     true.
+ * Errors:     false when cb is NULL: what runs goes on.
+ * Thread:     any; off the main thread it takes effect a little later. cb runs on the main thread,
+ *             and only while the main loop runs.
+ * Lifetime:   until vlm_hotkey_monitor_stop or the next start.
+ */
+VLM_API bool vlm_hotkey_monitor_start(vlm_hotkey_cb cb);
+
+/*
+ * What:       Ends the watching of key presses.
+ * Parameters: none.
+ * Result:     none.
+ * Errors:     none; does nothing when none runs.
+ * Thread:     any; off the main thread it takes effect a little later.
+ * Lifetime:   the callback is forgotten.
+ */
+VLM_API void vlm_hotkey_monitor_stop(void);
 
 /* ---- System services ------------------------------------------------------------------------ */
 

@@ -88,11 +88,7 @@ bool vlm_capture_bounds(void* handle, double* x, double* y, double* width, doubl
     if (!capture) return false;
     const auto& bounds = capture->contentBounds();
     if (!(bounds.size.width > 0 && bounds.size.height > 0)) return false;
-    writeOut(x, bounds.origin.x);
-    writeOut(y, bounds.origin.y);
-    writeOut(width, bounds.size.width);
-    writeOut(height, bounds.size.height);
-    return true;
+    return vlm::frame::writeRect(bounds, x, y, width, height);
   });
 }
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/av_foundation.h"
 #include "platform/core_graphics.h"
@@ -57,11 +61,44 @@ std::optional<double> mainScreenBackingScaleFactor();
 inline constexpr std::string_view kPrivacySettingsURL =
     "x-apple.systempreferences:com.apple.preference.security";
 
-// NSWorkspace's sharedWorkspace.
+struct NSRunningApplication {
+  std::optional<std::string> bundleIdentifier;
+  std::int32_t processIdentifier = 0;
+};
+
+// NSWorkspace's sharedWorkspace. Any thread.
 class NSWorkspace {
  public:
-  // False when nothing on this system opens it. Any thread.
+  // False when nothing on this system opens it.
   static bool openURL(const NSURL& url);
+  // In the order in which they were started, as far as the system knows it.
+  static std::vector<NSRunningApplication> runningApplications();
+  static std::optional<NSRunningApplication> frontmostApplication();
+};
+
+// A key press.
+struct NSEvent {
+  std::uint16_t keyCode = 0;  // a macOS virtual key code
+};
+
+using NSEventMask = std::uint64_t;
+inline constexpr NSEventMask NSEventMaskKeyDown = 1 << 10;
+
+// Watches key presses, auto-repeats included; presses of modifiers alone are none. Main thread:
+// monitors are added and removed there, and handlers run there.
+class NSEventMonitor {
+ public:
+  // Presses that go to other applications. Null when the system refuses.
+  static std::shared_ptr<NSEventMonitor> addGlobalMonitorForEventsMatchingMask(
+      NSEventMask mask, std::function<void(const NSEvent&)> handler);
+  // Presses that go to this one. What the handler returns goes on to the window; null goes
+  // nowhere.
+  static std::shared_ptr<NSEventMonitor> addLocalMonitorForEventsMatchingMask(
+      NSEventMask mask, std::function<const NSEvent*(const NSEvent&)> handler);
+  // No handler runs after this.
+  static void removeMonitor(const std::shared_ptr<NSEventMonitor>& monitor);
+
+  virtual ~NSEventMonitor() = default;
 };
 
 }  // namespace vlm::platform

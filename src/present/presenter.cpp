@@ -1,12 +1,12 @@
 #include "present/presenter.h"
 
-#include <functional>
 #include <string>
 #include <utility>
 
 #include "VelmoraMacNative.h"
 #include "frame/guard.h"
 #include "frame/log.h"
+#include "frame/main_thread.h"
 #include "platform/dispatch.h"
 
 namespace vlm::present {
@@ -47,14 +47,6 @@ void displayImmediately(CMSampleBuffer& sample) {
   if (array == nullptr || array->empty()) return;
   if (auto* first = array->front().as<platform::CFDictionary>()) {
     (*first)[std::string(platform::kCMSampleAttachmentKey_DisplayImmediately)] = true;
-  }
-}
-
-void runOnMainThread(std::function<void()> job) {
-  if (platform::isMainThread()) {
-    job();
-  } else {
-    platform::dispatch_get_main_queue()->async([job = std::move(job)] { frame::guarded(job); });
   }
 }
 
@@ -116,11 +108,11 @@ void VlmPresenter::rebuild() {
 }
 
 void VlmPresenter::clear() {
-  runOnMainThread([layer = view_->displayLayer()] { layer->flushAndRemoveImage(); });
+  frame::onMainThread([layer = view_->displayLayer()] { layer->flushAndRemoveImage(); });
 }
 
 void VlmPresenter::destroy() {
-  runOnMainThread([view = view_] {
+  frame::onMainThread([view = view_] {
     view->displayLayer()->flushAndRemoveImage();
     view->removeFromSuperview();
   });

@@ -113,6 +113,58 @@ static void presenter(void) {
   vlm_present_destroy(handle);
 }
 
+static void onEvent(int32_t event, double x, double y, double width, double height, void* user) {
+  (void)event, (void)x, (void)y, (void)width, (void)height;
+  ++*(int*)user;
+}
+
+static void onKey(int32_t key) {
+  (void)key;
+}
+
+static void windows(void) {
+  int calls = 0;
+  double x = 1, y = 2, width = 3, height = 4;
+  VlmWindowEntry entry;
+  memset(&entry, 7, sizeof entry);
+  EXPECT(sizeof entry == 152);
+  EXPECT(vlm_window_enumerate(0, &entry, 1) == -1);
+  EXPECT(vlm_window_enumerate(1, NULL, 1) == -1);
+  EXPECT(vlm_window_enumerate(1, &entry, 0) == -1);
+  EXPECT(vlm_window_enumerate(1, &entry, 1) == 0);
+  EXPECT(entry.isMain == 0x07070707 && entry.title[127] == 7);
+  EXPECT(vlm_window_find_pid(NULL) == 0);
+  EXPECT(vlm_window_find_pid("") == 0);
+  EXPECT(!vlm_window_get_bounds(0, &x, &y, &width, &height));
+  EXPECT(!vlm_window_get_bounds(1, NULL, NULL, NULL, NULL));
+  EXPECT(!vlm_window_focused_bounds(0, &x, &y, &width, &height));
+  EXPECT(!vlm_window_focused_bounds(1, &x, &y, &width, &height));
+  EXPECT(x == 1 && y == 2 && width == 3 && height == 4);
+  EXPECT(vlm_window_track(1, NULL, NULL) == NULL);
+  EXPECT(vlm_window_track(0, onEvent, &calls) == NULL);
+  EXPECT(vlm_window_track(1, onEvent, &calls) == NULL);
+  vlm_window_untrack(NULL);
+  EXPECT(calls == 0);
+}
+
+/* Without a display all of it comes to nothing. */
+static void input(void) {
+  double x = 1, y = 2;
+  vlm_input_mouse_move(-1e300, 1e300);
+  vlm_input_warp_cursor(1e300, -1e300);
+  vlm_input_mouse_button(-1, true, 0, 0);
+  vlm_input_mouse_wheel(1e300, -1e300);
+  vlm_input_key(65535, true, UINT64_MAX);
+  EXPECT(!vlm_input_cursor_pos(&x, &y));
+  EXPECT(!vlm_input_cursor_pos(NULL, NULL));
+  EXPECT(x == 1 && y == 2);
+  EXPECT(vlm_frontmost_pid() == 0);
+  EXPECT(!vlm_hotkey_monitor_start(NULL));
+  EXPECT(vlm_hotkey_monitor_start(onKey));
+  vlm_hotkey_monitor_stop();
+  vlm_hotkey_monitor_stop();
+}
+
 static void systemServices(void) {
   uint8_t byte = 7;
   char text[64] = "untouched";
@@ -144,6 +196,8 @@ int main(void) {
   encoder();
   decoder();
   presenter();
+  windows();
+  input();
   systemServices();
   return failures == 0 ? 0 : 1;
 }

@@ -120,5 +120,35 @@ TEST(Threads, PresenterTakesFramesWhileItsLayerIsReplacedAndCleared) {
   EXPECT_EQ(only({"off the main thread"}, machine.journal.take()), Lines{});
 }
 
+void receiveEvent(int32_t, double, double, double width, double, void* user) {
+  EXPECT_EQ(width, 30);
+  static_cast<Receiver*>(user)->take();
+}
+
+TEST(Threads, TrackersEndWhileNotificationsArrive) {
+  Machine machine(Machine::Queues::threads);
+  machine.desktop.applications[7]["AXFocusedWindow"] = platform::makeRef<platform::AXUIElement>(
+      "w",
+      CFDictionary{{"AXPosition", platform::CGPoint{1, 2}}, {"AXSize", platform::CGSize{30, 40}}});
+  for (int round = 0; round < kRounds; ++round) {
+    Receiver receiver;
+    void* tracker = vlm_window_track(7, receiveEvent, &receiver);
+    std::atomic<bool> ended = false;
+    std::thread desktop([&] {
+      while (!ended) {
+        machine.desktop.notify("AXWindowMoved");
+        std::this_thread::yield();
+      }
+    });
+    while (receiver.count < 3) std::this_thread::yield();
+    vlm_window_untrack(tracker);
+    receiver.ended = true;
+    ended = true;
+    desktop.join();
+    machine.mainQueue()->sync([] {});
+    EXPECT_EQ(receiver.late, 0);
+  }
+}
+
 }  // namespace
 }  // namespace vlm::test

@@ -8,6 +8,7 @@
 
 #include "platform/dispatch.h"
 #include "platform/scripted/av_foundation.h"
+#include "platform/scripted/desktop_stage.h"
 #include "platform/scripted/journal.h"
 #include "platform/scripted/screen_capture_kit.h"
 #include "platform/scripted/stepped_queue.h"
@@ -41,6 +42,7 @@ class Machine {
   VideoStage video;
   DisplayStage display;
   SystemStage system;
+  DesktopStage desktop;
 
   // Shorthands for the usual faults.
   void refuse(std::string prefix, OSStatus status, int times = 1, int passing = 0);

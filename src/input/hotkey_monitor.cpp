@@ -1,0 +1,69 @@
+#include "input/hotkey_monitor.h"
+
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "frame/main_thread.h"
+#include "input/key_table.h"
+#include "platform/app_kit.h"
+
+namespace vlm::input {
+namespace {
+
+using platform::NSEvent;
+using platform::NSEventMonitor;
+
+// Touched only on the main thread, where handlers run too: no lock is needed.
+class HotkeyMonitor {
+ public:
+  // Made on first use, and never ended: the host may stop watching while the process exits.
+  static HotkeyMonitor& shared() {
+    static auto* const monitor = new HotkeyMonitor();
+    return *monitor;
+  }
+
+  void start(vlm_hotkey_cb cb) {
+    stop();
+    callback_ = cb;
+    global_ = NSEventMonitor::addGlobalMonitorForEventsMatchingMask(
+        platform::NSEventMaskKeyDown, [this](const NSEvent& event) { report(event); });
+    local_ = NSEventMonitor::addLocalMonitorForEventsMatchingMask(
+        platform::NSEventMaskKeyDown, [this](const NSEvent& event) {
+          report(event);
+          return &event;  // the key still reaches the window it was meant for
+        });
+  }
+
+  void stop() {
+    remove(global_);
+    remove(local_);
+    callback_ = nullptr;
+  }
+
+ private:
+  void report(const NSEvent& event) const {
+    // Copied first: the callback may stop or replace the monitor.
+    if (const auto callback = callback_) callback(translateKey(event.keyCode));
+  }
+
+  static void remove(std::shared_ptr<NSEventMonitor>& monitor) {
+    if (monitor) NSEventMonitor::removeMonitor(std::exchange(monitor, nullptr));
+  }
+
+  vlm_hotkey_cb callback_ = nullptr;
+  std::shared_ptr<NSEventMonitor> global_;
+  std::shared_ptr<NSEventMonitor> local_;
+};
+
+}  // namespace
+
+void startHotkeyMonitor(vlm_hotkey_cb cb) {
+  frame::onMainThread([cb] { HotkeyMonitor::shared().start(cb); });
+}
+
+void stopHotkeyMonitor() {
+  frame::onMainThread([] { HotkeyMonitor::shared().stop(); });
+}
+
+}  // namespace vlm::input

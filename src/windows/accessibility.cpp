@@ -1,0 +1,39 @@
+#include "windows/accessibility.h"
+
+namespace vlm::windows {
+
+using platform::AXUIElement;
+using platform::CFValue;
+
+std::optional<CFValue> attribute(AXUIElement& element, std::string_view name) {
+  CFValue value;
+  if (platform::AXUIElementCopyAttributeValue(element, name, value) != platform::kAXErrorSuccess ||
+      value.isNull()) {
+    return std::nullopt;
+  }
+  return value;
+}
+
+Element elementAttribute(AXUIElement& element, std::string_view name) {
+  const auto value = attribute(element, name);
+  const auto* found = value ? value->as<Element>() : nullptr;
+  return found ? *found : nullptr;
+}
+
+bool isMinimized(AXUIElement& window) {
+  const auto value = attribute(window, platform::kAXMinimizedAttribute);
+  const auto* minimized = value ? value->as<bool>() : nullptr;
+  return minimized != nullptr && *minimized;
+}
+
+std::optional<Frame> readFrame(AXUIElement& window) {
+  const auto position = attribute(window, platform::kAXPositionAttribute);
+  const auto size = attribute(window, platform::kAXSizeAttribute);
+  if (!position || !size) return std::nullopt;
+  Frame frame;
+  frame.positionConverted = platform::AXValueGetValue(*position, frame.position);
+  frame.sizeConverted = platform::AXValueGetValue(*size, frame.size);
+  return frame;
+}
+
+}  // namespace vlm::windows

@@ -1,0 +1,87 @@
+#include "windows/tracker.h"
+
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "windows/accessibility.h"
+
+namespace vlm::windows {
+namespace {
+
+struct Notification {
+  std::string_view name;
+  std::int32_t event;
+};
+
+// In the order of registration.
+constexpr std::array kNotifications{
+    Notification{platform::kAXWindowMovedNotification, 0},
+    Notification{platform::kAXWindowResizedNotification, 1},
+    Notification{platform::kAXFocusedWindowChangedNotification, 2},
+    Notification{platform::kAXApplicationDeactivatedNotification, 3},
+    Notification{platform::kAXApplicationActivatedNotification, 2},
+    Notification{platform::kAXUIElementDestroyedNotification, 4},
+};
+
+std::optional<std::int32_t> eventCode(std::string_view name) {
+  for (const auto& each : kNotifications) {
+    if (each.name == name) return each.event;
+  }
+  return std::nullopt;
+}
+
+// Zeros when there is no such window or it can't be read.
+Frame focusedFrame(platform::AXUIElement& application) {
+  const auto window = elementAttribute(application, platform::kAXFocusedWindowAttribute);
+  const auto frame = window ? readFrame(*window) : std::nullopt;
+  return frame.value_or(Frame{});
+}
+
+}  // namespace
+
+std::shared_ptr<VlmWindowTracker> VlmWindowTracker::track(std::int32_t pid, vlm_track_cb cb,
+                                                          void* user) {
+  auto application = platform::AXUIElementCreateApplication(pid);
+  if (!application) return nullptr;
+  auto tracker = std::make_shared<VlmWindowTracker>(std::move(application), cb, user);
+  return tracker->observe(pid) ? tracker : nullptr;
+}
+
+bool VlmWindowTracker::observe(std::int32_t pid) {
+  const auto entry = [weak = weak_from_this()](std::string_view notification) {
+    if (const auto self = weak.lock()) self->handle(notification);
+  };
+  if (platform::AXObserverCreate(pid, entry, observer_) != platform::kAXErrorSuccess ||
+      !observer_) {
+    return false;
+  }
+  // A notification that an application does not offer is one that never comes.
+  for (const auto& each : kNotifications) {
+    platform::AXObserverAddNotification(*observer_, *appElement_, each.name);
+  }
+  platform::CFRunLoopAddSourceToMain(platform::AXObserverGetRunLoopSource(*observer_));
+  return true;
+}
+
+void VlmWindowTracker::handle(std::string_view notification) {
+  const auto frame = focusedFrame(*appElement_);
+  const auto event = eventCode(notification);
+  if (!event) return;
+  const std::scoped_lock lock(delivery_);
+  if (stopped_) return;
+  cb_(*event, frame.position.x, frame.position.y, frame.size.width, frame.size.height, user_);
+}
+
+void VlmWindowTracker::stop() {
+  {
+    const std::scoped_lock lock(delivery_);
+    stopped_ = true;
+  }
+  if (observer_) {
+    platform::CFRunLoopRemoveSourceFromMain(platform::AXObserverGetRunLoopSource(*observer_));
+  }
+  observer_ = nullptr;
+}
+
+}  // namespace vlm::windows
