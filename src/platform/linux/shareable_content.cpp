@@ -29,7 +29,7 @@ std::shared_ptr<const SCRunningApplication> applicationOf(const x11::Window& win
 
 void addWindows(const x11::Connection& connection, bool onScreenOnly, SCShareableContent& content) {
   Applications known;
-  for (const auto& window : x11::listWindows(connection, x11::Listing::managed)) {
+  for (const auto& window : x11::listManagedWindows(connection)) {
     // An application runs also while all its windows are minimised.
     auto application = applicationOf(window, content, known);
     if (onScreenOnly && !window.isOnScreen) continue;

@@ -1,12 +1,15 @@
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <string_view>
 
 #include "platform/app_kit.h"
+#include "platform/linux/desktop/display.h"
 #include "platform/linux/glib/handles.h"
+#include "platform/linux/x11/window_list.h"
 
 namespace vlm::platform {
 namespace {
@@ -59,6 +62,42 @@ bool NSWorkspace::openURL(const NSURL& url) {
     return openSettings(query == std::string_view::npos ? "" : text.substr(query + 1));
   }
   return g_app_info_launch_default_for_uri(url.absoluteString.c_str(), nullptr, nullptr) != FALSE;
+}
+
+namespace {
+
+std::optional<NSRunningApplication> applicationOf(const x11::Window& window) {
+  if (window.processId == 0) return std::nullopt;
+  return NSRunningApplication{window.className, window.processId};
+}
+
+}  // namespace
+
+std::vector<NSRunningApplication> NSWorkspace::runningApplications() {
+  using Answer = std::vector<NSRunningApplication>;
+  return desktop::Display::shared().with<Answer>({}, [](const x11::Connection& connection) {
+    Answer applications;
+    for (const auto& window : x11::listManagedWindows(connection)) {
+      const auto application = applicationOf(window);
+      const auto isSame = [&](const NSRunningApplication& each) {
+        return application && each.processIdentifier == application->processIdentifier &&
+               each.bundleIdentifier == application->bundleIdentifier;
+      };
+      if (application && std::ranges::none_of(applications, isSame)) {
+        applications.push_back(*application);
+      }
+    }
+    return applications;
+  });
+}
+
+std::optional<NSRunningApplication> NSWorkspace::frontmostApplication() {
+  using Answer = std::optional<NSRunningApplication>;
+  return desktop::Display::shared().with<Answer>({}, [](const x11::Connection& connection) {
+    const auto active = x11::activeWindow(connection);
+    const auto window = active == XCB_NONE ? std::nullopt : x11::describeWindow(connection, active);
+    return window ? applicationOf(*window) : Answer();
+  });
 }
 
 }  // namespace vlm::platform

@@ -96,7 +96,7 @@ std::vector<Rectangle> ApplicationSource::takeChanges() {
 // Lists the windows anew. What moved, came, went or changed its place in the stack changed the
 // content there.
 void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
-  auto listed = x11::listWindows(connection_, x11::Listing::everything);
+  auto listed = x11::listAllWindows(connection_);
   std::erase_if(listed, [this](const x11::Window& each) { return !isWanted(each); });
   std::ranges::reverse(listed);
   std::vector<xcb_window_t> before;
@@ -115,7 +115,7 @@ void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
   for (const auto& each : windows_) changes.push_back(each.frame);
 }
 
-ApplicationSource::Shown ApplicationSource::takeOver(const x11::Window& window,
+ApplicationSource::Shown ApplicationSource::takeOver(const x11::StackedWindow& window,
                                                      std::vector<Rectangle>& changes) {
   const auto known = std::ranges::find_if(
       windows_, [&](const Shown& each) { return each.window && each.window->id() == window.id; });

@@ -37,7 +37,7 @@ class ApplicationSource final : public Source {
   bool isShown(xcb_window_t window) const;
   void handleRoot(const xcb_generic_event_t& event);
   void refreshWindows(std::vector<Rectangle>& changes);
-  Shown takeOver(const x11::Window& window, std::vector<Rectangle>& changes);
+  Shown takeOver(const x11::StackedWindow& window, std::vector<Rectangle>& changes);
   void collectDamage(std::vector<Rectangle>& changes);
   std::vector<Layer> layers() const;
 

@@ -1,51 +1,40 @@
 #include "platform/linux/x11/window_list.h"
 
-#include <xcb/res.h>
-
 #include <algorithm>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
-#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/properties.h"
+#include "platform/linux/x11/reply.h"
+#include "platform/linux/x11/window_request.h"
 
 namespace vlm::platform::x11 {
 namespace {
 
-using WindowIds = std::vector<xcb_window_t>;
-
-struct Atoms {
-  explicit Atoms(const Connection& connection) {
-    std::array<xcb_atom_t, 7> atoms = internAtoms<7>(
-        connection, {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST", "_NET_SUPPORTING_WM_CHECK",
-                     "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_STATE", "_NET_WM_STATE_HIDDEN"});
-    stacking = atoms[0];
-    clients = atoms[1];
-    manager = atoms[2];
-    name = atoms[3];
-    processId = atoms[4];
-    state = atoms[5];
-    hidden = atoms[6];
-  }
-  xcb_atom_t stacking, clients, manager, name, processId, state, hidden;
+// What the window manager says.
+struct Management {
+  bool isManaged = false;
+  WindowIds clients;  // back to front
+  xcb_window_t active = XCB_NONE;
 };
 
-// A window manager that died leaves its lists behind; its window, which names itself, is gone.
-bool hasWindowManager(const Connection& connection, const Atoms& atoms) {
+Management askManager(const Connection& connection, const WindowAtoms& atoms) {
   const xcb_window_t root = connection.screen().root;
-  const auto window = PropertyRequest(connection, root, atoms.manager).values();
-  return window.size() == 1 &&
-         PropertyRequest(connection, window[0], atoms.manager).values() == window;
-}
-
-// Back to front.
-WindowIds managedWindows(const Connection& connection, const Atoms& atoms) {
-  const xcb_window_t root = connection.screen().root;
+  PropertyRequest manager(connection, root, atoms.manager);
   PropertyRequest stacking(connection, root, atoms.stacking);
   PropertyRequest clients(connection, root, atoms.clients);
-  auto windows = stacking.values();
-  return windows.empty() ? clients.values() : windows;
+  PropertyRequest active(connection, root, atoms.active);
+  // A window manager that died leaves its lists behind; its window, which names itself, is gone.
+  const auto window = manager.values();
+  Management answer;
+  answer.isManaged = window.size() == 1 &&
+                     PropertyRequest(connection, window[0], atoms.manager).values() == window;
+  if (!answer.isManaged) return answer;
+  answer.clients = stacking.values();
+  if (answer.clients.empty()) answer.clients = clients.values();
+  if (const auto named = active.values(); !named.empty()) answer.active = named.front();
+  return answer;
 }
 
 // Back to front.
@@ -82,147 +71,133 @@ std::unordered_map<xcb_window_t, xcb_window_t> topLevels(const Connection& conne
   return found;
 }
 
-// Everything asked about one window, underway until it is collected.
-class WindowRequest {
- public:
-  WindowRequest(const Connection& connection, const Atoms& atoms, xcb_window_t window,
-                bool asksForClient)
-      : connection_(connection),
-        window_(window),
-        attributes_(xcb_get_window_attributes(connection.get(), window)),
-        geometry_(xcb_get_geometry(connection.get(), window)),
-        place_(xcb_translate_coordinates(connection.get(), window, connection.screen().root, 0, 0)),
-        name_(connection, window, atoms.name),
-        oldName_(connection, window, XCB_ATOM_WM_NAME),
-        class_(connection, window, XCB_ATOM_WM_CLASS),
-        processId_(connection, window, atoms.processId),
-        state_(connection, window, atoms.state) {
-    if (!asksForClient) return;
-    const xcb_res_client_id_spec_t wanted{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    client_ = xcb_res_query_client_ids(connection.get(), 1, &wanted);
+std::vector<WindowRequest::Answer> describe(const Connection& connection, const WindowAtoms& atoms,
+                                            const WindowIds& windows, Details details) {
+  std::vector<WindowRequest> requests;
+  requests.reserve(windows.size());
+  for (const auto window : windows) requests.emplace_back(connection, atoms, window, details);
+  std::vector<WindowRequest::Answer> answers;
+  for (auto& request : requests) {
+    if (auto answer = request.collect(atoms)) answers.push_back(std::move(*answer));
   }
+  return answers;
+}
 
-  struct Answer {
-    Window window;
-    bool bypassesManager = false;
-  };
-  // Nothing for a window that is gone or that can't be seen by its nature.
-  std::optional<Answer> collect(const Atoms& atoms) {
-    auto* c = connection_.get();
-    const Reply<xcb_get_window_attributes_reply_t> attributes(
-        xcb_get_window_attributes_reply(c, attributes_, nullptr));
-    const Reply<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(c, geometry_, nullptr));
-    const Reply<xcb_translate_coordinates_reply_t> place(
-        xcb_translate_coordinates_reply(c, place_, nullptr));
-    const std::int32_t client = clientProcess();
-    if (!attributes || !geometry || !place) return std::nullopt;
-    if (attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT) return std::nullopt;
-    Answer answer;
-    answer.bypassesManager = attributes->override_redirect != 0;
-    Window& window = answer.window;
-    window.id = window_;
-    window.frame = {place->dst_x, place->dst_y, geometry->width, geometry->height};
-    window.title = name_.text();
-    if (!window.title) window.title = oldName_.text();
-    window.className = className();
-    const auto own = processId_.values();
-    window.processId = own.empty() ? client : static_cast<std::int32_t>(own.front());
-    window.isOnScreen = attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
-                        std::ranges::count(state_.values(), atoms.hidden) == 0;
-    return answer;
-  }
-
- private:
-  // WM_CLASS holds two texts, instance and class, each ended by a zero byte.
-  std::optional<std::string> className() {
-    const auto both = class_.text();
-    if (!both) return std::nullopt;
-    const auto end = both->find('\0');
-    if (end == std::string::npos) return std::nullopt;
-    return std::string(both->c_str() + end + 1);
-  }
-
-  // What the server knows about the client, for one that does not tell its process itself.
-  std::int32_t clientProcess() {
-    if (!client_) return 0;
-    const Reply<xcb_res_query_client_ids_reply_t> reply(
-        xcb_res_query_client_ids_reply(connection_.get(), *client_, nullptr));
-    if (!reply) return 0;
-    auto ids = xcb_res_query_client_ids_ids_iterator(reply.get());
-    for (; ids.rem > 0; xcb_res_client_id_value_next(&ids)) {
-      if ((ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
-          xcb_res_client_id_value_value_length(ids.data) > 0) {
-        return static_cast<std::int32_t>(*xcb_res_client_id_value_value(ids.data));
-      }
-    }
-    return 0;
-  }
-
-  const Connection& connection_;
-  xcb_window_t window_;
-  xcb_get_window_attributes_cookie_t attributes_;
-  xcb_get_geometry_cookie_t geometry_;
-  xcb_translate_coordinates_cookie_t place_;
-  PropertyRequest name_;
-  PropertyRequest oldName_;
-  PropertyRequest class_;
-  PropertyRequest processId_;
-  PropertyRequest state_;
-  std::optional<xcb_res_query_client_ids_cookie_t> client_;
-};
-
-// The windows to describe, back to front. Where top-level windows are wanted that are no clients
-// of the window manager, clients stand where their frames stand.
-WindowIds candidates(const Connection& connection, const WindowIds& managed, bool isManaged,
-                     const std::unordered_map<xcb_window_t, xcb_window_t>& frames,
-                     Listing listing) {
-  if (isManaged && listing == Listing::managed) return managed;
-  std::unordered_map<xcb_window_t, WindowIds> clients;
-  for (const auto window : managed) {
+// Where top-level windows stand that are no clients of the window manager, clients stand where
+// their frames stand. Back to front.
+WindowIds everyCandidate(const Connection& connection, const WindowIds& clients,
+                         const std::unordered_map<xcb_window_t, xcb_window_t>& frames) {
+  std::unordered_map<xcb_window_t, WindowIds> held;
+  for (const auto window : clients) {
     if (const auto frame = frames.find(window); frame != frames.end()) {
-      clients[frame->second].push_back(window);
+      held[frame->second].push_back(window);
     }
   }
   WindowIds result;
   for (const auto child : childrenOfRoot(connection)) {
-    const auto held = clients.find(child);
-    if (held == clients.end()) {
+    const auto inside = held.find(child);
+    if (inside == held.end()) {
       result.push_back(child);
     } else {
-      result.insert(result.end(), held->second.begin(), held->second.end());
+      result.insert(result.end(), inside->second.begin(), inside->second.end());
     }
   }
   return result;
 }
 
-}  // namespace
+std::int32_t processOf(const std::unordered_map<xcb_window_t, std::int32_t>& processes,
+                       xcb_window_t window) {
+  const auto process = processes.find(window);
+  return process == processes.end() ? 0 : process->second;
+}
 
-std::vector<Window> listWindows(const Connection& connection, Listing listing) {
-  const Atoms atoms(connection);
-  const bool isManaged = hasWindowManager(connection, atoms);
-  const WindowIds managed = isManaged ? managedWindows(connection, atoms) : WindowIds{};
-  const auto frames = topLevels(connection, managed);
-  const std::unordered_set<xcb_window_t> clients(managed.begin(), managed.end());
-  const bool asksForClient = supports(connection, Extension::resources);
-  std::vector<WindowRequest> requests;
-  for (const auto window : candidates(connection, managed, isManaged, frames, listing)) {
-    requests.emplace_back(connection, atoms, window, asksForClient);
+// None and "wherever the pointer is" are no windows.
+xcb_window_t focusedTopLevel(const Connection& connection) {
+  const auto asked = xcb_get_input_focus(connection.get());
+  const Reply<xcb_get_input_focus_reply_t> reply(
+      xcb_get_input_focus_reply(connection.get(), asked, nullptr));
+  if (!reply || reply->focus <= XCB_INPUT_FOCUS_POINTER_ROOT) return XCB_NONE;
+  const auto found = topLevels(connection, {reply->focus});
+  return found.empty() ? XCB_NONE : found.begin()->second;
+}
+
+std::vector<Window> listManaged(const Connection& connection, std::optional<std::int32_t> processId,
+                                Details details) {
+  const WindowAtoms atoms(connection);
+  const auto management = askManager(connection, atoms);
+  auto ids = management.isManaged ? management.clients : childrenOfRoot(connection);
+  const auto processes = processesOf(connection, atoms, ids);
+  if (processId) {
+    std::erase_if(ids, [&](xcb_window_t id) { return processOf(processes, id) != *processId; });
   }
   std::vector<Window> windows;
-  for (auto& request : requests) {
-    auto answer = request.collect(atoms);
-    if (!answer) continue;
-    auto& window = answer->window;
-    const bool isClient = clients.contains(window.id);
-    // Of the rest only what is shown counts, and past a window manager only what bypasses it: it
-    // has helper windows of its own.
-    if (!isClient && (!window.isOnScreen || (isManaged && !answer->bypassesManager))) continue;
-    const auto frame = frames.find(window.id);
-    window.topLevel = frame == frames.end() ? window.id : frame->second;
-    windows.push_back(std::move(window));
+  for (auto& answer : describe(connection, atoms, ids, details)) {
+    if (!management.isManaged && !answer.window.isOnScreen) continue;
+    answer.window.processId = processOf(processes, answer.window.id);
+    windows.push_back(std::move(answer.window));
   }
   std::ranges::reverse(windows);
   return windows;
+}
+
+}  // namespace
+
+std::vector<Window> listManagedWindows(const Connection& connection, Details details) {
+  return listManaged(connection, std::nullopt, details);
+}
+
+std::vector<Window> listManagedWindowsOf(const Connection& connection, std::int32_t processId) {
+  return listManaged(connection, processId, Details::all);
+}
+
+std::vector<StackedWindow> listAllWindows(const Connection& connection) {
+  const WindowAtoms atoms(connection);
+  const auto management = askManager(connection, atoms);
+  const auto frames = topLevels(connection, management.clients);
+  const std::unordered_set<xcb_window_t> clients(management.clients.begin(),
+                                                 management.clients.end());
+  const auto ids = everyCandidate(connection, management.clients, frames);
+  const auto processes = processesOf(connection, atoms, ids);
+  std::vector<StackedWindow> windows;
+  for (auto& [window, bypassesManager] : describe(connection, atoms, ids, Details::all)) {
+    // Of what is no client only what is shown counts, and past a window manager only what bypasses
+    // it: it has helper windows of its own.
+    if (!clients.contains(window.id) &&
+        (!window.isOnScreen || (management.isManaged && !bypassesManager))) {
+      continue;
+    }
+    window.processId = processOf(processes, window.id);
+    const auto frame = frames.find(window.id);
+    const auto topLevel = frame == frames.end() ? window.id : frame->second;
+    windows.push_back({std::move(window), topLevel});
+  }
+  std::ranges::reverse(windows);
+  return windows;
+}
+
+xcb_window_t activeWindow(const Connection& connection) {
+  const auto management = askManager(connection, WindowAtoms(connection));
+  return management.isManaged ? management.active : focusedTopLevel(connection);
+}
+
+std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t window) {
+  auto* c = connection.get();
+  const auto askedSize = xcb_get_geometry(c, window);
+  const auto askedPlace = xcb_translate_coordinates(c, window, connection.screen().root, 0, 0);
+  const Reply<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(c, askedSize, nullptr));
+  const Reply<xcb_translate_coordinates_reply_t> place(
+      xcb_translate_coordinates_reply(c, askedPlace, nullptr));
+  if (!size || !place) return std::nullopt;
+  return Rectangle{place->dst_x, place->dst_y, size->width, size->height};
+}
+
+std::optional<Window> describeWindow(const Connection& connection, xcb_window_t window) {
+  const WindowAtoms atoms(connection);
+  const auto processes = processesOf(connection, atoms, {window});
+  auto answers = describe(connection, atoms, {window}, Details::all);
+  if (answers.empty()) return std::nullopt;
+  answers.front().window.processId = processOf(processes, window);
+  return std::move(answers.front().window);
 }
 
 }  // namespace vlm::platform::x11

@@ -14,22 +14,39 @@ namespace vlm::platform::x11 {
 
 struct Window {
   xcb_window_t id = XCB_NONE;
-  xcb_window_t topLevel = XCB_NONE;  // the child of the root that holds it; often a frame
-  Rectangle frame;                   // without border and decoration, relative to the root
+  Rectangle frame;  // without border and decoration, relative to the root
   std::optional<std::string> title;
   std::optional<std::string> className;  // the class part of WM_CLASS
   std::int32_t processId = 0;            // 0 when nobody knows it
   bool isOnScreen = false;               // neither minimised nor hidden in any other way
 };
 
-enum class Listing {
-  // The windows that the window manager manages; without one, the children of the root.
-  managed,
-  // These and what is shown past the window manager: menus, tool tips and the like.
-  everything,
+// How much of it is asked for: title and class cost requests of their own.
+enum class Details { frame, all };
+
+struct StackedWindow : Window {
+  xcb_window_t topLevel = XCB_NONE;  // the child of the root that holds it; often a frame
 };
 
-// The windows of the screen, front to back. Windows that go away meanwhile are left out.
-std::vector<Window> listWindows(const Connection& connection, Listing listing);
+// The windows that the window manager manages, minimised ones included; without one, the children
+// of the root that are shown. Front to back; windows that go away meanwhile are left out.
+std::vector<Window> listManagedWindows(const Connection& connection,
+                                       Details details = Details::all);
+
+// Those of one process; the others are asked for nothing but theirs.
+std::vector<Window> listManagedWindowsOf(const Connection& connection, std::int32_t processId);
+
+// These and what is shown past the window manager: menus, tool tips and the like.
+std::vector<StackedWindow> listAllWindows(const Connection& connection);
+
+// The window that the window manager calls active; without one, the child of the root with the
+// keyboard focus. None when there is neither.
+xcb_window_t activeWindow(const Connection& connection);
+
+// Where a window stands on the root and how large it is; nothing when it is gone.
+std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t window);
+
+// One managed window; nothing when it is gone.
+std::optional<Window> describeWindow(const Connection& connection, xcb_window_t window);
 
 }  // namespace vlm::platform::x11

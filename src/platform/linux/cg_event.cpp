@@ -1,0 +1,82 @@
+#include "platform/cg_event.h"
+
+#include <cmath>
+
+#include "platform/linux/desktop/display.h"
+#include "platform/linux/input/event.h"
+#include "platform/linux/input/poster.h"
+#include "platform/linux/x11/reply.h"
+#include "platform/portable/object.h"
+
+namespace vlm::platform {
+namespace {
+
+using desktop::Display;
+
+// Used only under the display's lock.
+input::Poster& poster() {
+  static auto* const poster = new input::Poster();
+  return *poster;
+}
+
+bool isPlace(CGPoint position) {
+  return std::isfinite(position.x) && std::isfinite(position.y);
+}
+
+}  // namespace
+
+Ref<CGEvent> CGEventCreate() {
+  return Display::shared().with<Ref<CGEvent>>(nullptr, [](const x11::Connection& connection) {
+    const auto asked = xcb_query_pointer(connection.get(), connection.screen().root);
+    const x11::Reply<xcb_query_pointer_reply_t> reply(
+        xcb_query_pointer_reply(connection.get(), asked, nullptr));
+    if (!reply) return Ref<CGEvent>();
+    return makeRef<CGEvent>(std::monostate{},
+                            CGPoint{double(reply->root_x), double(reply->root_y)});
+  });
+}
+
+Ref<CGEvent> CGEventCreateMouseEvent(CGEventType type, CGPoint position, CGMouseButton) {
+  if (!isPlace(position)) return nullptr;
+  return makeRef<CGEvent>(MouseInput{type, position}, position);
+}
+
+Ref<CGEvent> CGEventCreateScrollWheelEvent2(CGScrollEventUnit, std::uint32_t, std::int32_t wheel1,
+                                            std::int32_t wheel2, std::int32_t) {
+  return makeRef<CGEvent>(ScrollInput{wheel1, wheel2});
+}
+
+Ref<CGEvent> CGEventCreateKeyboardEvent(std::uint16_t keyCode, bool keyDown) {
+  return makeRef<CGEvent>(KeyInput{keyCode, keyDown});
+}
+
+void CGEventSetFlags(CGEvent& event, CGEventFlags flags) {
+  event.flags = flags;
+}
+
+CGPoint CGEventGetLocation(const CGEvent& event) {
+  return event.location;
+}
+
+void CGEventPost(CGEventTapLocation, CGEvent& event) {
+  auto& display = Display::shared();
+  display.with<bool>(false, [&](const x11::Connection& connection, unsigned generation) {
+    poster().post(connection, generation, event);
+    return true;
+  });
+}
+
+void CGWarpMouseCursorPosition(CGPoint position) {
+  if (!isPlace(position)) return;
+  Display::shared().with<bool>(false, [&](const x11::Connection& connection) {
+    xcb_warp_pointer(connection.get(), XCB_NONE, connection.screen().root, 0, 0, 0, 0,
+                     input::coordinate(position.x), input::coordinate(position.y));
+    xcb_flush(connection.get());
+    return true;
+  });
+}
+
+// X never separates the two.
+void CGAssociateMouseAndMouseCursorPosition(bool) {}
+
+}  // namespace vlm::platform

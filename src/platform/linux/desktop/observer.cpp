@@ -1,0 +1,148 @@
+#include "platform/linux/desktop/observer.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/x11/broken_pipe.h"
+#include "platform/linux/x11/properties.h"
+#include "platform/linux/x11/reply.h"
+
+namespace vlm::platform {
+namespace desktop {
+namespace {
+
+void select(const x11::Connection& connection, xcb_window_t window, std::uint32_t events) {
+  xcb_change_window_attributes(connection.get(), window, XCB_CW_EVENT_MASK, &events);
+}
+
+}  // namespace
+
+std::shared_ptr<WindowWatch> WindowWatch::make(std::int32_t pid, AXObserverCallback callback) {
+  const x11::BrokenPipeGuard guard;
+  auto connection = x11::Connection::open();
+  if (!connection) return nullptr;
+  return std::make_shared<WindowWatch>(std::move(connection), pid, std::move(callback));
+}
+
+WindowWatch::WindowWatch(std::unique_ptr<x11::Connection> connection, std::int32_t pid,
+                         AXObserverCallback callback)
+    : connection_(std::move(connection)), pid_(pid), callback_(std::move(callback)) {
+  const auto atoms = x11::internAtoms<2>(*connection_, {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST"});
+  activeAtom_ = atoms[0];
+  clientsAtom_ = atoms[1];
+  select(*connection_, connection_->screen().root, XCB_EVENT_MASK_PROPERTY_CHANGE);
+  refreshWindows();
+  const xcb_window_t active = x11::activeWindow(*connection_);
+  active_ = isOurs(active) ? active : XCB_NONE;
+  xcb_flush(connection_->get());
+}
+
+void WindowWatch::readEvents() {
+  const x11::BrokenPipeGuard guard;
+  // Asking for frames may bring further events in, which nothing on the wire would announce.
+  for (bool more = true; more;) {
+    more = false;
+    while (const x11::Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())}) {
+      notice(*event);
+      more = true;
+    }
+    if (more) tellChanges();
+  }
+}
+
+void WindowWatch::notice(const xcb_generic_event_t& event) {
+  switch (event.response_type & 0x7F) {
+    case XCB_CONFIGURE_NOTIFY:
+      moved_.insert(reinterpret_cast<const xcb_configure_notify_event_t&>(event).window);
+      break;
+    case XCB_DESTROY_NOTIFY: {
+      const auto window = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
+      if (frames_.erase(window) > 0) ++destroyed_;
+      break;
+    }
+    case XCB_PROPERTY_NOTIFY: {
+      const auto atom = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
+      activationChanged_ |= atom == activeAtom_;
+      windowsChanged_ |= atom == clientsAtom_;
+      break;
+    }
+    default:
+      break;
+  }
+}
+
+void WindowWatch::tellChanges() {
+  if (std::exchange(windowsChanged_, false)) refreshWindows();
+  for (const auto window : std::exchange(moved_, {})) {
+    const auto known = frames_.find(window);
+    const auto frame = known == frames_.end() ? std::nullopt : x11::frameOf(*connection_, window);
+    if (!frame) continue;
+    const auto before = std::exchange(known->second, *frame);
+    if (frame->x != before.x || frame->y != before.y) tell(kAXWindowMovedNotification);
+    if (frame->size() != before.size()) tell(kAXWindowResizedNotification);
+  }
+  for (; destroyed_ > 0; --destroyed_) tell(kAXUIElementDestroyedNotification);
+  if (std::exchange(activationChanged_, false)) refreshActivation();
+}
+
+void WindowWatch::refreshWindows() {
+  std::unordered_map<xcb_window_t, x11::Rectangle> current;
+  for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_)) {
+    const auto known = frames_.find(window.id);
+    if (known == frames_.end()) {
+      select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+      // Whatever happened between the list and the selection is looked up once more.
+      moved_.insert(window.id);
+    }
+    current.emplace(window.id, known == frames_.end() ? window.frame : known->second);
+  }
+  // Windows that are gone from the list but not destroyed yet are told of when they are.
+  for (const auto& [window, frame] : frames_) current.emplace(window, frame);
+  frames_ = std::move(current);
+}
+
+void WindowWatch::refreshActivation() {
+  const xcb_window_t now = x11::activeWindow(*connection_);
+  const xcb_window_t ours = isOurs(now) ? now : XCB_NONE;
+  const xcb_window_t before = std::exchange(active_, ours);
+  if (ours == before) return;
+  if (before == XCB_NONE) {
+    tell(kAXApplicationActivatedNotification);
+  } else if (ours == XCB_NONE) {
+    tell(kAXApplicationDeactivatedNotification);
+  } else {
+    tell(kAXFocusedWindowChangedNotification);
+  }
+}
+
+void WindowWatch::tell(std::string_view notification) const {
+  if (wanted_.contains(notification)) callback_(notification);
+}
+
+}  // namespace desktop
+
+AXObserver::AXObserver(std::shared_ptr<desktop::WindowWatch> shared)
+    : watch(std::move(shared)),
+      // The loop may still run the source while the observer goes.
+      source(makeRef<CFRunLoopSource>(watch->descriptor(),
+                                      [keptAlive = watch] { keptAlive->readEvents(); })) {}
+
+AXError AXObserverCreate(std::int32_t pid, AXObserverCallback callback, Ref<AXObserver>& out) {
+  auto watch = desktop::WindowWatch::make(pid, std::move(callback));
+  if (!watch) return kAXErrorCannotComplete;
+  out = makeRef<AXObserver>(std::move(watch));
+  return kAXErrorSuccess;
+}
+
+AXError AXObserverAddNotification(AXObserver& observer, AXUIElement&,
+                                  std::string_view notification) {
+  observer.watch->want(notification);
+  return kAXErrorSuccess;
+}
+
+CFRunLoopSource& AXObserverGetRunLoopSource(AXObserver& observer) {
+  return *observer.source;
+}
+
+}  // namespace vlm::platform

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_map>
+
+#include "platform/application_services.h"
+#include "platform/linux/desktop/run_loop.h"
+#include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/window_list.h"
+#include "platform/portable/object.h"
+
+namespace vlm::platform {
+
+namespace desktop {
+
+// Watches one process's windows over a connection of its own and tells what happened to them. All
+// but the making runs on the main thread.
+class WindowWatch {
+ public:
+  // Null when the display can't be reached.
+  static std::shared_ptr<WindowWatch> make(std::int32_t pid, AXObserverCallback callback);
+  WindowWatch(std::unique_ptr<x11::Connection> connection, std::int32_t pid,
+              AXObserverCallback callback);
+
+  int descriptor() const { return connection_->descriptor(); }
+  void want(std::string_view notification) { wanted_.emplace(notification); }
+
+  // Takes in every event that is there and reports what they come to: however many moves came,
+  // the last place of a window is told once.
+  void readEvents();
+
+ private:
+  void refreshWindows();
+  void refreshActivation();
+  void notice(const xcb_generic_event_t& event);
+  void tellChanges();
+  void tell(std::string_view notification) const;
+  bool isOurs(xcb_window_t window) const { return frames_.contains(window); }
+
+  const std::unique_ptr<x11::Connection> connection_;
+  const std::int32_t pid_;
+  const AXObserverCallback callback_;
+  std::set<std::string, std::less<>> wanted_;
+  xcb_atom_t activeAtom_ = XCB_NONE;
+  xcb_atom_t clientsAtom_ = XCB_NONE;
+  // The process's windows with the frames they were last told with.
+  std::unordered_map<xcb_window_t, x11::Rectangle> frames_;
+  xcb_window_t active_ = XCB_NONE;  // the active window when it is one of ours
+  // What the events of one turn call for.
+  bool windowsChanged_ = false;
+  bool activationChanged_ = false;
+  std::set<xcb_window_t> moved_;
+  int destroyed_ = 0;
+};
+
+}  // namespace desktop
+
+class AXObserver : public Object {
+ public:
+  explicit AXObserver(std::shared_ptr<desktop::WindowWatch> watch);
+
+  std::shared_ptr<desktop::WindowWatch> watch;
+  Ref<CFRunLoopSource> source;
+};
+
+}  // namespace vlm::platform

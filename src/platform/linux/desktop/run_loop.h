@@ -1,0 +1,34 @@
+#pragma once
+
+#include <glib.h>
+
+#include <functional>
+
+#include "platform/core_foundation.h"
+#include "platform/mutex.h"
+#include "platform/portable/object.h"
+
+namespace vlm::platform {
+
+// A file descriptor that the main loop watches while the source is added. `ready` runs on the main
+// thread whenever there is something to read. A source can be added and taken away again and
+// again; it is taken away when it goes.
+class CFRunLoopSource : public Object {
+ public:
+  CFRunLoopSource(int descriptor, std::function<void()> ready)
+      : descriptor_(descriptor), ready_(std::move(ready)) {}
+  ~CFRunLoopSource() override { remove(); }
+
+  void add() VLM_EXCLUDES(mutex_);
+  void remove() VLM_EXCLUDES(mutex_);
+
+ private:
+  static gboolean dispatch(gint descriptor, GIOCondition condition, gpointer self);
+
+  const int descriptor_;
+  const std::function<void()> ready_;
+  Mutex mutex_;
+  GSource* source_ VLM_GUARDED_BY(mutex_) = nullptr;
+};
+
+}  // namespace vlm::platform

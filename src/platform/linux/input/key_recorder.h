@@ -1,0 +1,44 @@
+#pragma once
+
+#include <xcb/record.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "platform/linux/desktop/run_loop.h"
+#include "platform/linux/x11/connection.h"
+
+namespace vlm::platform::input {
+
+// Reports every key press of the display, auto-repeats included, on the main thread while the host
+// runs its loop, whoever has the keyboard. Two connections: one on which the server streams what it
+// records, one for everything else.
+class KeyRecorder {
+ public:
+  using Handler = std::function<void(xcb_keycode_t keycode)>;
+
+  // Null when the server can't be reached or does not record.
+  static std::unique_ptr<KeyRecorder> start(Handler handler);
+  ~KeyRecorder();
+  KeyRecorder(const KeyRecorder&) = delete;
+  KeyRecorder& operator=(const KeyRecorder&) = delete;
+
+ private:
+  KeyRecorder(std::unique_ptr<x11::Connection> control, std::unique_ptr<x11::Connection> stream,
+              Handler handler);
+  bool enable();
+  void read();
+  void take(const xcb_record_enable_context_reply_t& reply);
+
+  const std::unique_ptr<x11::Connection> control_;
+  const std::unique_ptr<x11::Connection> stream_;
+  const Handler handler_;
+  xcb_record_context_t context_ = XCB_NONE;
+  unsigned sequence_ = 0;
+  Ref<CFRunLoopSource> source_;
+  // Tells a reading underway that the recorder has gone: a handler may end it.
+  std::shared_ptr<bool> ended_ = std::make_shared<bool>(false);
+};
+
+}  // namespace vlm::platform::input

@@ -1,0 +1,136 @@
+#include "platform/linux/input/poster.h"
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+#include "platform/linux/input/held_modifiers.h"
+#include "platform/linux/input/keyboard.h"
+#include "platform/linux/x11/reply.h"
+
+namespace vlm::platform::input {
+namespace {
+
+constexpr std::uint8_t kWheelUp = 4;
+constexpr std::uint8_t kWheelDown = 5;
+constexpr std::uint8_t kWheelLeft = 6;
+constexpr std::uint8_t kWheelRight = 7;
+// No wheel turns further at once; it bounds what one call can make the server do.
+constexpr std::int32_t kMostSteps = 100;
+
+bool hasTestExtension(xcb_connection_t* c) {
+  const auto* extension = xcb_get_extension_data(c, &xcb_test_id);
+  if (extension == nullptr || extension->present == 0) return false;
+  const auto asked = xcb_test_get_version(c, 2, 2);
+  const x11::Reply<xcb_test_get_version_reply_t> reply(
+      xcb_test_get_version_reply(c, asked, nullptr));
+  return reply != nullptr;
+}
+
+void moveTo(const x11::Connection& connection, CGPoint position) {
+  xcb_test_fake_input(connection.get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME,
+                      connection.screen().root, coordinate(position.x), coordinate(position.y), 0);
+}
+
+void fakeButton(const x11::Connection& connection, std::uint8_t button, bool down) {
+  xcb_test_fake_input(connection.get(), down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, button,
+                      XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
+}
+
+void turnWheel(const x11::Connection& connection, std::int32_t steps, std::uint8_t positive,
+               std::uint8_t negative) {
+  const auto button = steps > 0 ? positive : negative;
+  for (std::int32_t i = std::min(std::abs(steps), kMostSteps); i > 0; --i) {
+    fakeButton(connection, button, true);
+    fakeButton(connection, button, false);
+  }
+}
+
+struct Button {
+  std::uint8_t number;
+  bool down;
+};
+
+// X counts left, middle, right.
+std::optional<Button> buttonOf(CGEventType type) {
+  switch (type) {
+    case CGEventType::leftMouseDown:
+      return Button{1, true};
+    case CGEventType::leftMouseUp:
+      return Button{1, false};
+    case CGEventType::otherMouseDown:
+      return Button{2, true};
+    case CGEventType::otherMouseUp:
+      return Button{2, false};
+    case CGEventType::rightMouseDown:
+      return Button{3, true};
+    case CGEventType::rightMouseUp:
+      return Button{3, false};
+    default:
+      return std::nullopt;
+  }
+}
+
+bool isMove(const CGEvent& event) {
+  const auto* input = std::get_if<MouseInput>(&event.input);
+  return input != nullptr && input->type == CGEventType::mouseMoved;
+}
+
+// The server drops what it has not read yet when a client goes. A release lost to a process that
+// ends right after it would leave the key down for everybody.
+void waitForServer(const x11::Connection& connection) {
+  const auto asked = xcb_get_input_focus(connection.get());
+  const x11::Reply<xcb_get_input_focus_reply_t> reply(
+      xcb_get_input_focus_reply(connection.get(), asked, nullptr));
+}
+
+}  // namespace
+
+std::int16_t coordinate(double points) {
+  return static_cast<std::int16_t>(std::clamp(std::floor(points), -32768.0, 32767.0));
+}
+
+void Poster::post(const x11::Connection& connection, unsigned generation, const CGEvent& event) {
+  if (generation != generation_) {
+    generation_ = generation;
+    supported_ = hasTestExtension(connection.get());
+  }
+  if (!supported_) return;
+  if (const auto* input = std::get_if<MouseInput>(&event.input)) mouse(connection, *input);
+  if (const auto* input = std::get_if<ScrollInput>(&event.input)) scroll(connection, *input);
+  if (const auto* input = std::get_if<KeyInput>(&event.input)) key(connection, *input, event.flags);
+  if (isMove(event)) {
+    xcb_flush(connection.get());
+  } else {
+    waitForServer(connection);
+  }
+}
+
+void Poster::mouse(const x11::Connection& connection, const MouseInput& input) {
+  moveTo(connection, input.position);
+  if (const auto button = buttonOf(input.type)) {
+    fakeButton(connection, button->number, button->down);
+  }
+}
+
+void Poster::scroll(const x11::Connection& connection, const ScrollInput& input) {
+  turnWheel(connection, vertical_.turn(input.vertical), kWheelUp, kWheelDown);
+  turnWheel(connection, horizontal_.turn(input.horizontal), kWheelLeft, kWheelRight);
+}
+
+void Poster::key(const x11::Connection& connection, const KeyInput& input, CGEventFlags flags) {
+  const auto keyboard = Keyboard::ask(connection);
+  const auto keycode = keyboard ? keyboard->keycodeOf(input.keyCode) : std::nullopt;
+  if (!keycode) return;
+  // A modifier itself: its flags tell what it makes of the keyboard, not how it is to be seen.
+  if (keyboard->isModifier(*keycode)) {
+    fakeKey(connection, *keycode, input.down);
+    return;
+  }
+  const ExactModifiers modifiers(connection, *keyboard, flags);
+  fakeKey(connection, *keycode, input.down);
+}
+
+}  // namespace vlm::platform::input

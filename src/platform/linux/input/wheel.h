@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+namespace vlm::platform::input {
+
+// One axis of a wheel that knows steps only. Pixels add up until they make a step, so that nothing
+// of a slow scroll is lost; turning back starts from what is left over.
+class WheelAxis {
+ public:
+  // About what toolkits scroll for one step.
+  static constexpr std::int32_t kPixelsPerStep = 40;
+
+  // The steps that are due with these pixels; negative the other way.
+  std::int32_t turn(std::int32_t pixels) {
+    const std::int64_t all = std::int64_t{rest_} + pixels;
+    rest_ = static_cast<std::int32_t>(all % kPixelsPerStep);
+    return static_cast<std::int32_t>(all / kPixelsPerStep);
+  }
+
+ private:
+  std::int32_t rest_ = 0;
+};
+
+}  // namespace vlm::platform::input
