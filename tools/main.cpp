@@ -11,7 +11,8 @@ namespace {
 using namespace vlm::tools;
 
 constexpr void (*kCommands[])(CLI::App& program, Job& chosen) = {
-    addLoopback, addRecord, addPlay, addFindWindow, addSecret, addMachineId, addPermissions,
+    addLoopback, addRecord,  addPlay,    addFindWindow, addWindows,   addBounds,      addTrack,
+    addType,     addPointer, addHotkeys, addSecret,     addMachineId, addPermissions,
 };
 
 constexpr int kUsageError = 2;

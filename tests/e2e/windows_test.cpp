@@ -1,0 +1,191 @@
+// Windows of real clients through the public header, as xwininfo, wmctrl and xdotool see them.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include "VelmoraMacNative.h"
+#include "e2e/desktop.h"
+#include "support/canvas.h"
+#include "support/private_desktop.h"
+
+namespace vlm::test {
+namespace {
+
+const PrivateDesktop::Options kManaged{.width = 1000, .height = 700, .windowManager = true};
+const PrivateDesktop::Options kBare{.width = 1000, .height = 700, .windowManager = false};
+
+std::vector<VlmWindowEntry> windowsOf(pid_t pid) {
+  std::vector<VlmWindowEntry> entries(64);
+  const auto count = vlm_window_enumerate(pid, entries.data(), 64);
+  entries.resize(static_cast<std::size_t>(std::max(count, 0)));
+  return entries;
+}
+
+std::vector<std::uint32_t> idsOf(pid_t pid) {
+  std::vector<std::uint32_t> ids;
+  for (const auto& entry : windowsOf(pid)) ids.push_back(entry.windowId);
+  std::ranges::sort(ids);
+  return ids;
+}
+
+void expectAsSeen(const VlmWindowEntry& entry) {
+  EXPECT_EQ(frameText(entry.left, entry.top, entry.width, entry.height), frameSeen(entry.windowId));
+  double x = 0, y = 0, width = 0, height = 0;
+  ASSERT_TRUE(vlm_window_get_bounds(entry.windowId, &x, &y, &width, &height));
+  EXPECT_EQ(frameText(x, y, width, height), frameSeen(entry.windowId));
+}
+
+void countFrame(void*, int32_t, int32_t, int64_t, void* count) {
+  ++*static_cast<std::atomic<int>*>(count);
+}
+
+TEST(Windows, OfAnotherProcessAreAsOtherProgramsSeeThem) {
+  PrivateDesktop desktop(kManaged);
+  const auto window = desktop.spawnWindow({"xterm", "-geometry", "60x15+120+90"}, "xterm");
+  const auto pid = desktop.client(0).pid();
+  std::string title;
+  for (int i = 0; i < 100; ++i) title += "\xE2\x82\xAC\xC3\xA4";  // 5 bytes, 2 characters
+  outputOf(
+      {"xprop", "-id", text(window), "-f", "_NET_WM_NAME", "8u", "-set", "_NET_WM_NAME", title});
+  // xterm's one top-level window is the one that xdotool finds.
+  ASSERT_EQ(idsOf(pid), std::vector{window});
+  const auto entry = windowsOf(pid).front();
+  expectAsSeen(entry);
+  EXPECT_EQ(reinterpret_cast<const char*>(entry.title), title.substr(0, 125));
+  EXPECT_EQ(vlm_window_find_pid("XTer"), pid);
+
+  outputOf({"wmctrl", "-i", "-a", text(window)});
+  EXPECT_TRUE(eventually([&] { return vlm_frontmost_pid() == pid; }));
+  double x = 0, y = 0, width = 0, height = 0;
+  ASSERT_TRUE(vlm_window_focused_bounds(pid, &x, &y, &width, &height));
+  EXPECT_EQ(frameText(x, y, width, height), frameSeen(window));
+  outputOf({"xdotool", "windowminimize", text(window)});
+  EXPECT_TRUE(eventually([&] { return idsOf(pid).empty(); }));
+  EXPECT_FALSE(vlm_window_focused_bounds(pid, &x, &y, &width, &height));
+}
+
+TEST(Windows, WithTheSameFrameHaveNumbersOfTheirOwn) {
+  for (const auto& options : {kManaged, kBare}) {
+    PrivateDesktop desktop(options);
+    const Canvas below("below", {50, 60, 300, 200}, 0x102030),
+        above("above", {50, 60, 300, 200}, 0);
+    const Canvas aside("aside", {500, 60, 200, 100}, 0x405060);
+    if (options.windowManager) {
+      // Placed by the window manager, wherever; now one over the other.
+      for (const auto* each : {&below, &above}) {
+        outputOf({"wmctrl", "-i", "-r", text(each->id()), "-e", "0,50,60,300,200"});
+      }
+      outputOf({"wmctrl", "-i", "-a", text(aside.id())});
+    } else {
+      outputOf({"xdotool", "windowfocus", "--sync", text(aside.id())});
+    }
+    std::vector ids{below.id(), above.id(), aside.id()};
+    std::ranges::sort(ids);
+    EXPECT_TRUE(eventually([&] {
+      const auto entries = windowsOf(getpid());
+      const auto main = std::ranges::find(entries, 1, &VlmWindowEntry::isMain);
+      return main != entries.end() && main->windowId == aside.id();
+    }));
+    EXPECT_EQ(idsOf(getpid()), ids);
+    EXPECT_EQ(frameSeen(below.id()), frameSeen(above.id()));
+    for (const auto& entry : windowsOf(getpid())) {
+      expectAsSeen(entry);
+      std::atomic<int> frames = 0;
+      void* capture =
+          vlm_capture_start_window(entry.windowId, 30, 0, 0, countFrame, nullptr, &frames);
+      EXPECT_NE(capture, nullptr);
+      EXPECT_TRUE(eventually([&] { return frames > 0; }));
+      vlm_capture_stop(capture);
+    }
+  }
+}
+
+TEST(Windows, MayVanishAtAnyMoment) {
+  PrivateDesktop desktop(kManaged);
+  std::atomic<bool> done = false;
+  std::thread restless([&] {
+    while (!done) const Canvas shortLived("short", {10, 10, 50, 50}, 0);
+  });
+  for (int i = 0; i < 300; ++i) {
+    for (const auto& entry : windowsOf(getpid())) {
+      vlm_window_get_bounds(entry.windowId, nullptr, nullptr, nullptr, nullptr);
+    }
+  }
+  done = true;
+  restless.join();
+  desktop.killServer();
+  EXPECT_EQ(vlm_window_find_pid("any"), 0);
+  EXPECT_TRUE(windowsOf(getpid()).empty());
+  EXPECT_FALSE(vlm_input_cursor_pos(nullptr, nullptr));
+}
+
+struct Event {
+  int32_t code;
+  std::string frame;
+};
+
+void noteEvent(int32_t code, double x, double y, double width, double height, void* events) {
+  static_cast<std::vector<Event>*>(events)->push_back({code, frameText(x, y, width, height)});
+}
+
+TEST(Tracker, ToldWhatHappensInOrder) {
+  PrivateDesktop desktop(kManaged);
+  const auto window = desktop.spawnWindow({"xterm", "-geometry", "40x10+50+50"}, "xterm");
+  const Canvas other("other", {500, 300, 200, 100}, 0);
+  outputOf({"wmctrl", "-i", "-a", text(window)});
+  ASSERT_TRUE(eventually([&] { return vlm_frontmost_pid() == desktop.client(0).pid(); }));
+
+  std::vector<Event> events;
+  void* tracker = vlm_window_track(desktop.client(0).pid(), noteEvent, &events);
+  ASSERT_NE(tracker, nullptr);
+  const auto expectNext = [&](const std::vector<std::string>& command, int32_t code) {
+    events.clear();
+    outputOf(command);
+    std::string frame;
+    const bool came = pumpUntil([&] {
+      const auto found = std::ranges::find(events, code, &Event::code);
+      if (found == events.end()) return false;
+      frame = found->frame;
+      return true;
+    });
+    EXPECT_TRUE(came) << code;
+    // Where the window stands afterwards, until it is closed.
+    EXPECT_EQ(frame, code == 4 ? "0,0 0x0" : frameSeen(window)) << code;
+  };
+  expectNext({"xdotool", "windowmove", "--sync", text(window), "200", "150"}, 0);
+  expectNext({"xdotool", "windowsize", "--sync", text(window), "400", "300"}, 1);
+  expectNext({"wmctrl", "-i", "-a", text(other.id())}, 3);
+  expectNext({"wmctrl", "-i", "-a", text(window)}, 2);
+
+  // Far more moves than anybody looks at: the last one is told, and memory for none of the others.
+  events.clear();
+  auto* connection = xcb_connect(nullptr, nullptr);
+  for (std::uint32_t i = 1; i <= 1000; ++i) {
+    const std::uint32_t place[] = {i % 500, i % 300};
+    xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place);
+  }
+  free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+  xcb_disconnect(connection);
+  std::string last;
+  EXPECT_TRUE(pumpUntil([&] {
+    const auto now = frameSeen(window);
+    const bool still = now == std::exchange(last, now);
+    return still && !events.empty() && events.back().frame == now;
+  })) << last << ", told " << (events.empty() ? "nothing" : events.back().frame);
+  EXPECT_LE(events.size(), 1000U);
+
+  expectNext({"wmctrl", "-i", "-c", text(window)}, 4);
+  vlm_window_untrack(tracker);
+  events.clear();
+  outputOf({"wmctrl", "-i", "-a", text(other.id())});
+  EXPECT_FALSE(g_main_context_iteration(nullptr, FALSE));
+  EXPECT_TRUE(events.empty());
+}
+
+}  // namespace
+}  // namespace vlm::test

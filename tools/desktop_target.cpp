@@ -1,0 +1,25 @@
+#include "desktop_target.h"
+
+#include <charconv>
+
+#include "VelmoraMacNative.h"
+#include "failure.h"
+
+namespace vlm::tools {
+
+std::int32_t processNamed(const std::string& pidOrPrefix) {
+  std::int32_t pid = 0;
+  const auto* end = pidOrPrefix.data() + pidOrPrefix.size();
+  const auto parsed = std::from_chars(pidOrPrefix.data(), end, pid);
+  if (parsed.ec == std::errc{} && parsed.ptr == end) return pid;
+  if (pidOrPrefix.empty()) {
+    pid = vlm_frontmost_pid();
+    if (pid == 0) throw Failure("no application is in front");
+    return pid;
+  }
+  pid = vlm_window_find_pid(pidOrPrefix.c_str());
+  if (pid == 0) throw Failure("no running application's name begins with " + pidOrPrefix);
+  return pid;
+}
+
+}  // namespace vlm::tools

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vlm::tools {
+
+// The process that a person named by its id or by the beginning of its application's name; the
+// frontmost application for an empty text.
+std::int32_t processNamed(const std::string& pidOrPrefix);
+
+}  // namespace vlm::tools
