@@ -26,9 +26,9 @@ class HotkeyMonitor {
   void start(vlm_hotkey_cb cb) {
     stop();
     callback_ = cb;
-    global_ = NSEventMonitor::addGlobalMonitorForEventsMatchingMask(
+    _vlmKeyGlobalMonitor = NSEventMonitor::addGlobalMonitorForEventsMatchingMask(
         platform::NSEventMaskKeyDown, [this](const NSEvent& event) { report(event); });
-    local_ = NSEventMonitor::addLocalMonitorForEventsMatchingMask(
+    _vlmKeyLocalMonitor = NSEventMonitor::addLocalMonitorForEventsMatchingMask(
         platform::NSEventMaskKeyDown, [this](const NSEvent& event) {
           report(event);
           return &event;  // the key still reaches the window it was meant for
@@ -36,15 +36,15 @@ class HotkeyMonitor {
   }
 
   void stop() {
-    remove(global_);
-    remove(local_);
+    remove(_vlmKeyGlobalMonitor);
+    remove(_vlmKeyLocalMonitor);
     callback_ = nullptr;
   }
 
  private:
   void report(const NSEvent& event) const {
     // Copied first: the callback may stop or replace the monitor.
-    if (const auto callback = callback_) callback(translateKey(event.keyCode));
+    if (const auto callback = callback_) callback(vlmTranslateKey(event.keyCode));
   }
 
   static void remove(std::shared_ptr<NSEventMonitor>& monitor) {
@@ -52,8 +52,8 @@ class HotkeyMonitor {
   }
 
   vlm_hotkey_cb callback_ = nullptr;
-  std::shared_ptr<NSEventMonitor> global_;
-  std::shared_ptr<NSEventMonitor> local_;
+  std::shared_ptr<NSEventMonitor> _vlmKeyGlobalMonitor;
+  std::shared_ptr<NSEventMonitor> _vlmKeyLocalMonitor;
 };
 
 }  // namespace

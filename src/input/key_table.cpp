@@ -91,12 +91,12 @@ constexpr std::array<std::uint8_t, kKeyCodes> byKeyCode() {
   return table;
 }
 
-constexpr auto kMacToVk = byKeyCode();
+constexpr auto _vlmMacToVk = byKeyCode();
 
 }  // namespace
 
-std::int32_t translateKey(std::uint16_t macKeyCode) {
-  const auto virtualKey = macKeyCode < kMacToVk.size() ? kMacToVk[macKeyCode] : 0;
+std::int32_t vlmTranslateKey(std::uint16_t macKeyCode) {
+  const auto virtualKey = macKeyCode < _vlmMacToVk.size() ? _vlmMacToVk[macKeyCode] : 0;
   return virtualKey != 0 ? virtualKey : macKeyCode;
 }
 

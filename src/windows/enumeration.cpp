@@ -92,7 +92,7 @@ std::optional<VlmWindowEntry> describe(platform::AXUIElement& window, const Elem
   entry.isMain = mainWindow && platform::CFEqual(*mainWindow, window) ? 1 : 0;
   const auto title = attribute(window, platform::kAXTitleAttribute);
   const auto* text = title ? title->as<std::string>() : nullptr;
-  if (text != nullptr) setTitle(entry.title, *text);
+  if (text != nullptr) vlmSetTitle(entry.title, *text);
   return entry;
 }
 

@@ -46,7 +46,7 @@ std::size_t validPrefix(std::string_view text) {
 
 }  // namespace
 
-void setTitle(std::span<std::uint8_t> field, std::string_view title) {
+void vlmSetTitle(std::span<std::uint8_t> field, std::string_view title) {
   const auto cut = title.substr(0, field.size() - 1);
   std::ranges::copy(cut.substr(0, validPrefix(cut)), field.begin());
 }
