@@ -62,12 +62,12 @@ TEST(Typing, ArrivesAsItWasMeantUnderEachLayout) {
       const Listener terminal(desktop, "exec xterm -e sh -c 'stty -icanon -echo; cat >OUT'",
                               "xterm");
       outputOf({VLM_PROGRAM, "type", line});
-      eventually([&] { return terminal.heard() == line; });
+      eventually([&, &typed = line] { return terminal.heard() == typed; });
       EXPECT_EQ(terminal.heard(), line) << layout << ", xterm";
     }
     const Listener entry(desktop, "GDK_BACKEND=x11 exec yad --entry --title=asked >OUT", "asked");
     outputOf({VLM_PROGRAM, "type", line + "\n"});
-    eventually([&] { return entry.heard() == line + "\n"; });
+    eventually([&, &typed = line] { return entry.heard() == typed + "\n"; });
     EXPECT_EQ(entry.heard(), line + "\n") << layout << ", GTK";
   }
 }

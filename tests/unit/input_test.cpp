@@ -29,7 +29,7 @@ TEST(Injection, PostsOneEventACall) {
   for (const auto& [button, types] : buttons) {
     const std::string number = button == 1 || button == 2 ? std::to_string(button) : "0";
     for (const bool down : {true, false}) {
-      EXPECT_EQ(posted([&] { vlm_input_mouse_button(button, down, 3, 4); }),
+      EXPECT_EQ(posted([&, which = button] { vlm_input_mouse_button(which, down, 3, 4); }),
                 Lines{"CGEventPost(0, [mouse, " + (down ? types.first : types.second) +
                       ", (3.0, 4.0), " + number + "])"});
     }
@@ -40,7 +40,7 @@ TEST(Injection, PostsOneEventACall) {
                                                             {NAN, 1e12, "2147483647, 0"},
                                                             {-INFINITY, 1, "1, -2147483648"}};
   for (const auto& [horizontal, vertical, amounts] : wheels) {
-    EXPECT_EQ(posted([&] { vlm_input_mouse_wheel(horizontal, vertical); }),
+    EXPECT_EQ(posted([h = horizontal, v = vertical] { vlm_input_mouse_wheel(h, v); }),
               Lines{"CGEventPost(0, [wheel, 0, 2, " + amounts + ", 0])"});
   }
   EXPECT_EQ(posted([] { vlm_input_key(0, true, 0); }), Lines{"CGEventPost(0, [key, 0, true, 0])"});

@@ -60,7 +60,7 @@ bool AXUIElement::takeKnown(std::string_view attribute, CFValue& value) {
 
 AXError AXUIElement::copyOfApplication(const x11::Connection& connection,
                                        std::string_view attribute, CFValue& value) {
-  const auto windows = x11::listManagedWindowsOf(connection, processId);
+  const auto [windows, active] = x11::listManagedWindowsOf(connection, processId);
   if (windows.empty()) {
     return connection.isLost() ? kAXErrorCannotComplete : kAXErrorInvalidUIElement;
   }
@@ -73,7 +73,7 @@ AXError AXUIElement::copyOfApplication(const x11::Connection& connection,
   if (attribute != kAXMainWindowAttribute && attribute != kAXFocusedWindowAttribute) {
     return kAXErrorAttributeUnsupported;
   }
-  value = elementOf(mainWindow(windows, x11::activeWindow(connection)));
+  value = elementOf(mainWindow(windows, active));
   if (attribute == kAXMainWindowAttribute) {
     // Whoever asks for it asks for all windows next, and means those of the same moment.
     const MutexLock lock(mutex_);

@@ -88,7 +88,7 @@ void WindowWatch::tellChanges() {
 
 void WindowWatch::refreshWindows() {
   std::unordered_map<xcb_window_t, x11::Rectangle> current;
-  for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_)) {
+  for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_).windows) {
     const auto known = frames_.find(window.id);
     if (known == frames_.end()) {
       select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);

@@ -29,6 +29,17 @@ Connection::~Connection() {
   xcb_disconnect(connection_);
 }
 
+xcb_atom_t Connection::knownAtom(std::string_view name) const {
+  const MutexLock lock(mutex_);
+  const auto known = atoms_.find(name);
+  return known == atoms_.end() ? xcb_atom_t{XCB_ATOM_NONE} : known->second;
+}
+
+void Connection::remember(std::string_view name, xcb_atom_t atom) const {
+  const MutexLock lock(mutex_);
+  atoms_.insert_or_assign(std::string(name), atom);
+}
+
 void Connection::hangUp() const noexcept {
   shutdown(descriptor(), SHUT_RDWR);
 }

@@ -2,7 +2,12 @@
 
 #include <xcb/xcb.h>
 
+#include <map>
 #include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/mutex.h"
 
 namespace vlm::platform::x11 {
 
@@ -22,6 +27,10 @@ class Connection {
   int descriptor() const noexcept { return xcb_get_file_descriptor(connection_); }
   bool isLost() const noexcept { return xcb_connection_has_error(connection_) != 0; }
 
+  // The atom of a name that was asked for before, else none: a server never changes one.
+  xcb_atom_t knownAtom(std::string_view name) const VLM_EXCLUDES(mutex_);
+  void remember(std::string_view name, xcb_atom_t atom) const VLM_EXCLUDES(mutex_);
+
   // Loses the server on purpose: whoever waits for it on another thread goes on at once.
   void hangUp() const noexcept;
 
@@ -31,6 +40,8 @@ class Connection {
 
   xcb_connection_t* const connection_;
   xcb_screen_t* const screen_;
+  mutable Mutex mutex_;
+  mutable std::map<std::string, xcb_atom_t, std::less<>> atoms_ VLM_GUARDED_BY(mutex_);
 };
 
 }  // namespace vlm::platform::x11

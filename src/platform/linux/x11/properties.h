@@ -14,20 +14,26 @@
 
 namespace vlm::platform::x11 {
 
-// The atoms of these names, in one round trip; those that could not be had are none.
+// The atoms of these names, in one round trip where any is new; those that could not be had are
+// none.
 template <std::size_t count>
 std::array<xcb_atom_t, count> internAtoms(const Connection& connection,
                                           const std::array<std::string_view, count>& names) {
-  std::array<xcb_intern_atom_cookie_t, count> asked;
+  std::array<xcb_atom_t, count> atoms{};
+  std::array<xcb_intern_atom_cookie_t, count> asked{};
   for (std::size_t i = 0; i < count; ++i) {
+    atoms[i] = connection.knownAtom(names[i]);
+    if (atoms[i] != XCB_ATOM_NONE) continue;
     asked[i] = xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(names[i].size()),
                                names[i].data());
   }
-  std::array<xcb_atom_t, count> atoms{};
   for (std::size_t i = 0; i < count; ++i) {
+    if (atoms[i] != XCB_ATOM_NONE) continue;
     const Reply<xcb_intern_atom_reply_t> reply(
         xcb_intern_atom_reply(connection.get(), asked[i], nullptr));
-    if (reply) atoms[i] = reply->atom;
+    if (!reply) continue;
+    atoms[i] = reply->atom;
+    connection.remember(names[i], reply->atom);
   }
   return atoms;
 }

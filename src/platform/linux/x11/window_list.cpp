@@ -12,30 +12,34 @@
 namespace vlm::platform::x11 {
 namespace {
 
-// What the window manager says.
-struct Management {
-  bool isManaged = false;
+// What the root says of a window manager and its windows. Whether that manager still lives is asked
+// when this is made and answered by isManaged(), so that other questions can be underway meanwhile.
+class Management {
+ public:
+  Management(const Connection& connection, const WindowAtoms& atoms) {
+    const xcb_window_t root = connection.screen().root;
+    PropertyRequest manager(connection, root, atoms.manager);
+    PropertyRequest stacking(connection, root, atoms.stacking);
+    PropertyRequest mapping(connection, root, atoms.clients);
+    PropertyRequest activeClient(connection, root, atoms.active);
+    manager_ = manager.values();
+    if (manager_.size() != 1) return;
+    check_.emplace(connection, manager_.front(), atoms.manager);
+    clients = stacking.values();
+    if (clients.empty()) clients = mapping.values();
+    if (const auto named = activeClient.values(); !named.empty()) active = named.front();
+  }
+
+  // A window manager that died leaves its lists behind; its window, which names itself, is gone.
+  bool isManaged() { return check_ && check_->values() == manager_; }
+
   WindowIds clients;  // back to front
   xcb_window_t active = XCB_NONE;
-};
 
-Management askManager(const Connection& connection, const WindowAtoms& atoms) {
-  const xcb_window_t root = connection.screen().root;
-  PropertyRequest manager(connection, root, atoms.manager);
-  PropertyRequest stacking(connection, root, atoms.stacking);
-  PropertyRequest clients(connection, root, atoms.clients);
-  PropertyRequest active(connection, root, atoms.active);
-  // A window manager that died leaves its lists behind; its window, which names itself, is gone.
-  const auto window = manager.values();
-  Management answer;
-  answer.isManaged = window.size() == 1 &&
-                     PropertyRequest(connection, window[0], atoms.manager).values() == window;
-  if (!answer.isManaged) return answer;
-  answer.clients = stacking.values();
-  if (answer.clients.empty()) answer.clients = clients.values();
-  if (const auto named = active.values(); !named.empty()) answer.active = named.front();
-  return answer;
-}
+ private:
+  WindowIds manager_;
+  std::optional<PropertyRequest> check_;
+};
 
 // Back to front.
 WindowIds childrenOfRoot(const Connection& connection) {
@@ -71,14 +75,39 @@ std::unordered_map<xcb_window_t, xcb_window_t> topLevels(const Connection& conne
   return found;
 }
 
-std::vector<WindowRequest::Answer> describe(const Connection& connection, const WindowAtoms& atoms,
-                                            const WindowIds& windows, Details details) {
+std::int32_t processOf(const std::unordered_map<xcb_window_t, std::int32_t>& processes,
+                       xcb_window_t window) {
+  const auto process = processes.find(window);
+  return process == processes.end() ? 0 : process->second;
+}
+
+std::vector<WindowRequest> ask(const Connection& connection, const WindowAtoms& atoms,
+                               const WindowIds& windows, Details details) {
   std::vector<WindowRequest> requests;
   requests.reserve(windows.size());
   for (const auto window : windows) requests.emplace_back(connection, atoms, window, details);
+  return requests;
+}
+
+// The windows in their order, without those that are gone. With a process only its windows are
+// asked about further, which takes another round trip.
+std::vector<WindowRequest::Answer> describe(const Connection& connection, const WindowAtoms& atoms,
+                                            WindowIds windows, Details details,
+                                            std::optional<std::int32_t> wanted = std::nullopt) {
+  ProcessRequest processRequest(connection, atoms, windows);
+  std::vector<WindowRequest> requests;
+  if (!wanted) requests = ask(connection, atoms, windows, details);
+  const auto processes = processRequest.collect();
+  if (wanted) {
+    std::erase_if(windows, [&](auto window) { return processOf(processes, window) != *wanted; });
+    requests = ask(connection, atoms, windows, details);
+  }
   std::vector<WindowRequest::Answer> answers;
   for (auto& request : requests) {
-    if (auto answer = request.collect(atoms)) answers.push_back(std::move(*answer));
+    auto answer = request.collect(atoms);
+    if (!answer) continue;
+    answer->window.processId = processOf(processes, answer->window.id);
+    answers.push_back(std::move(*answer));
   }
   return answers;
 }
@@ -105,12 +134,6 @@ WindowIds everyCandidate(const Connection& connection, const WindowIds& clients,
   return result;
 }
 
-std::int32_t processOf(const std::unordered_map<xcb_window_t, std::int32_t>& processes,
-                       xcb_window_t window) {
-  const auto process = processes.find(window);
-  return process == processes.end() ? 0 : process->second;
-}
-
 // None and "wherever the pointer is" are no windows.
 xcb_window_t focusedTopLevel(const Connection& connection) {
   const auto asked = xcb_get_input_focus(connection.get());
@@ -121,52 +144,51 @@ xcb_window_t focusedTopLevel(const Connection& connection) {
   return found.empty() ? XCB_NONE : found.begin()->second;
 }
 
-std::vector<Window> listManaged(const Connection& connection, std::optional<std::int32_t> processId,
-                                Details details) {
-  const WindowAtoms atoms(connection);
-  const auto management = askManager(connection, atoms);
-  auto ids = management.isManaged ? management.clients : childrenOfRoot(connection);
-  const auto processes = processesOf(connection, atoms, ids);
-  if (processId) {
-    std::erase_if(ids, [&](xcb_window_t id) { return processOf(processes, id) != *processId; });
-  }
+// Front to back.
+std::vector<Window> windowsIn(std::vector<WindowRequest::Answer> answers) {
   std::vector<Window> windows;
-  for (auto& answer : describe(connection, atoms, ids, details)) {
-    if (!management.isManaged && !answer.window.isOnScreen) continue;
-    answer.window.processId = processOf(processes, answer.window.id);
-    windows.push_back(std::move(answer.window));
-  }
+  windows.reserve(answers.size());
+  for (auto& answer : answers) windows.push_back(std::move(answer.window));
   std::ranges::reverse(windows);
   return windows;
+}
+
+ManagedWindows listManaged(const Connection& connection, Details details,
+                           std::optional<std::int32_t> wanted) {
+  const WindowAtoms atoms(connection);
+  Management management(connection, atoms);
+  auto answers = describe(connection, atoms, management.clients, details, wanted);
+  if (management.isManaged()) return {windowsIn(std::move(answers)), management.active};
+  answers = describe(connection, atoms, childrenOfRoot(connection), details, wanted);
+  std::erase_if(answers, [](const auto& answer) { return !answer.window.isOnScreen; });
+  return {windowsIn(std::move(answers)), focusedTopLevel(connection)};
 }
 
 }  // namespace
 
 std::vector<Window> listManagedWindows(const Connection& connection, Details details) {
-  return listManaged(connection, std::nullopt, details);
+  return listManaged(connection, details, std::nullopt).windows;
 }
 
-std::vector<Window> listManagedWindowsOf(const Connection& connection, std::int32_t processId) {
-  return listManaged(connection, processId, Details::all);
+ManagedWindows listManagedWindowsOf(const Connection& connection, std::int32_t processId) {
+  return listManaged(connection, Details::all, processId);
 }
 
 std::vector<StackedWindow> listAllWindows(const Connection& connection) {
   const WindowAtoms atoms(connection);
-  const auto management = askManager(connection, atoms);
-  const auto frames = topLevels(connection, management.clients);
-  const std::unordered_set<xcb_window_t> clients(management.clients.begin(),
-                                                 management.clients.end());
-  const auto ids = everyCandidate(connection, management.clients, frames);
-  const auto processes = processesOf(connection, atoms, ids);
+  Management management(connection, atoms);
+  const bool isManaged = management.isManaged();
+  const WindowIds managed = isManaged ? management.clients : WindowIds{};
+  const auto frames = topLevels(connection, managed);
+  const std::unordered_set<xcb_window_t> clients(managed.begin(), managed.end());
+  const auto ids = everyCandidate(connection, managed, frames);
   std::vector<StackedWindow> windows;
   for (auto& [window, bypassesManager] : describe(connection, atoms, ids, Details::all)) {
     // Of what is no client only what is shown counts, and past a window manager only what bypasses
     // it: it has helper windows of its own.
-    if (!clients.contains(window.id) &&
-        (!window.isOnScreen || (management.isManaged && !bypassesManager))) {
+    if (!clients.contains(window.id) && (!window.isOnScreen || (isManaged && !bypassesManager))) {
       continue;
     }
-    window.processId = processOf(processes, window.id);
     const auto frame = frames.find(window.id);
     const auto topLevel = frame == frames.end() ? window.id : frame->second;
     windows.push_back({std::move(window), topLevel});
@@ -176,8 +198,8 @@ std::vector<StackedWindow> listAllWindows(const Connection& connection) {
 }
 
 xcb_window_t activeWindow(const Connection& connection) {
-  const auto management = askManager(connection, WindowAtoms(connection));
-  return management.isManaged ? management.active : focusedTopLevel(connection);
+  Management management(connection, WindowAtoms(connection));
+  return management.isManaged() ? management.active : focusedTopLevel(connection);
 }
 
 std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t window) {
@@ -192,11 +214,8 @@ std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t wind
 }
 
 std::optional<Window> describeWindow(const Connection& connection, xcb_window_t window) {
-  const WindowAtoms atoms(connection);
-  const auto processes = processesOf(connection, atoms, {window});
-  auto answers = describe(connection, atoms, {window}, Details::all);
+  auto answers = describe(connection, WindowAtoms(connection), {window}, Details::all);
   if (answers.empty()) return std::nullopt;
-  answers.front().window.processId = processOf(processes, window);
   return std::move(answers.front().window);
 }
 

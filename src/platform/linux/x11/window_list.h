@@ -33,8 +33,13 @@ struct StackedWindow : Window {
 std::vector<Window> listManagedWindows(const Connection& connection,
                                        Details details = Details::all);
 
+struct ManagedWindows {
+  std::vector<Window> windows;
+  xcb_window_t active = XCB_NONE;  // as activeWindow() tells it, whosever it is
+};
+
 // Those of one process; the others are asked for nothing but theirs.
-std::vector<Window> listManagedWindowsOf(const Connection& connection, std::int32_t processId);
+ManagedWindows listManagedWindowsOf(const Connection& connection, std::int32_t processId);
 
 // These and what is shown past the window manager: menus, tool tips and the like.
 std::vector<StackedWindow> listAllWindows(const Connection& connection);

@@ -3,6 +3,7 @@
 #include <xcb/res.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
@@ -52,25 +53,27 @@ WindowAtoms::WindowAtoms(const Connection& connection) {
   hidden = atoms[7];
 }
 
-std::unordered_map<xcb_window_t, std::int32_t> processesOf(const Connection& connection,
-                                                           const WindowAtoms& atoms,
-                                                           const WindowIds& windows) {
-  std::vector<PropertyRequest> own;
-  own.reserve(windows.size());
-  for (const auto window : windows) own.emplace_back(connection, window, atoms.processId);
+ProcessRequest::ProcessRequest(const Connection& connection, const WindowAtoms& atoms,
+                               WindowIds windows)
+    : connection_(connection), windows_(std::move(windows)) {
+  own_.reserve(windows_.size());
+  for (const auto window : windows_) own_.emplace_back(connection, window, atoms.processId);
+}
+
+std::unordered_map<xcb_window_t, std::int32_t> ProcessRequest::collect() {
   std::unordered_map<xcb_window_t, std::int32_t> processes;
   WindowIds silent;
-  for (std::size_t i = 0; i < windows.size(); ++i) {
-    const auto values = own[i].values();
+  for (std::size_t i = 0; i < windows_.size(); ++i) {
+    const auto values = own_[i].values();
     if (values.empty()) {
-      silent.push_back(windows[i]);
+      silent.push_back(windows_[i]);
     } else {
-      processes.emplace(windows[i], static_cast<std::int32_t>(values.front()));
+      processes.emplace(windows_[i], static_cast<std::int32_t>(values.front()));
     }
   }
-  if (silent.empty() || !supports(connection, Extension::resources)) return processes;
-  const auto clients = processesOfClients(connection, silent);
-  const std::uint32_t clientPart = ~connection.setup().resource_id_mask;
+  if (silent.empty() || !supports(connection_, Extension::resources)) return processes;
+  const auto clients = processesOfClients(connection_, silent);
+  const std::uint32_t clientPart = ~connection_.setup().resource_id_mask;
   for (const auto window : silent) {
     const auto client = clients.find(window & clientPart);
     if (client != clients.end()) processes.emplace(window, client->second);

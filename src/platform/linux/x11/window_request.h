@@ -23,11 +23,20 @@ struct WindowAtoms {
   xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden;
 };
 
-// The processes of windows, all asked for at once: what a window tells itself, else what the server
-// knows about its client. A window that neither knows is left out.
-std::unordered_map<xcb_window_t, std::int32_t> processesOf(const Connection& connection,
-                                                           const WindowAtoms& atoms,
-                                                           const WindowIds& windows);
+// The processes of windows, all asked for at once when this is made: what a window tells itself,
+// else what the server knows about its client.
+class ProcessRequest {
+ public:
+  ProcessRequest(const Connection& connection, const WindowAtoms& atoms, WindowIds windows);
+
+  // A window of which neither is known is left out.
+  std::unordered_map<xcb_window_t, std::int32_t> collect();
+
+ private:
+  const Connection& connection_;
+  const WindowIds windows_;
+  std::vector<PropertyRequest> own_;
+};
 
 // Everything else asked about one window, underway until it is collected, so that many windows can
 // be asked about at once.
