@@ -125,6 +125,12 @@ typedef void (*vlm_track_cb)(int32_t event, double x, double y, double width, do
 /* A key press: its Windows-style virtual-key code. A host that needs context keeps it itself. */
 typedef void (*vlm_hotkey_cb)(int32_t key);
 
+/*
+ * A block of microphone audio: mono 32-bit floats at 48000 Hz.
+ *   samples, count  the samples, lent, and their number, above 0
+ */
+typedef void (*vlm_mic_cb)(const float* samples, int32_t count, void* user);
+
 /* Results of vlm_present_enqueue. */
 enum {
   VLM_PRESENT_OK = 0,    /* the frame was handed to the display */
@@ -766,6 +772,173 @@ VLM_API bool vlm_perm_accessibility(bool prompt);
  * Lifetime:   the settings program lives on its own.
  */
 VLM_API bool vlm_perm_open_settings(const char* kind);
+
+/* ---- Audio ---------------------------------------------------------------------------------- */
+
+/*
+ * What:       Lists the audio devices as JSON: an array of objects with "name" and "uid".
+ * Parameters: input     0 for output devices, anything else for input devices.
+ *             out       the caller's memory for UTF-8 text.
+ *             capacity  its size in bytes; the text and its NUL must fit.
+ * Result:     the length of the text, its NUL not counted; ~length, that is -(length + 1), with
+ *             nothing written, when out is NULL or the capacity too small.
+ * Errors:     0 when the list can't be made.
+ * Thread:     any.
+ * Lifetime:   a snapshot; a uid stays the same from run to run.
+ */
+VLM_API int32_t vlm_audio_devices_json(int32_t input, char* out, int32_t capacity);
+
+/*
+ * What:       Records from a microphone: mono, 48000 Hz, whatever the device gives.
+ * Parameters: deviceUid  a device's uid; NULL, empty or unknown for the default input.
+ *             cb         gets every block; must not be NULL.
+ *             user       passed to cb.
+ * Result:     a microphone handle.
+ * Errors:     NULL when cb is NULL, there is no input, or it can't be started.
+ * Thread:     any. cb runs on a thread of the audio system.
+ * Lifetime:   ended by vlm_audio_in_stop.
+ */
+VLM_API void* vlm_audio_in_start(const char* deviceUid, vlm_mic_cb cb, void* user);
+
+/*
+ * What:       Ends a recording. No callback follows.
+ * Parameters: handle  a microphone.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any but the microphone's own callback.
+ * Lifetime:   ends the handle.
+ */
+VLM_API void vlm_audio_in_stop(void* handle);
+
+/*
+ * What:       Makes ready to play 32-bit float samples at 48000 Hz. Playing begins when 60 ms have
+ *             been written, and begins so again after it ran dry.
+ * Parameters: deviceUid  a device's uid; NULL, empty or unknown for the default output.
+ *             channels   2 or more for stereo, else mono.
+ * Result:     a playback handle.
+ * Errors:     NULL when the output can't be started.
+ * Thread:     any.
+ * Lifetime:   ended by vlm_audio_out_stop.
+ */
+VLM_API void* vlm_audio_out_start(const char* deviceUid, int32_t channels);
+
+/*
+ * What:       Adds samples to what is to be played. Half a second is kept; what does not fit is
+ *             lost.
+ * Parameters: handle   a playback.
+ *             samples  interleaved, copied.
+ *             count    the number of floats, not of frames.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any; never waits for the device.
+ * Lifetime:   borrows the handle; samples may be reused when the call returns.
+ */
+VLM_API void vlm_audio_out_write(void* handle, const float* samples, int32_t count);
+
+/*
+ * What:       Ends a playback at once; what has not been played is dropped.
+ * Parameters: handle  a playback.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     any.
+ * Lifetime:   ends the handle.
+ */
+VLM_API void vlm_audio_out_stop(void* handle);
+
+/*
+ * What:       Opens a sound file, to be played on the default output.
+ * Parameters: path  the file.
+ * Result:     a sound handle.
+ * Errors:     NULL when path is NULL or the file can't be opened or decoded.
+ * Thread:     any; one sound is used by one thread at a time, here and below.
+ * Lifetime:   ended by vlm_sfx_destroy.
+ */
+VLM_API void* vlm_sfx_create(const char* path);
+
+/*
+ * What:       Plays a sound from its beginning.
+ * Parameters: handle  a sound.
+ *             volume  0 to 1; anything else becomes the nearer of the two.
+ *             loops   repetitions after the first time; negative for endless.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API void vlm_sfx_play(void* handle, double volume, int32_t loops);
+
+/*
+ * What:       Plays a sound once from a place in it.
+ * Parameters: handle        a sound.
+ *             startSeconds  the place; before the beginning or after the end becomes that.
+ *             volume        0 to 1; anything else becomes the nearer of the two.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API void vlm_sfx_play_from(void* handle, double startSeconds, double volume);
+
+/*
+ * What:       Stops a sound where it is.
+ * Parameters: handle  a sound.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API void vlm_sfx_stop(void* handle);
+
+/*
+ * What:       Goes to another place in a sound; a sound that does not play starts there.
+ * Parameters: handle   a sound.
+ *             seconds  the place; before the beginning or after the end becomes that.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API void vlm_sfx_seek(void* handle, double seconds);
+
+/*
+ * What:       Where a sound is.
+ * Parameters: handle  a sound.
+ * Result:     seconds from its beginning.
+ * Errors:     0 for a NULL handle.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API double vlm_sfx_position(void* handle);
+
+/*
+ * What:       How long a sound is.
+ * Parameters: handle  a sound.
+ * Result:     seconds.
+ * Errors:     0 for a NULL handle.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API double vlm_sfx_duration(void* handle);
+
+/*
+ * What:       Tells whether a sound plays.
+ * Parameters: handle  a sound.
+ * Result:     true while it does.
+ * Errors:     false for a NULL handle.
+ * Thread:     one thread at a time.
+ * Lifetime:   borrows the handle.
+ */
+VLM_API bool vlm_sfx_is_playing(void* handle);
+
+/*
+ * What:       Stops a sound and closes it.
+ * Parameters: handle  a sound.
+ * Result:     none.
+ * Errors:     none.
+ * Thread:     one thread at a time.
+ * Lifetime:   ends the handle.
+ */
+VLM_API void vlm_sfx_destroy(void* handle);
 
 #ifdef __cplusplus
 } /* extern "C" */

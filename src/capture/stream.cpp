@@ -4,6 +4,7 @@
 #include <thread>
 #include <utility>
 
+#include "capture/audio_forwarding.h"
 #include "capture/output_size.h"
 #include "frame/await.h"
 #include "frame/log.h"
@@ -104,6 +105,9 @@ void VlmCapture::didOutputSampleBuffer(SCStream&, platform::CMSampleBuffer& samp
                                        SCStreamOutputType type) {
   handingOver_ = std::this_thread::get_id();
   if (type == SCStreamOutputType::screen) forwardFrame(sample);
+  if (type == SCStreamOutputType::audio && audioCb_ != nullptr) {
+    forwardAudio(sample, audioCb_, user_);
+  }
   handingOver_ = std::thread::id();
 }
 

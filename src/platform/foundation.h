@@ -30,4 +30,7 @@ void NSLog(std::string_view line) noexcept;
 // empty part is contained in nothing. Both are UTF-8. Any thread.
 bool localizedCaseInsensitiveContains(std::string_view text, std::string_view part);
 
+// True when the two are the same characters, however they are composed. Any thread.
+bool canonicallyEqual(std::string_view a, std::string_view b);
+
 }  // namespace vlm::platform

@@ -1,0 +1,81 @@
+#include "audio/playback_ring.h"
+
+#include <algorithm>
+
+namespace vlm::audio {
+namespace {
+
+using platform::AudioBufferList;
+
+float* samplesOf(const platform::AudioBuffer& buffer) {
+  return static_cast<float*>(buffer.mData);
+}
+
+// Frames that lie in one piece, from interleaved samples to one buffer a channel.
+void deinterleave(const float* from, std::size_t frames, std::size_t channels,
+                  AudioBufferList buffers, std::size_t at) {
+  for (std::size_t channel = 0; channel < std::min(channels, buffers.size()); ++channel) {
+    float* to = samplesOf(buffers[channel]);
+    if (to == nullptr) continue;
+    to += at;
+    if (channels == 1) {
+      std::copy_n(from, frames, to);
+    } else {
+      for (std::size_t frame = 0; frame < frames; ++frame) to[frame] = from[2 * frame + channel];
+    }
+  }
+}
+
+}  // namespace
+
+PlaybackRing::PlaybackRing(std::size_t channels)
+    : channels_(channels), ring_(channels * kFrames, 0.0F) {}
+
+std::size_t PlaybackRing::available() const {
+  return writeIdx_ >= readIdx_ ? writeIdx_ - readIdx_ : writeIdx_ + ring_.size() - readIdx_;
+}
+
+void PlaybackRing::write(std::span<const float> samples) {
+  const platform::MutexLock lock(ringLock_);
+  const std::size_t free = ring_.size() - 1 - available();
+  samples = samples.first(std::min(samples.size(), free));
+  const auto first = samples.first(std::min(samples.size(), ring_.size() - writeIdx_));
+  const auto second = samples.subspan(first.size());
+  std::ranges::copy(first, ring_.begin() + static_cast<std::ptrdiff_t>(writeIdx_));
+  std::ranges::copy(second, ring_.begin());
+  writeIdx_ += samples.size();
+  if (writeIdx_ >= ring_.size()) writeIdx_ -= ring_.size();
+}
+
+void PlaybackRing::render(std::uint32_t frames, AudioBufferList buffers) {
+  const std::size_t played = take(frames, buffers);
+  for (const auto& buffer : buffers.first(std::min(channels_, buffers.size()))) {
+    float* samples = samplesOf(buffer);
+    if (samples != nullptr) std::fill(samples + played, samples + frames, 0.0F);
+  }
+}
+
+// The frames copied: none while the cushion builds up.
+std::size_t PlaybackRing::take(std::size_t frames, AudioBufferList buffers) {
+  const platform::MutexLock lock(ringLock_);
+  const std::size_t there = available() / channels_;
+  if (!primed_ && there < kPrimeFrames) return 0;
+  const std::size_t count = std::min(there, frames);
+  copyOut(count, buffers);
+  primed_ = there >= frames;
+  return count;
+}
+
+void PlaybackRing::copyOut(std::size_t frames, AudioBufferList buffers) {
+  // The ring holds a whole number of frames, and frames start at their multiples: none is split.
+  std::size_t done = 0;
+  while (done < frames) {
+    const std::size_t piece = std::min(frames - done, (ring_.size() - readIdx_) / channels_);
+    deinterleave(ring_.data() + readIdx_, piece, channels_, buffers, done);
+    readIdx_ += piece * channels_;
+    if (readIdx_ == ring_.size()) readIdx_ = 0;
+    done += piece;
+  }
+}
+
+}  // namespace vlm::audio

@@ -1,0 +1,75 @@
+#include "capture/audio_forwarding.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <vector>
+
+#include "platform/core_media_audio.h"
+
+namespace vlm::capture {
+namespace {
+
+using platform::AudioBuffer;
+using platform::noErr;
+
+struct Shape {
+  std::int32_t frames;
+  std::int32_t channels;
+  std::int32_t sampleRate;
+};
+
+std::int32_t wholeRate(double rate) {
+  if (!(rate > 0)) return 0;
+  constexpr double kHighest = std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::int32_t>(std::min(rate, kHighest));
+}
+
+// One buffer a channel becomes frame after frame. A channel without samples stays silent; buffers
+// beyond the channels of the format have no place in a frame.
+std::vector<float> interleave(std::span<const AudioBuffer> buffers, const Shape& shape) {
+  const auto frames = static_cast<std::size_t>(shape.frames);
+  const auto channels = static_cast<std::size_t>(shape.channels);
+  std::vector<float> block(frames * channels, 0.0F);
+  for (std::size_t channel = 0; channel < std::min(buffers.size(), channels); ++channel) {
+    const auto* samples = static_cast<const float*>(buffers[channel].mData);
+    if (samples == nullptr) continue;
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+      block[frame * channels + channel] = samples[frame];
+    }
+  }
+  return block;
+}
+
+}  // namespace
+
+void forwardAudio(platform::CMSampleBuffer& sample, vlm_audio_cb audioCb, void* user) {
+  const auto* format = platform::CMSampleBufferGetFormatDescription(sample);
+  const auto* description =
+      format ? platform::CMAudioFormatDescriptionGetStreamBasicDescription(*format) : nullptr;
+  if (description == nullptr) return;
+  const Shape shape{static_cast<std::int32_t>(platform::CMSampleBufferGetNumSamples(sample)),
+                    static_cast<std::int32_t>(description->mChannelsPerFrame),
+                    wholeRate(description->mSampleRate)};
+  std::vector<AudioBuffer> list(std::size_t{description->mChannelsPerFrame} + 1);
+  std::size_t count = 0;
+  platform::Ref<platform::CMBlockBuffer> block;
+  if (platform::CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer(sample, list, count,
+                                                                        block) != noErr) {
+    return;
+  }
+  const auto deliver = [&](const float* samples) {
+    audioCb(samples, shape.frames, shape.channels, shape.sampleRate, user);
+  };
+  if (count == 1) {
+    const auto* samples = static_cast<const float*>(list.front().mData);
+    if (samples != nullptr) deliver(samples);
+  } else if (count > 1) {
+    deliver(interleave(std::span(list).first(count), shape).data());
+  }
+}
+
+}  // namespace vlm::capture
