@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "audio/devices.h"
+#include "frame/guard.h"
 
 namespace vlm::audio {
 namespace {
@@ -36,10 +37,10 @@ bool MicCapture::startEngine(const std::optional<std::string>& deviceUid) {
   const auto format = input.inputFormatForBus(kBus);
   if (!(format.sampleRate > 0) || format.channelCount == 0) return false;
   converter_ = platform::AVAudioConverter::initFromFormat(format, kOutFormat);
-  input.installTapOnBus(kBus, kTapFrames, format,
-                        [weak = weak_from_this()](const std::shared_ptr<AVAudioPCMBuffer>& buffer) {
-                          if (const auto self = weak.lock()) self->delivery(buffer);
-                        });
+  const auto block = [weak = weak_from_this()](const std::shared_ptr<AVAudioPCMBuffer>& buffer) {
+    if (const auto self = weak.lock()) frame::guarded([&] { self->delivery(buffer); });
+  };
+  input.installTapOnBus(kBus, kTapFrames, format, block);
   engine_->prepare();
   return !engine_->start();
 }

@@ -11,18 +11,33 @@ float* samplesOf(const platform::AudioBuffer& buffer) {
   return static_cast<float*>(buffer.mData);
 }
 
-// Frames that lie in one piece, from interleaved samples to one buffer a channel.
+float* samplesOf(AudioBufferList buffers, std::size_t channel) {
+  return channel < buffers.size() ? samplesOf(buffers[channel]) : nullptr;
+}
+
+void takeApart(const float* from, std::size_t frames, float* left, float* right) {
+  for (std::size_t frame = 0; frame < frames; ++frame) {
+    left[frame] = from[2 * frame];
+    right[frame] = from[2 * frame + 1];
+  }
+}
+
+// One channel of frames that lie in one piece.
+void pick(const float* from, std::size_t frames, std::size_t channels, float* to) {
+  for (std::size_t frame = 0; frame < frames; ++frame) to[frame] = from[channels * frame];
+}
+
+// Frames that lie in one piece, from interleaved samples to one buffer a channel, from `at` on.
 void deinterleave(const float* from, std::size_t frames, std::size_t channels,
                   AudioBufferList buffers, std::size_t at) {
-  for (std::size_t channel = 0; channel < std::min(channels, buffers.size()); ++channel) {
-    float* to = samplesOf(buffers[channel]);
-    if (to == nullptr) continue;
-    to += at;
-    if (channels == 1) {
-      std::copy_n(from, frames, to);
-    } else {
-      for (std::size_t frame = 0; frame < frames; ++frame) to[frame] = from[2 * frame + channel];
-    }
+  float* first = samplesOf(buffers, 0);
+  float* second = channels == 2 ? samplesOf(buffers, 1) : nullptr;
+  if (first != nullptr && second != nullptr) {
+    takeApart(from, frames, first + at, second + at);
+  } else if (first != nullptr) {
+    pick(from, frames, channels, first + at);
+  } else if (second != nullptr) {
+    pick(from + 1, frames, channels, second + at);
   }
 }
 

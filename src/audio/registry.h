@@ -24,9 +24,9 @@ class Registry {
 
   void* add(std::shared_ptr<T> object) {
     const platform::MutexLock lock(audioLock());
-    void* handle = T::give(object);
-    entries_.emplace(handle, std::move(object));
-    return handle;
+    // First, since it may find no memory: then no handle has been given.
+    entries_.emplace(object.get(), object);
+    return T::give(std::move(object));
   }
 
   // Null for a handle that is not there.

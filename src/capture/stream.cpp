@@ -7,6 +7,7 @@
 #include "capture/audio_forwarding.h"
 #include "capture/output_size.h"
 #include "frame/await.h"
+#include "frame/guard.h"
 #include "frame/log.h"
 #include "frame/media_time.h"
 
@@ -106,7 +107,7 @@ void VlmCapture::didOutputSampleBuffer(SCStream&, platform::CMSampleBuffer& samp
   handingOver_ = std::this_thread::get_id();
   if (type == SCStreamOutputType::screen) forwardFrame(sample);
   if (type == SCStreamOutputType::audio && audioCb_ != nullptr) {
-    forwardAudio(sample, audioCb_, user_);
+    frame::guarded([&] { forwardAudio(sample, audioCb_, user_); });
   }
   handingOver_ = std::thread::id();
 }

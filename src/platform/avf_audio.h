@@ -32,8 +32,8 @@ class AVAudioPCMBuffer {
   virtual std::uint32_t frameCapacity() const = 0;
   virtual std::uint32_t frameLength() const = 0;
   virtual void setFrameLength(std::uint32_t frames) = 0;
-  // The samples of one channel, or all of them when they are interleaved; null when the buffer
-  // holds no floats.
+  // The first sample of a channel; the next one follows it, or comes after those of the other
+  // channels when they are interleaved. Null for a channel that is not there, or without floats.
   virtual float* floatChannelData(std::uint32_t channel) = 0;
 };
 

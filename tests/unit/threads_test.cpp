@@ -150,5 +150,45 @@ TEST(Threads, TrackersEndWhileNotificationsArrive) {
   }
 }
 
+void receiveSamples(const float*, int32_t, void* user) {
+  static_cast<Receiver*>(user)->take();
+}
+
+TEST(Threads, SoundIsWrittenRenderedTappedAndStoppedAtOnce) {
+  Machine machine(Machine::Queues::threads);
+  for (int round = 0; round < kRounds; ++round) {
+    Receiver receiver;
+    void* playback = vlm_audio_out_start(nullptr, 2);
+    const auto output = machine.audio.engines.back().lock();
+    void* microphone = vlm_audio_in_start(nullptr, receiveSamples, &receiver);
+    const auto input = machine.audio.engines.back().lock();
+    std::atomic<bool> started = false;
+    std::thread writer([&] {
+      const std::vector<float> samples(961, 0.5F);
+      for (int i = 0; i < 60; ++i) vlm_audio_out_write(playback, samples.data(), 961);
+    });
+    std::thread platformThread([&] {
+      std::vector<float> left(512), right(512);
+      const platform::AudioBuffer list[] = {{1, 2048, left.data()}, {1, 2048, right.data()}};
+      const auto tapped =
+          platform::AVAudioPCMBuffer::initWithPCMFormat(machine.audio.inputFormat, 960);
+      tapped->setFrameLength(960);
+      for (int i = 0; i < 40; ++i) {
+        output->render(512, list);
+        input->tap(tapped);
+        started = true;
+      }
+    });
+    while (!started) std::this_thread::yield();
+    vlm_audio_out_stop(playback);
+    vlm_audio_in_stop(microphone);
+    receiver.ended = true;
+    writer.join();
+    platformThread.join();
+    EXPECT_GT(receiver.count, 0);
+    EXPECT_EQ(receiver.late, 0);
+  }
+}
+
 }  // namespace
 }  // namespace vlm::test

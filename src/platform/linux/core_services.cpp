@@ -48,6 +48,13 @@ OSStatus CMSampleBufferCreateReadyWithImageBuffer(Ref<CVPixelBuffer> image,
   return portable::createImageSample(std::move(image), std::move(description), timing, out);
 }
 
+OSStatus CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer(CMSampleBuffer& sample,
+                                                                 std::span<AudioBuffer> list,
+                                                                 std::size_t& count,
+                                                                 Ref<CMBlockBuffer>& block) {
+  return portable::audioBufferList(sample, list, count, block);
+}
+
 vImage_Error vImageConvert_YpCbCrToARGB_GenerateConversion(const vImage_YpCbCrToARGBMatrix& matrix,
                                                            const vImage_YpCbCrPixelRange& range,
                                                            vImage_YpCbCrToARGB& out) {

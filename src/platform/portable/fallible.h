@@ -5,7 +5,7 @@
 #include <span>
 
 #include "platform/accelerate.h"
-#include "platform/core_media.h"
+#include "platform/core_media_audio.h"
 #include "platform/core_video.h"
 
 // The work of those operations that a platform may want to refuse before it is done. Each platform
@@ -30,6 +30,9 @@ OSStatus createDataSample(Ref<CMBlockBuffer> data, Ref<CMFormatDescription> desc
                           std::span<const CMSampleTimingInfo> timing, Ref<CMSampleBuffer>& out);
 OSStatus createImageSample(Ref<CVPixelBuffer> image, Ref<CMFormatDescription> description,
                            const CMSampleTimingInfo& timing, Ref<CMSampleBuffer>& out);
+
+OSStatus audioBufferList(CMSampleBuffer& sample, std::span<AudioBuffer> list, std::size_t& count,
+                         Ref<CMBlockBuffer>& block);
 
 vImage_Error generateConversion(const vImage_YpCbCrToARGBMatrix& matrix,
                                 const vImage_YpCbCrPixelRange& range, vImage_YpCbCrToARGB& out);

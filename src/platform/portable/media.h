@@ -3,9 +3,10 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
-#include "platform/core_media.h"
+#include "platform/core_media_audio.h"
 #include "platform/portable/object.h"
 #include "platform/portable/pixel_buffer.h"
 
@@ -26,6 +27,7 @@ class CMFormatDescription : public Object {
   std::vector<std::optional<std::vector<std::uint8_t>>> parameterSets;
   std::size_t width = 0;
   std::size_t height = 0;
+  std::optional<AudioStreamBasicDescription> audio;
 };
 
 class CMSampleBuffer : public Object {
@@ -33,6 +35,9 @@ class CMSampleBuffer : public Object {
   bool valid = true;
   Ref<CMBlockBuffer> data;
   Ref<CVPixelBuffer> image;
+  // Of a sample of audio: the frames, and where in the data they lie.
+  std::int64_t frames = 0;
+  std::vector<AudioBuffer> audio;
   Ref<CMFormatDescription> description;
   CMSampleTimingInfo timing;
   // The array of attachment dictionaries; null until it is made.
@@ -40,5 +45,9 @@ class CMSampleBuffer : public Object {
   // False for a sample whose attachments can't be made when they are missing.
   bool attachable = true;
 };
+
+// A sample of interleaved audio in one buffer.
+Ref<CMSampleBuffer> makeAudioSample(std::span<const float> samples,
+                                    const AudioStreamBasicDescription& format, CMTime time);
 
 }  // namespace vlm::platform

@@ -92,6 +92,15 @@ OSStatus CMSampleBufferCreateReadyWithImageBuffer(Ref<CVPixelBuffer> image,
   });
 }
 
+OSStatus CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer(CMSampleBuffer& sample,
+                                                                 std::span<AudioBuffer> list,
+                                                                 std::size_t& count,
+                                                                 Ref<CMBlockBuffer>& block) {
+  return unlessRefused("CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer",
+                       {number(list.size())},
+                       [&] { return portable::audioBufferList(sample, list, count, block); });
+}
+
 vImage_Error vImageConvert_YpCbCrToARGB_GenerateConversion(const vImage_YpCbCrToARGBMatrix& matrix,
                                                            const vImage_YpCbCrPixelRange& range,
                                                            vImage_YpCbCrToARGB& out) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <string>
 
 #include "platform/scripted/machine.h"
 
@@ -22,6 +23,20 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
   };
   return !part.empty() &&
          std::search(text.begin(), text.end(), part.begin(), part.end(), same) != text.end();
+}
+
+// It knows one letter with two spellings.
+bool canonicallyEqual(std::string_view a, std::string_view b) {
+  const auto composed = [](std::string_view text) {
+    constexpr std::string_view kDecomposed = "e\xCC\x81";
+    std::string result(text);
+    for (auto at = result.find(kDecomposed); at != std::string::npos;
+         at = result.find(kDecomposed)) {
+      result.replace(at, kDecomposed.size(), "\xC3\xA9");
+    }
+    return result;
+  };
+  return composed(a) == composed(b);
 }
 
 }  // namespace vlm::platform

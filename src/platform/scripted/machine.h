@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/dispatch.h"
+#include "platform/scripted/audio_stage.h"
 #include "platform/scripted/av_foundation.h"
 #include "platform/scripted/desktop_stage.h"
 #include "platform/scripted/journal.h"
@@ -43,6 +44,7 @@ class Machine {
   DisplayStage display;
   SystemStage system;
   DesktopStage desktop;
+  AudioStage audio;
 
   // Shorthands for the usual faults.
   void refuse(std::string prefix, OSStatus status, int times = 1, int passing = 0);
