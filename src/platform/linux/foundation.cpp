@@ -40,4 +40,16 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
   return !part.empty() && comparable(text).find(comparable(part)) != std::string::npos;
 }
 
+bool canonicallyEqual(std::string_view a, std::string_view b) {
+  if (a == b) return true;
+  const auto decomposed = [](std::string_view text) {
+    return OwnedText(
+        g_utf8_normalize(text.data(), static_cast<gssize>(text.size()), G_NORMALIZE_DEFAULT));
+  };
+  const auto left = decomposed(a);
+  const auto right = decomposed(b);
+  // What is not UTF-8 has no other form.
+  return left && right && std::string_view(left.get()) == right.get();
+}
+
 }  // namespace vlm::platform

@@ -1,26 +1,39 @@
+#include <chrono>
 #include <memory>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
+#include "platform/linux/pulse/system_audio.h"
 #include "platform/linux/screen/capture_thread.h"
 #include "platform/mutex.h"
+#include "platform/portable/media.h"
 #include "platform/screen_capture_kit.h"
 
 namespace vlm::platform {
 namespace {
 
-// A receiver of pictures and the queue that it wants them on.
+// A receiver of samples of one type and the queue that it wants them on.
 struct Output {
+  SCStreamOutputType type;
   std::weak_ptr<SCStreamOutput> output;
   std::shared_ptr<DispatchQueue> queue;
 };
 
-Ref<CMSampleBuffer> sampleOf(Ref<CVPixelBuffer> picture, screen::Clock::time_point time) {
+// Held by every block of audio that waits in a receiver's queue. A receiver that does not keep up
+// loses the blocks beyond a second.
+struct Ticket {};
+constexpr long kMostWaitingBlocks = 50;
+
+CMTime mediaTime(std::chrono::steady_clock::time_point time) {
   constexpr std::int32_t kNanoseconds = 1'000'000'000;
-  const auto sinceStart = std::chrono::nanoseconds(time.time_since_epoch());
+  return CMTimeMake(std::chrono::nanoseconds(time.time_since_epoch()).count(), kNanoseconds);
+}
+
+Ref<CMSampleBuffer> sampleOf(Ref<CVPixelBuffer> picture, screen::Clock::time_point time) {
   CMSampleTimingInfo timing;
-  timing.presentationTimeStamp = CMTimeMake(sinceStart.count(), kNanoseconds);
+  timing.presentationTimeStamp = mediaTime(time);
   Ref<CMFormatDescription> description;
   Ref<CMSampleBuffer> sample;
   if (CMVideoFormatDescriptionCreateForImageBuffer(*picture, description) != noErr ||
@@ -45,11 +58,8 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
   std::optional<NSError> addStreamOutput(std::weak_ptr<SCStreamOutput> output,
                                          SCStreamOutputType type,
                                          std::shared_ptr<DispatchQueue> queue) override {
-    if (type != SCStreamOutputType::screen) {
-      return NSError{"system audio is not captured on this platform yet"};
-    }
     MutexLock lock(mutex_);
-    outputs_.push_back({std::move(output), std::move(queue)});
+    outputs_.push_back({type, std::move(output), std::move(queue)});
     return std::nullopt;
   }
 
@@ -63,6 +73,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
       if (!thread_) {
         thread_ = std::make_unique<screen::CaptureThread>(filter_, configuration_,
                                                           handlers(std::move(handler), outputs_));
+        if (configuration_.capturesAudio.value_or(false)) startAudio(outputs_);
         return;
       }
     }
@@ -71,11 +82,14 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
 
   void stopCaptureWithCompletionHandler(CompletionHandler handler) override {
     std::unique_ptr<screen::CaptureThread> thread;
+    std::unique_ptr<pulse::SystemAudio> audio;
     {
       MutexLock lock(mutex_);
       thread = std::move(thread_);
+      audio = std::move(audio_);
     }
     thread = nullptr;
+    audio = nullptr;
     handler(std::nullopt);
   }
 
@@ -89,7 +103,27 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
         configuration.height > kLargestSide || configuration.queueDepth < 1) {
       return NSError{"the size of the picture or of the queue is out of range"};
     }
+    if (configuration.capturesAudio.value_or(false) &&
+        (configuration.sampleRate != int{pulse::SystemAudio::kSampleRate} ||
+         configuration.channelCount != int{pulse::SystemAudio::kChannels})) {
+      return NSError{"audio is captured in stereo at 48 kHz on this platform"};
+    }
     return std::nullopt;
+  }
+
+  void startAudio(std::vector<Output> outputs) VLM_REQUIRES(mutex_) {
+    const bool excludesOwn = configuration_.excludesCurrentProcessAudio.value_or(false);
+    audio_ = std::make_unique<pulse::SystemAudio>(
+        excludesOwn,
+        [self = weak_from_this(), outputs = std::move(outputs),
+         backlog = std::make_shared<Ticket>()](std::span<const float> samples,
+                                               std::chrono::steady_clock::time_point time) {
+          if (backlog.use_count() > kMostWaitingBlocks) return;
+          const auto sample = makeAudioSample(
+              samples, {pulse::SystemAudio::kSampleRate, pulse::SystemAudio::kChannels},
+              mediaTime(time));
+          submit(self, outputs, SCStreamOutputType::audio, sample, backlog);
+        });
   }
 
   screen::CaptureThread::Handlers handlers(CompletionHandler started, std::vector<Output> outputs) {
@@ -99,7 +133,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
                 [self, outputs = std::move(outputs)](Ref<CVPixelBuffer> picture,
                                                      screen::Clock::time_point time) {
                   if (auto sample = sampleOf(std::move(picture), time)) {
-                    for (const auto& output : outputs) submit(self, output, sample);
+                    submit(self, outputs, SCStreamOutputType::screen, sample);
                   }
                 },
             .ended =
@@ -110,15 +144,17 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
                 }};
   }
 
-  static void submit(const std::weak_ptr<ScreenStream>& self, const Output& output,
-                     const Ref<CMSampleBuffer>& sample) {
-    output.queue->async([self, receiver = output.output, sample] {
-      const auto stream = self.lock();
-      const auto listener = receiver.lock();
-      if (stream && listener) {
-        listener->didOutputSampleBuffer(*stream, *sample, SCStreamOutputType::screen);
-      }
-    });
+  static void submit(const std::weak_ptr<ScreenStream>& self, const std::vector<Output>& outputs,
+                     SCStreamOutputType type, const Ref<CMSampleBuffer>& sample,
+                     const std::shared_ptr<Ticket>& ticket = nullptr) {
+    for (const auto& output : outputs) {
+      if (output.type != type) continue;
+      output.queue->async([self, receiver = output.output, sample, type, ticket] {
+        const auto stream = self.lock();
+        const auto listener = receiver.lock();
+        if (stream && listener) listener->didOutputSampleBuffer(*stream, *sample, type);
+      });
+    }
   }
 
   const std::shared_ptr<const ContentFilter> filter_;
@@ -128,6 +164,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
   Mutex mutex_;
   std::vector<Output> outputs_ VLM_GUARDED_BY(mutex_);
   std::unique_ptr<screen::CaptureThread> thread_ VLM_GUARDED_BY(mutex_);
+  std::unique_ptr<pulse::SystemAudio> audio_ VLM_GUARDED_BY(mutex_);
 };
 
 }  // namespace

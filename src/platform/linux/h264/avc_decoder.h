@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/h264/libav.h"
+#include "platform/linux/libav.h"
 
 namespace vlm::platform {
 

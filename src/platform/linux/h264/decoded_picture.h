@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "platform/linux/h264/libav.h"
+#include "platform/linux/libav.h"
 #include "platform/portable/pixel_buffer.h"
 
 namespace vlm::platform {

@@ -1,0 +1,76 @@
+#include <utility>
+
+#include "platform/linux/pulse/engine_nodes.h"
+
+namespace vlm::platform {
+namespace {
+
+using pulse::Connection;
+using pulse::SourceNode;
+
+class Engine final : public AVAudioEngine {
+ public:
+  ~Engine() override { stopNodes(); }
+
+  AVAudioInputNode& inputNode() override { return input_; }
+  AVAudioOutputNode& outputNode() override { return output_; }
+
+  // A node that is not connected plays nothing.
+  void attachNode(std::shared_ptr<AVAudioSourceNode> node) override {
+    // Every source node of this platform is of its own making.
+    attached_ = std::static_pointer_cast<SourceNode>(std::move(node));
+  }
+
+  // The server mixes and converts, and the format is the node's own.
+  void connectToMainMixer(AVAudioSourceNode& node, const AVAudioFormat&) override {
+    if (attached_.get() == &node) output_.setSource(attached_);
+  }
+
+  void prepare() override {}
+
+  std::optional<NSError> start() override {
+    stopNodes();
+    connection_ = Connection::open();
+    if (!connection_) return NSError{"there is no sound server"};
+    if (input_.isWanted() && !input_.start(*connection_)) return failure();
+    if (output_.isWanted() && !output_.start(*connection_)) return failure();
+    return std::nullopt;
+  }
+
+  void stop() override { stopNodes(); }
+
+ private:
+  NSError failure() {
+    NSError error;
+    {
+      const Connection::Lock lock(*connection_);
+      error.localizedDescription = lastError(*connection_);
+    }
+    stopNodes();
+    return error;
+  }
+
+  void stopNodes() {
+    input_.stop();
+    output_.stop();
+    connection_ = nullptr;
+  }
+
+  pulse::InputNode input_;
+  pulse::OutputNode output_;
+  std::shared_ptr<SourceNode> attached_;
+  std::unique_ptr<Connection> connection_;
+};
+
+}  // namespace
+
+std::shared_ptr<AVAudioSourceNode> AVAudioSourceNode::initWithFormat(
+    const AVAudioFormat& format, AVAudioSourceNodeRenderBlock block) {
+  return std::make_shared<SourceNode>(format, std::move(block));
+}
+
+std::shared_ptr<AVAudioEngine> AVAudioEngine::make() {
+  return std::make_shared<Engine>();
+}
+
+}  // namespace vlm::platform
