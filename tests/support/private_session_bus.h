@@ -1,12 +1,9 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "support/child_process.h"
+#include "support/private_home.h"
 
 namespace vlm::test {
 
@@ -27,10 +24,7 @@ class PrivateSessionBus {
   void lockKeyring();
 
  private:
-  void setVariable(const std::string& name, const std::string& value);
-
-  std::filesystem::path home_;
-  std::vector<std::pair<std::string, std::optional<std::string>>> before_;
+  PrivateHome home_;
   std::optional<ChildProcess> bus_;
   std::optional<ChildProcess> keyring_;
 };
