@@ -165,6 +165,46 @@ static void input(void) {
   vlm_hotkey_monitor_stop();
 }
 
+static void onMicrophone(const float* samples, int32_t count, void* user) {
+  (void)samples, (void)count;
+  ++*(int*)user;
+}
+
+static void audio(void) {
+  int calls = 0;
+  const float sample = 0;
+  char text[3] = "..";
+  /* The test runs without a sound server: there are no devices. */
+  EXPECT(vlm_audio_devices_json(0, NULL, 3) == ~2);
+  EXPECT(vlm_audio_devices_json(1, text, 2) == ~2);
+  EXPECT(strcmp(text, "..") == 0);
+  EXPECT(vlm_audio_devices_json(-1, text, 3) == 2);
+  EXPECT(strcmp(text, "[]") == 0);
+  EXPECT(vlm_audio_in_start(NULL, NULL, NULL) == NULL);
+  /* On a platform that starts them all the same they are ended at once. */
+  vlm_audio_in_stop(vlm_audio_in_start("no such device", onMicrophone, &calls));
+  vlm_audio_out_stop(vlm_audio_out_start("no such device", -1));
+  vlm_audio_in_stop(NULL);
+  vlm_audio_out_write(NULL, &sample, 1);
+  vlm_audio_out_write(&calls, &sample, 1);
+  vlm_audio_out_stop(NULL);
+  EXPECT(calls == 0);
+}
+
+static void soundEffects(void) {
+  EXPECT(vlm_sfx_create(NULL) == NULL);
+  EXPECT(vlm_sfx_create("") == NULL);
+  EXPECT(vlm_sfx_create("no such file") == NULL);
+  vlm_sfx_play(NULL, 1, 0);
+  vlm_sfx_play_from(NULL, 0, 1);
+  vlm_sfx_stop(NULL);
+  vlm_sfx_seek(NULL, 1);
+  EXPECT(vlm_sfx_position(NULL) == 0);
+  EXPECT(vlm_sfx_duration(NULL) == 0);
+  EXPECT(!vlm_sfx_is_playing(NULL));
+  vlm_sfx_destroy(NULL);
+}
+
 static void systemServices(void) {
   uint8_t byte = 7;
   char text[64] = "untouched";
@@ -199,5 +239,7 @@ int main(void) {
   windows();
   input();
   systemServices();
+  audio();
+  soundEffects();
   return failures == 0 ? 0 : 1;
 }
