@@ -21,6 +21,9 @@ using Capture = Handle<vlm_capture_stop>;
 using Encoder = Handle<vlm_enc_destroy>;
 using Decoder = Handle<vlm_dec_destroy>;
 using Presenter = Handle<vlm_present_destroy>;
+using Microphone = Handle<vlm_audio_in_stop>;
+using Playback = Handle<vlm_audio_out_stop>;
+using Sound = Handle<vlm_sfx_destroy>;
 using PixelBuffer = Handle<vlm_pixbuf_release>;
 
 // Keeps a buffer that a callback only lends.

@@ -25,6 +25,8 @@ void addOptions(CLI::App& command, ShareOptions& options) {
   stream.add_option("--keyframe-every", options.keyframeEvery, "Ask for key frames at this pace")
       ->type_name("SECONDS")
       ->check(CLI::Range(0.001, 1e9).description(""));
+  stream.add_option("--audio", options.audioFile, "Write what other programs play to a file")
+      ->type_name("FILE.wav");
   stream.add_option("--bitrate-change", options.bitRateChanges, "Another bit rate, like 2M@5")
       ->type_name("RATE@SECOND")
       ->allow_extra_args(false);

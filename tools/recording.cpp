@@ -17,6 +17,10 @@ void Recording::write(std::span<const std::uint8_t> bytes) {
   if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) fail();
 }
 
+void Recording::rewind() {
+  if (std::fseek(file_.get(), 0, SEEK_SET) != 0) fail();
+}
+
 void Recording::finish() {
   if (std::fclose(file_.release()) != 0) fail();
 }

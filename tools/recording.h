@@ -14,6 +14,8 @@ class Recording {
   explicit Recording(std::string path);
 
   void write(std::span<const std::uint8_t> bytes);
+  // Goes back to the beginning, where the next write overwrites.
+  void rewind();
   // Makes sure that everything has reached the file. Nothing is written afterwards.
   void finish();
 

@@ -47,23 +47,27 @@ Sharer::Sharer(const SharingOptions& options, MainLoop& loop, SharedCounts& coun
       counts_(counts),
       sink_(std::move(sink)),
       watch_(loop, options.target.window.value_or(0)) {
+  constexpr std::uint16_t kChannels = 2;
+  constexpr std::uint32_t kSampleRate = 48000;
+  if (!options.audioFile.empty()) audio_.emplace(options.audioFile, kChannels, kSampleRate);
   setBitRate(options.bitRate);
   startCapture();
   loop_.every(kLossCheck, [this] { repeatIfLost(); });
 }
 
 void Sharer::startCapture() {
-  const auto& [target, fps, maxSize, bitRate, lowLatency] = options_;
-  const auto [maxW, maxH] = maxSize;
+  const auto& target = options_.target;
+  const auto fps = options_.fps;
+  const auto [maxW, maxH] = options_.maxSize;
+  const vlm_audio_cb audio = audio_ ? onAudio : nullptr;
   if (target.window) {
-    capture_.reset(
-        vlm_capture_start_window(*target.window, fps, maxW, maxH, onFrame, nullptr, this));
+    capture_.reset(vlm_capture_start_window(*target.window, fps, maxW, maxH, onFrame, audio, this));
   } else if (target.application) {
-    capture_.reset(vlm_capture_start_app(target.application->c_str(), fps, maxW, maxH, onFrame,
-                                         nullptr, this));
+    capture_.reset(
+        vlm_capture_start_app(target.application->c_str(), fps, maxW, maxH, onFrame, audio, this));
   } else {
     capture_.reset(
-        vlm_capture_start_display(target.display, fps, maxW, maxH, onFrame, nullptr, this));
+        vlm_capture_start_display(target.display, fps, maxW, maxH, onFrame, audio, this));
   }
   if (!capture_) throw Failure(whyNotStarted(target));
 }
@@ -86,6 +90,12 @@ void Sharer::requestKeyframe() {
 }
 
 void Sharer::stop() {
+  endCapture();
+  if (audio_) audio_->finish();
+  audio_.reset();
+}
+
+void Sharer::endCapture() {
   capture_.reset();
   // Taken out first: what is in flight is delivered while the encoder ends.
   encoding_.with([](Encoding& encoding) {
@@ -98,6 +108,13 @@ void Sharer::onFrame(void* pixbuf, std::int32_t width, std::int32_t height, std:
                      void* self) {
   auto& sharer = *static_cast<Sharer*>(self);
   sharer.loop_.guarded([&] { sharer.encodeNew(pixbuf, {width, height}, ptsNs); });
+}
+
+void Sharer::onAudio(const float* samples, std::int32_t frames, std::int32_t channels, std::int32_t,
+                     void* self) {
+  auto& sharer = *static_cast<Sharer*>(self);
+  const auto count = static_cast<std::size_t>(frames) * static_cast<std::size_t>(channels);
+  sharer.loop_.guarded([&] { sharer.audio_->write({samples, count}); });
 }
 
 void Sharer::onEncoded(const std::uint8_t* data, std::int32_t size, bool keyframe,

@@ -12,6 +12,7 @@
 #include "main_loop.h"
 #include "target_watch.h"
 #include "values.h"
+#include "wav_file.h"
 
 namespace vlm::tools {
 
@@ -28,6 +29,7 @@ struct SharingOptions {
   Size maxSize;  // no limit when empty
   BitRate bitRate{8'000'000};
   bool lowLatency = false;
+  std::string audioFile;  // where the system's audio goes; none when empty
 };
 
 std::string description(const Target& target);
@@ -42,7 +44,7 @@ class Sharer {
 
   // Starts at once.
   Sharer(const SharingOptions& options, MainLoop& loop, SharedCounts& counts, Sink sink);
-  ~Sharer() { stop(); }
+  ~Sharer() { endCapture(); }
   Sharer(const Sharer&) = delete;
   Sharer& operator=(const Sharer&) = delete;
 
@@ -52,7 +54,7 @@ class Sharer {
   void setBitRate(BitRate bitRate);
   // Captures anew with another limit; the stream goes on.
   void setMaxSize(Size maxSize);
-  // Ends the capture, then delivers what is in flight.
+  // Ends the capture, then delivers what is in flight. Throws when a file can't be finished.
   void stop();
 
  private:
@@ -69,8 +71,11 @@ class Sharer {
                       void* self);
   static void onEncoded(const std::uint8_t* data, std::int32_t size, bool keyframe,
                         std::int64_t ptsNs, void* self);
+  static void onAudio(const float* samples, std::int32_t frames, std::int32_t channels,
+                      std::int32_t sampleRate, void* self);
 
   void startCapture();
+  void endCapture();
   void encodeNew(void* pixbuf, Size size, std::int64_t ptsNs);
   void submit(Encoding& encoding, void* pixbuf, std::int64_t ptsNs, bool forceKeyframe);
   void repeatLast(Encoding& encoding, bool forceKeyframe);
@@ -85,6 +90,8 @@ class Sharer {
   std::atomic<std::int64_t> encodedPts_ = 0;
   std::atomic<std::int64_t> keyframePts_ = 0;
   Locked<Encoding> encoding_;
+  // Of the capture's queue while a capture runs.
+  std::optional<WavFile> audio_;
   Capture capture_;
 };
 
