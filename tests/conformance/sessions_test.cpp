@@ -115,32 +115,6 @@ TEST_P(CompressionOf, HandlesEveryAcceptedFrameOnceAndInOrder) {
 
 INSTANTIATE_TEST_SUITE_P(Sessions, CompressionOf, ::testing::ValuesIn(kFormats));
 
-TEST(Sessions, PropertiesOfAnotherTypeAreRefused) {
-  test::Stage stage;
-  Compression compression;
-  const struct {
-    std::string_view key;
-    CFValue value;
-    OSStatus status;
-  } cases[] = {
-      {kVTCompressionPropertyKey_RealTime, 1, kVTParameterErr},
-      {kVTCompressionPropertyKey_ProfileLevel, kVTProfileLevel_H264_Main_AutoLevel, noErr},
-      {kVTCompressionPropertyKey_ProfileLevel, 77, kVTParameterErr},
-      {kVTCompressionPropertyKey_ExpectedFrameRate, true, kVTParameterErr},
-      {kVTCompressionPropertyKey_AverageBitRate, CFValue(), kVTParameterErr},
-      {kVTCompressionPropertyKey_DataRateLimits, CFArray{625000.0, 1.0}, noErr},
-      {kVTCompressionPropertyKey_DataRateLimits, CFArray{625000.0}, kVTParameterErr},
-      {"NoSuchProperty", true, kVTPropertyNotSupportedErr},
-  };
-  for (const auto& each : cases) {
-    EXPECT_EQ(VTSessionSetProperty(*compression.session, each.key, each.value), each.status)
-        << each.key;
-  }
-  Ref<VTCompressionSession> none;
-  EXPECT_NE(VTCompressionSessionCreate(0, 48, kCMVideoCodecType_H264, CFValue(), none), noErr);
-  EXPECT_FALSE(none);
-}
-
 TEST(Sessions, SamplesDecodeToPicturesOfTheFormatAskedFor) {
   test::Stage stage;
   Compression compression;

@@ -1,25 +1,11 @@
 #include "e2e/codec_streams.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace vlm::test {
-
-ScratchFolder::ScratchFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "vlm-codec-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-  path_ = pattern;
-}
-
-ScratchFolder::~ScratchFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
 
 Bytes readFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);

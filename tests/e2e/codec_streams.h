@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <span>
@@ -10,25 +9,12 @@
 #include <vector>
 
 #include "VelmoraMacNative.h"
+#include "support/scratch_folder.h"
 
 // Both directions of the codec through the boundary, and the pictures and files that go through.
 namespace vlm::test {
 
 using Bytes = std::vector<std::uint8_t>;
-
-// A folder that goes with its content.
-class ScratchFolder {
- public:
-  ScratchFolder();
-  ~ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  std::filesystem::path path_;
-};
 
 Bytes readFile(const std::string& path);
 void writeFile(const std::string& path, std::span<const std::uint8_t> content);

@@ -1,34 +1,17 @@
 #include "e2e/frame_recorder.h"
 
-#include <unistd.h>
-
 #include <chrono>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 
 #include "platform/portable/pixel_buffer.h"
 #include "support/child_process.h"
+#include "support/scratch_folder.h"
 
 namespace vlm::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-// A file that is gone with the test.
-class ScratchFile {
- public:
-  explicit ScratchFile(const std::string& suffix) {
-    static int count = 0;
-    path_ = std::filesystem::temp_directory_path() /
-            ("vlm-" + std::to_string(getpid()) + "-" + std::to_string(++count) + suffix);
-  }
-  ~ScratchFile() { std::filesystem::remove(path_); }
-  std::string path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 std::vector<std::uint8_t> packed(const platform::PixelPlane& plane, std::size_t bytesPerPixel) {
   const std::size_t bytes = plane.width * bytesPerPixel;
@@ -42,8 +25,9 @@ std::vector<std::uint8_t> packed(const platform::PixelPlane& plane, std::size_t 
 }  // namespace
 
 void writePng(const Frame& frame, const std::string& path) {
-  const ScratchFile raw(".nv12");
-  std::ofstream file(raw.path(), std::ios::binary);
+  const ScratchFolder folder;
+  const auto raw = folder.file("frame.nv12");
+  std::ofstream file(raw, std::ios::binary);
   for (const auto* plane : {&frame.luma, &frame.chroma}) {
     file.write(reinterpret_cast<const char*>(plane->data()),
                static_cast<std::streamsize>(plane->size()));
@@ -51,7 +35,7 @@ void writePng(const Frame& frame, const std::string& path) {
   file.close();
   const auto size = std::to_string(frame.width) + "x" + std::to_string(frame.height);
   outputOf({"ffmpeg", "-v", "error", "-y", "-f", "rawvideo", "-pix_fmt", "nv12", "-s", size, "-i",
-            raw.path(), "-frames:v", "1", path});
+            raw, "-frames:v", "1", path});
 }
 
 double distance(const std::string& image, const std::string& other) {
@@ -62,14 +46,14 @@ double distance(const std::string& image, const std::string& other) {
 }
 
 double distanceToScreen(const Frame& frame, const std::string& geometry) {
-  const ScratchFile ours(".png");
-  const ScratchFile screen(".png");
-  writePng(frame, ours.path());
+  const ScratchFolder folder;
+  const auto ours = folder.file("ours.png"), screen = folder.file("screen.png");
+  writePng(frame, ours);
   std::vector<std::string> import{"import", "-silent", "-window", "root"};
   if (!geometry.empty()) import.insert(import.end(), {"-crop", geometry, "+repage"});
-  import.push_back(screen.path());
+  import.push_back(screen);
   outputOf(import);
-  return distance(ours.path(), screen.path());
+  return distance(ours, screen);
 }
 
 FrameRecorder::~FrameRecorder() {

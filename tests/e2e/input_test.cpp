@@ -1,12 +1,8 @@
 // Input posted into real clients, and key presses of another program, through the public header.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <thread>
 
@@ -14,6 +10,7 @@
 #include "e2e/desktop.h"
 #include "support/canvas.h"
 #include "support/private_desktop.h"
+#include "support/scratch_folder.h"
 
 namespace vlm::test {
 namespace {
@@ -30,25 +27,17 @@ class Listener {
  public:
   // OUT in the command stands for the file.
   Listener(PrivateDesktop& desktop, std::string command, const std::string& window) {
-    file_ = (std::filesystem::temp_directory_path() / "vlm-input-XXXXXX").string();
-    close(mkstemp(file_.data()));
-    command.replace(command.find("OUT"), 3, file_);
+    command.replace(command.find("OUT"), 3, folder_.file("heard"));
     const auto id = desktop.spawnWindow({"sh", "-c", command}, window);
     outputOf({"wmctrl", "-i", "-a", text(id)});
     outputOf({"xdotool", "windowfocus", "--sync", text(id)});
     outputOf({"xdotool", "mousemove", "--window", text(id), "20", "20"});
   }
-  ~Listener() { std::filesystem::remove(file_); }
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
 
-  std::string heard() const {
-    std::ifstream file(file_);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  std::string heard() const { return contentsOf(folder_.file("heard")); }
 
  private:
-  std::string file_;
+  const ScratchFolder folder_;
 };
 
 TEST(Typing, ArrivesAsItWasMeantUnderEachLayout) {

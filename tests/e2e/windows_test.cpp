@@ -176,7 +176,8 @@ TEST(Tracker, ToldWhatHappensInOrder) {
     const auto now = frameSeen(window);
     const bool still = now == std::exchange(last, now);
     return still && !events.empty() && events.back().frame == now;
-  })) << last << ", told " << (events.empty() ? "nothing" : events.back().frame);
+  })) << last
+      << ", told " << (events.empty() ? "nothing" : events.back().frame);
   EXPECT_LE(events.size(), 1000U);
 
   expectNext({"wmctrl", "-i", "-c", text(window)}, 4);

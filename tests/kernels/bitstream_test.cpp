@@ -71,16 +71,6 @@ TEST(Bitstream, SplitsAsByteByByteWhateverTheBytesAndLengths) {
   }
 }
 
-TEST(Bitstream, FindsAStartCodeAtEveryPositionAmongOrdinaryBytes) {
-  for (const int filler : {0x00, 0x01, 0x55}) {
-    for (std::size_t at = 0; at < 520; ++at) {
-      Bytes stream(523 + at % 3, static_cast<std::uint8_t>(filler));
-      std::ranges::copy(Bytes{0, 0, 1}, stream.data() + at);
-      ASSERT_EQ(test::splitByteByByte(stream), findNalUnits(stream)) << filler << " at " << at;
-    }
-  }
-}
-
 TEST(Bitstream, WritesParameterSetsOnlyBeforeKeyFramesAndStopsAtBadLengths) {
   const Bytes one{0, 0, 0, 2, 0x65, 0xAA};
   const Bytes two{0, 0, 0, 1, 0x41};
@@ -132,25 +122,6 @@ TEST(Bitstream, KeepsParameterSetsAndTellsWhenTheyChange) {
   }
   EXPECT_EQ(concatenate({kSps, {0x80}}), held.sps);
   EXPECT_EQ(kPps, held.pps);
-}
-
-TEST(Bitstream, ReadsBackWhatItWroteLessSeiAndDelimiters) {
-  std::mt19937 generator(11);
-  for (int type = 0; type < 32; ++type) {
-    if (type == 7 || type == 8) continue;
-    // Bytes without a pair of zeros, as emulation prevention leaves them.
-    Bytes payload = random(generator, 1000, {1, 2, 3, 0x80, 0xFF});
-    payload.front() = static_cast<std::uint8_t>(0x60 | type);
-    const Bytes slice{0, 0, 0, 2, 0x65, 0x88};
-    const Bytes sample = concatenate({{0, 0, 3, 0xE8}, payload, slice});
-    const Sets sets{kSps, kPps};
-    const Bytes stream = buildAnnexBAccessUnit(true, sets, sample);
-    ParameterSets held;
-    const auto back = buildLengthPrefixedSample(stream, findNalUnits(stream), held);
-    EXPECT_EQ(type == 6 || type == 9 ? slice : sample, back.bytes) << "type " << type;
-    EXPECT_EQ(kSps, held.sps);
-    EXPECT_EQ(kPps, held.pps);
-  }
 }
 
 }  // namespace

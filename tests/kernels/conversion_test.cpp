@@ -110,24 +110,6 @@ TEST(Conversion, IsWithinOneOfTheExactValueForEveryInput) {
   }
 }
 
-TEST(Conversion, HitsBlackAndWhiteOfBothRanges) {
-  const struct {
-    std::int32_t black;
-    std::uint8_t luma, grey;
-  } cases[] = {{16, 0, 0}, {16, 16, 0}, {16, 235, 234}, {16, 255, 255}, {0, 0, 0}, {0, 255, 255}};
-  for (const auto& c : cases) {
-    Picture picture(34, 2, 0, 0);
-    std::ranges::fill(picture.luma, c.luma);
-    std::ranges::fill(picture.chroma, std::uint8_t{128});
-    const Bytes out = picture.convert(conversionFor(rangeFrom(c.black)));
-    for (const std::size_t x : {0, 33}) {  // one from the vectors, one from behind them
-      const auto* pixel = out.data() + kGuard + 4 * x;
-      EXPECT_EQ(Bytes({c.grey, c.grey, c.grey, 255}), Bytes(pixel, pixel + 4))
-          << "luma " << int{c.luma} << " with black at " << c.black;
-    }
-  }
-}
-
 // What a size, padding and address must not change: each pixel depends on its own luma and on the
 // pair nearest to it, and nothing else is written.
 void expectEveryPixelRight(Picture& picture, std::size_t outPadding, std::size_t shift) {

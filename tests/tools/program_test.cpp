@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
 #include <string>
@@ -12,6 +10,7 @@
 
 #include "support/child_process.h"
 #include "support/private_desktop.h"
+#include "support/scratch_folder.h"
 
 namespace vlm::test {
 namespace {
@@ -20,35 +19,9 @@ namespace fs = std::filesystem;
 using Json = nlohmann::json;
 using Words = std::vector<std::string>;
 
-// A folder that goes with the test.
-class Folder {
- public:
-  Folder() {
-    std::string name = (fs::temp_directory_path() / "vlm-program-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = name;
-  }
-  ~Folder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  Folder(const Folder&) = delete;
-  Folder& operator=(const Folder&) = delete;
-
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  fs::path path_;
-};
-
 Words vlm(Words arguments) {
   arguments.insert(arguments.begin(), VLM_PROGRAM);
   return arguments;
-}
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // What the library logs may stand in front of the summary.
@@ -100,7 +73,7 @@ std::string hex(std::uint32_t id) {
 
 TEST(Program, LoopbackShowsAndRecordsAStillWindowWithTheKeyFramesAskedFor) {
   PrivateDesktop desktop({1280, 720});
-  const Folder folder;
+  const ScratchFolder folder;
   const auto window = spawnStillWindow(desktop, "Still");
   const auto original = folder.file("original.png");
   outputOf({"import", "-silent", "-window", std::to_string(window), original});
@@ -125,7 +98,7 @@ TEST(Program, LoopbackShowsAndRecordsAStillWindowWithTheKeyFramesAskedFor) {
 
 TEST(Program, RecordChangesSizeAndBitRateOnTheWay) {
   PrivateDesktop desktop({1280, 720});
-  const Folder folder;
+  const ScratchFolder folder;
   desktop.spawnWindow(
       {"xterm", "-T", "Busy", "-e", "while :; do head -c 400 /dev/urandom | base64; done"}, "Busy");
   const auto recording = folder.file("changing.h264");
@@ -145,7 +118,7 @@ TEST(Program, RecordChangesSizeAndBitRateOnTheWay) {
 
 TEST(Program, PlayShowsEveryFrameOfAForeignStream) {
   PrivateDesktop desktop({1280, 720});
-  const Folder folder;
+  const ScratchFolder folder;
   const auto stream = folder.file("foreign.h264");
   const auto last = folder.file("last.png");
   const auto shown = folder.file("shown.png");
@@ -165,7 +138,7 @@ TEST(Program, PlayShowsEveryFrameOfAForeignStream) {
 
 TEST(Program, SaysInOneSentenceWhyItCantAndReturnsNonZero) {
   PrivateDesktop desktop({640, 480, false});
-  const Folder folder;
+  const ScratchFolder folder;
   const auto noise = folder.file("noise.h264");
   std::ofstream(noise) << "This is no video.";
   struct Case {
@@ -218,7 +191,7 @@ TEST(Program, EndsWithASummaryHoweverItIsEnded) {
   for (const auto& [end, status, ended] : cases) {
     SCOPED_TRACE(ended);
     PrivateDesktop desktop({1280, 720});
-    const Folder folder;
+    const ScratchFolder folder;
     const auto window = spawnStillWindow(desktop, "Target");
     const auto recording = folder.file("recording.h264");
     const auto output = folder.file("output");
@@ -233,7 +206,7 @@ TEST(Program, EndsWithASummaryHoweverItIsEnded) {
     ASSERT_TRUE(eventually([&] { return fs::exists(recording) && fs::file_size(recording) > 0; }));
     end(desktop, program, window);
     EXPECT_EQ(program.wait(), status);
-    EXPECT_EQ(summaryIn(contents(output))["ended"], ended);
+    EXPECT_EQ(summaryIn(contentsOf(output))["ended"], ended);
     EXPECT_GT(probe(recording)["frames"].size(), 0U);
   }
 }

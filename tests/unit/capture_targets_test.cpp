@@ -106,14 +106,6 @@ TEST(CaptureTargets, StartsPickTheirTarget) {
   EXPECT_EQ(display(0), "null");
 }
 
-TEST(CaptureTargets, WithoutAFrameCallbackNothingIsAsked) {
-  Office office;
-  EXPECT_EQ(vlm_capture_start_window(14, 30, 0, 0, nullptr, nullptr, nullptr), nullptr);
-  EXPECT_EQ(vlm_capture_start_app("com", 30, 0, 0, nullptr, nullptr, nullptr), nullptr);
-  EXPECT_EQ(vlm_capture_start_display(0, 30, 0, 0, nullptr, nullptr, nullptr), nullptr);
-  EXPECT_EQ(office.machine.journal.take(), Lines{});
-}
-
 TEST(CaptureTargets, AnErrorIsLoggedAndContentThatCameWithItIsUsed) {
   Office office;
   auto& machine = office.machine;

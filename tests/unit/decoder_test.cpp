@@ -107,21 +107,6 @@ TEST(Decoder, OnlyChangedParameterSetsRebuildTheSession) {
   }
 }
 
-TEST(Decoder, TheSampleIsTheDecodersOwn) {
-  Decoding decoding;
-  platform::CFData sample;
-  decoding.machine.video.decompress = [&](const auto&, const platform::CMSampleBuffer& submitted) {
-    sample = submitted.data->pieces.front();
-    return ImageOut{};
-  };
-  Bytes stream = accessUnit({sps(), kPps, kSlice, {0x65, 0x99, 0x77}});
-  vlm_dec_decode(decoding.handle, stream.data(), static_cast<int32_t>(stream.size()), 0);
-  std::fill(stream.begin(), stream.end(), uint8_t{0});
-  decoding.machine.run();
-  EXPECT_EQ(sample, (platform::CFData{0, 0, 0, 2, 0x65, 0x88, 0, 0, 0, 3, 0x65, 0x99, 0x77}));
-  vlm_dec_destroy(decoding.handle);
-}
-
 TEST(Decoder, FailuresAndWhatTheNextAccessUnitDoes) {
   constexpr int kNothing = 1;  // success, and nothing made
   const struct {
