@@ -162,6 +162,16 @@ TEST(Tracker, ToldWhatHappensInOrder) {
   expectNext({"wmctrl", "-i", "-a", text(other.id())}, 3);
   expectNext({"wmctrl", "-i", "-a", text(window)}, 2);
 
+  // Dragged, the window is followed before the button is released.
+  events.clear();
+  outputOf({"xdotool", "mousemove", "--window", text(window), "50", "50", "keydown", "alt",
+            "mousedown", "1"});
+  EXPECT_TRUE(pumpUntil([&] {
+    outputOf({"xdotool", "mousemove_relative", "5", "4"});
+    return !events.empty();
+  }));
+  outputOf({"xdotool", "mouseup", "1", "keyup", "alt"});
+
   // Far more moves than anybody looks at: the last one is told, and memory for none of the others.
   events.clear();
   auto* connection = xcb_connect(nullptr, nullptr);

@@ -54,11 +54,14 @@ void WindowWatch::readEvents() {
 void WindowWatch::notice(const xcb_generic_event_t& event) {
   switch (event.response_type & 0x7F) {
     case XCB_CONFIGURE_NOTIFY:
-      moved_.insert(reinterpret_cast<const xcb_configure_notify_event_t&>(event).window);
+      noticeMove(reinterpret_cast<const xcb_configure_notify_event_t&>(event).window);
+      break;
+    case XCB_REPARENT_NOTIFY:
+      reparented_.insert(reinterpret_cast<const xcb_reparent_notify_event_t&>(event).window);
       break;
     case XCB_DESTROY_NOTIFY: {
       const auto window = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
-      if (frames_.erase(window) > 0) ++destroyed_;
+      if (windows_.erase(window) > 0) ++destroyed_;
       break;
     }
     case XCB_PROPERTY_NOTIFY: {
@@ -72,13 +75,32 @@ void WindowWatch::notice(const xcb_generic_event_t& event) {
   }
 }
 
+// A window manager that drags a window moves its own frame, and tells the window at the end only.
+void WindowWatch::noticeMove(xcb_window_t window) {
+  for (const auto& [id, watched] : windows_) {
+    if (id == window || watched.topLevel == window) moved_.insert(id);
+  }
+}
+
+void WindowWatch::watchTopLevel(xcb_window_t window) {
+  const auto known = windows_.find(window);
+  if (known == windows_.end()) return;
+  known->second.topLevel = x11::topLevelOf(*connection_, window);
+  if (known->second.topLevel != XCB_NONE) {
+    select(*connection_, known->second.topLevel, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  }
+  // Whatever happened before the selection is looked up once more.
+  moved_.insert(window);
+}
+
 void WindowWatch::tellChanges() {
   if (std::exchange(windowsChanged_, false)) refreshWindows();
+  for (const auto window : std::exchange(reparented_, {})) watchTopLevel(window);
   for (const auto window : std::exchange(moved_, {})) {
-    const auto known = frames_.find(window);
-    const auto frame = known == frames_.end() ? std::nullopt : x11::frameOf(*connection_, window);
+    const auto known = windows_.find(window);
+    const auto frame = known == windows_.end() ? std::nullopt : x11::frameOf(*connection_, window);
     if (!frame) continue;
-    const auto before = std::exchange(known->second, *frame);
+    const auto before = std::exchange(known->second.frame, *frame);
     if (frame->x != before.x || frame->y != before.y) tell(kAXWindowMovedNotification);
     if (frame->size() != before.size()) tell(kAXWindowResizedNotification);
   }
@@ -86,20 +108,13 @@ void WindowWatch::tellChanges() {
   if (std::exchange(activationChanged_, false)) refreshActivation();
 }
 
+// Windows that are gone from the list but not destroyed yet are told of when they are.
 void WindowWatch::refreshWindows() {
-  std::unordered_map<xcb_window_t, x11::Rectangle> current;
   for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_).windows) {
-    const auto known = frames_.find(window.id);
-    if (known == frames_.end()) {
-      select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-      // Whatever happened between the list and the selection is looked up once more.
-      moved_.insert(window.id);
-    }
-    current.emplace(window.id, known == frames_.end() ? window.frame : known->second);
+    if (!windows_.emplace(window.id, Watched{window.frame, window.id}).second) continue;
+    select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    watchTopLevel(window.id);
   }
-  // Windows that are gone from the list but not destroyed yet are told of when they are.
-  for (const auto& [window, frame] : frames_) current.emplace(window, frame);
-  frames_ = std::move(current);
 }
 
 void WindowWatch::refreshActivation() {

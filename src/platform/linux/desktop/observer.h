@@ -33,12 +33,19 @@ class WindowWatch {
   void readEvents();
 
  private:
+  struct Watched {
+    x11::Rectangle frame;  // as it was last told of
+    xcb_window_t topLevel = XCB_NONE;
+  };
+
   void refreshWindows();
+  void watchTopLevel(xcb_window_t window);
+  void noticeMove(xcb_window_t window);
   void refreshActivation();
   void notice(const xcb_generic_event_t& event);
   void tellChanges();
   void tell(std::string_view notification) const;
-  bool isOurs(xcb_window_t window) const { return frames_.contains(window); }
+  bool isOurs(xcb_window_t window) const { return windows_.contains(window); }
 
   const std::unique_ptr<x11::Connection> connection_;
   const std::int32_t pid_;
@@ -46,13 +53,13 @@ class WindowWatch {
   std::set<std::string, std::less<>> wanted_;
   xcb_atom_t activeAtom_ = XCB_NONE;
   xcb_atom_t clientsAtom_ = XCB_NONE;
-  // The process's windows with the frames they were last told with.
-  std::unordered_map<xcb_window_t, x11::Rectangle> frames_;
-  xcb_window_t active_ = XCB_NONE;  // the active window when it is one of ours
+  std::unordered_map<xcb_window_t, Watched> windows_;  // the process's
+  xcb_window_t active_ = XCB_NONE;                     // the active window when it is one of ours
   // What the events of one turn call for.
   bool windowsChanged_ = false;
   bool activationChanged_ = false;
   std::set<xcb_window_t> moved_;
+  std::set<xcb_window_t> reparented_;
   int destroyed_ = 0;
 };
 

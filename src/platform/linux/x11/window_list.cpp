@@ -140,8 +140,7 @@ xcb_window_t focusedTopLevel(const Connection& connection) {
   const Reply<xcb_get_input_focus_reply_t> reply(
       xcb_get_input_focus_reply(connection.get(), asked, nullptr));
   if (!reply || reply->focus <= XCB_INPUT_FOCUS_POINTER_ROOT) return XCB_NONE;
-  const auto found = topLevels(connection, {reply->focus});
-  return found.empty() ? XCB_NONE : found.begin()->second;
+  return topLevelOf(connection, reply->focus);
 }
 
 // Front to back.
@@ -211,6 +210,11 @@ std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t wind
       xcb_translate_coordinates_reply(c, askedPlace, nullptr));
   if (!size || !place) return std::nullopt;
   return Rectangle{place->dst_x, place->dst_y, size->width, size->height};
+}
+
+xcb_window_t topLevelOf(const Connection& connection, xcb_window_t window) {
+  const auto found = topLevels(connection, {window});
+  return found.empty() ? XCB_NONE : found.begin()->second;
 }
 
 std::optional<Window> describeWindow(const Connection& connection, xcb_window_t window) {

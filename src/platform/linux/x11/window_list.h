@@ -51,6 +51,10 @@ xcb_window_t activeWindow(const Connection& connection);
 // Where a window stands on the root and how large it is; nothing when it is gone.
 std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t window);
 
+// Its ancestor directly below the root, often a frame of the window manager's; none when it is
+// gone.
+xcb_window_t topLevelOf(const Connection& connection, xcb_window_t window);
+
 // One managed window; nothing when it is gone.
 std::optional<Window> describeWindow(const Connection& connection, xcb_window_t window);
 
