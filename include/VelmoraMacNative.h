@@ -51,7 +51,9 @@
  *   The main thread is the process's first thread, and the main loop is GLib's default main
  *   context: a host with GTK or Qt runs it already, any other host iterates it (or runs a
  *   GMainLoop on it) on that thread. One point is one pixel. A window id is the X11 window's id,
- *   a bundle identifier is the class part of the window's WM_CLASS.
+ *   a bundle identifier is the class part of the window's WM_CLASS. Calls that ask the X server or
+ *   make a view wait while the server stands still; the sound server and the keyring get a few
+ *   seconds.
  */
 #ifndef VELMORA_MAC_NATIVE_H
 #define VELMORA_MAC_NATIVE_H

@@ -422,6 +422,7 @@ TEST(SoundServer, ComesAndGoesAndNothingHangs) {
   const auto file = soundFile(server, "noise.wav", noise(96000));
   const Samples tone = sine(0.2, {997, 997}, 0.5);
   CapturedAudio captured;
+  captured.samples.reserve(1 << 24);  // what has arrived is read while more arrives
   void* capture = vlm_capture_start_display(0, 30, 0, 0, CapturedAudio::onFrame,
                                             CapturedAudio::onAudio, &captured);
   for (const int signal : {SIGKILL, SIGSTOP, SIGTERM}) {
@@ -451,7 +452,6 @@ TEST(SoundServer, ComesAndGoesAndNothingHangs) {
     server.start();
   }
   const ChildProcess other({"paplay", "--device=spk", file});
-  captured.samples.reserve(1 << 24);
   EXPECT_TRUE(eventually([&] {
     const std::size_t size = static_cast<std::size_t>(captured.blocks) * 960 * 2;
     return std::any_of(captured.samples.data() + size - 19200, captured.samples.data() + size,

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The boundary is told in four places that must agree: interface.sh SOURCE_DIR [LIBRARY].
+# The boundary is told in five places that must agree: interface.sh SOURCE_DIR [LIBRARY].
 set -euo pipefail
 export LC_ALL=C
 source_dir=$1 library=${2:-}
@@ -21,6 +21,13 @@ same "version script" "$(sed -nE 's/^ *(vlm_[a-z0-9_]+);/\1/p' \
   "$source_dir/cmake/VelmoraMacNative.map" | sort)" "$declared"
 same "boundary.c" "$(grep -oE 'vlm_[a-z0-9_]+\(' "$source_dir/tests/packaging/boundary.c" |
   tr -d '(' | sort -u)" "$declared"
+same "docs/functions.md" "$(sed -nE 's/^\| `(vlm_[a-z0-9_]+)`.*/\1/p' \
+  "$source_dir/docs/functions.md" | sort)" "$declared"
+# A family of that table is a folder of sources that defines the function.
+while read -r name family; do
+  grep -qE "\b$name\(" "$source_dir/src/$family/exports.cpp" ||
+    { echo "docs/functions.md: $name is not in $family" >&2; failed=1; }
+done < <(sed -nE 's/^\| `(vlm_[a-z0-9_]+)` *\| ([a-z]+) .*/\1 \2/p' "$source_dir/docs/functions.md")
 if [[ -n $library ]]; then
   # Data and weak symbols would show up too: nothing but the declared functions may be there.
   same "the library's symbol table" \

@@ -1,20 +1,14 @@
 #include "support/private_home.h"
 
 #include <cstdlib>
-#include <stdexcept>
 
 namespace vlm::test {
 
-namespace fs = std::filesystem;
-
 PrivateHome::PrivateHome() {
-  std::string pattern = (fs::temp_directory_path() / "vlm-home-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for a home");
-  path_ = pattern;
-  setVariable("HOME", pattern);
-  setVariable("XDG_DATA_HOME", (path_ / "data").string());
-  setVariable("XDG_CONFIG_HOME", (path_ / "config").string());
-  setVariable("XDG_RUNTIME_DIR", pattern);
+  setVariable("HOME", path().string());
+  setVariable("XDG_DATA_HOME", folder_.file("data"));
+  setVariable("XDG_CONFIG_HOME", folder_.file("config"));
+  setVariable("XDG_RUNTIME_DIR", path().string());
 }
 
 PrivateHome::~PrivateHome() {
@@ -26,8 +20,6 @@ PrivateHome::~PrivateHome() {
       unsetenv(name.c_str());
     }
   }
-  std::error_code ignored;
-  fs::remove_all(path_, ignored);
 }
 
 void PrivateHome::setVariable(const std::string& name, const std::string& value) {
