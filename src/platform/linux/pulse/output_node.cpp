@@ -7,7 +7,7 @@ namespace {
 
 // What the server keeps ahead, in the stream and in the device together: short, so that what is
 // written is heard soon, and as much as an ordinary machine can be counted on to refill in time.
-constexpr pa_usec_t kAhead = 20 * PA_USEC_PER_MSEC;
+constexpr pa_usec_t kAhead = 30 * PA_USEC_PER_MSEC;
 // Frames rendered at a time at most.
 constexpr std::uint32_t kLongestPiece = 1024;
 
