@@ -10,6 +10,7 @@
 
 #include "support/child_process.h"
 #include "support/private_desktop.h"
+#include "support/private_sound_server.h"
 #include "support/scratch_folder.h"
 
 namespace vlm::test {
@@ -167,6 +168,35 @@ TEST(Program, SaysInOneSentenceWhyItCantAndReturnsNonZero) {
   const auto unreachable = runCommand(vlm({"loopback"}));
   EXPECT_EQ(unreachable.status, 1);
   EXPECT_NE(unreachable.output.find("can't be reached"), std::string::npos) << unreachable.output;
+}
+
+// What ffprobe says of the one stream of a WAV file.
+void expectFloats(const std::string& path, int channels, double seconds) {
+  const Json stream = probe(path)["streams"][0];
+  EXPECT_EQ(stream["codec_name"], "pcm_f32le");
+  EXPECT_EQ(stream["sample_rate"], "48000");
+  EXPECT_EQ(stream["channels"], channels);
+  EXPECT_NEAR(std::stod(stream["duration"].get<std::string>()), seconds, 0.3);
+}
+
+TEST(Program, PlaysAndRecordsSound) {
+  PrivateDesktop desktop({640, 480, false});
+  PrivateSoundServer server;
+  EXPECT_EQ(Json::parse(outputOf(vlm({"devices", "--json"})))["inputs"][0]["uid"], "mic");
+  const ChildProcess tone(vlm({"tone", "--device", "micfeed", "--level", "0.5"}));
+  const auto heard = server.file("heard.wav");
+  const auto levels =
+      Json::parse(outputOf(vlm({"mic", "--seconds", "1.5", "--wav", heard, "--json"})));
+  EXPECT_NEAR(levels["rmsDb"].get<double>(), -9, 1);
+  expectFloats(heard, 1, 1.5);
+  const auto others = server.file("others.wav");
+  outputOf(vlm({"record", server.file("x.h264"), "--audio", others, "--seconds", "1"}));
+  expectFloats(others, 2, 1);
+  EXPECT_EQ(runCommand(vlm({"play-sound", heard, "--from", "1"})).status, 0);
+  server.kill();
+  for (const Words& command : {Words{"tone"}, {"mic"}, {"play-sound", heard}}) {
+    EXPECT_EQ(runCommand(vlm(command)).status, 1) << command[0];
+  }
 }
 
 TEST(Program, EndsWithASummaryHoweverItIsEnded) {

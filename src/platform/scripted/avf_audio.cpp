@@ -149,7 +149,7 @@ void ScriptedEngine::prepare() {
 }
 
 std::optional<NSError> ScriptedEngine::start() {
-  const auto error = errorOf(enter("AVAudioEngine start"));
+  auto error = errorOf(enter("AVAudioEngine start"));
   const MutexLock lock(mutex_);
   running_ = !error;
   return error;
