@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <mutex>
@@ -227,7 +226,7 @@ struct CapturedAudio {
 };
 
 std::string toneFile(const PrivateSoundServer& server, double frequency, double seconds) {
-  const auto tone = server.file("tone.wav");
+  const auto tone = server.file("tone" + std::to_string(frequency) + ".wav");
   const auto wave = "0.25*sin(2*PI*" + std::to_string(frequency) + "*t)";
   outputOf({"ffmpeg", "-y", "-loglevel", "error", "-f", "lavfi", "-i",
             "aevalsrc=" + wave + "|" + wave + "/2:s=48000:d=" + std::to_string(seconds), tone});
@@ -248,9 +247,7 @@ void captureOthersAndPlay() {
   const auto start = std::chrono::steady_clock::now();
   void* playback = vlm_audio_out_start("spk", 2);
   std::thread own([&] { playSteadily(playback, sine(seconds + 0.5, {2500, 2500}, 0.5), 2); });
-  const auto during = server.file("other.wav");
-  std::filesystem::copy_file(toneFile(server, 997, seconds), during);
-  outputOf({"paplay", "--device=spk", during});
+  outputOf({"paplay", "--device=spk", toneFile(server, 997, seconds)});
   own.join();
   const std::chrono::duration<double> lasted = std::chrono::steady_clock::now() - start;
   vlm_capture_stop(capture);
