@@ -21,13 +21,15 @@ same "version script" "$(sed -nE 's/^ *(vlm_[a-z0-9_]+);/\1/p' \
   "$source_dir/cmake/VelmoraMacNative.map" | sort)" "$declared"
 same "boundary.c" "$(grep -oE 'vlm_[a-z0-9_]+\(' "$source_dir/tests/packaging/boundary.c" |
   tr -d '(' | sort -u)" "$declared"
-same "docs/functions.md" "$(sed -nE 's/^\| `(vlm_[a-z0-9_]+)`.*/\1/p' \
-  "$source_dir/docs/functions.md" | sort)" "$declared"
-# A family of that table is a folder of sources that defines the function.
+# The rows of the table of functions: name and family.
+# shellcheck disable=SC2016 # Markdown's backquotes
+table=$(sed -nE 's/^\| `(vlm_[a-z0-9_]+)` *\| ([a-z]+) .*/\1 \2/p' "$source_dir/docs/functions.md")
+same "docs/functions.md" "$(cut -d ' ' -f 1 <<<"$table" | sort)" "$declared"
+# A family is a folder of sources that defines the function.
 while read -r name family; do
   grep -qE "\b$name\(" "$source_dir/src/$family/exports.cpp" ||
     { echo "docs/functions.md: $name is not in $family" >&2; failed=1; }
-done < <(sed -nE 's/^\| `(vlm_[a-z0-9_]+)` *\| ([a-z]+) .*/\1 \2/p' "$source_dir/docs/functions.md")
+done <<<"$table"
 if [[ -n $library ]]; then
   # Data and weak symbols would show up too: nothing but the declared functions may be there.
   same "the library's symbol table" \
