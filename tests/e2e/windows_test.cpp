@@ -105,8 +105,19 @@ TEST(Windows, WithTheSameFrameHaveNumbersOfTheirOwn) {
   }
 }
 
+struct Event {
+  int32_t code;
+  std::string frame;
+};
+
+void noteEvent(int32_t code, double x, double y, double width, double height, void* events) {
+  static_cast<std::vector<Event>*>(events)->push_back({code, frameText(x, y, width, height)});
+}
+
 TEST(Windows, MayVanishAtAnyMoment) {
   PrivateDesktop desktop(kManaged);
+  // Connects before the thread does: two programs in one process can't do it at the same time.
+  EXPECT_TRUE(windowsOf(getpid()).empty());
   std::atomic<bool> done = false;
   std::thread restless([&] {
     while (!done) const Canvas shortLived("short", {10, 10, 50, 50}, 0);
@@ -121,16 +132,8 @@ TEST(Windows, MayVanishAtAnyMoment) {
   desktop.killServer();
   EXPECT_EQ(vlm_window_find_pid("any"), 0);
   EXPECT_TRUE(windowsOf(getpid()).empty());
+  EXPECT_EQ(vlm_window_track(getpid(), noteEvent, nullptr), nullptr);
   EXPECT_FALSE(vlm_input_cursor_pos(nullptr, nullptr));
-}
-
-struct Event {
-  int32_t code;
-  std::string frame;
-};
-
-void noteEvent(int32_t code, double x, double y, double width, double height, void* events) {
-  static_cast<std::vector<Event>*>(events)->push_back({code, frameText(x, y, width, height)});
 }
 
 TEST(Tracker, ToldWhatHappensInOrder) {

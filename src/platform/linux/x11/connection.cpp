@@ -11,11 +11,19 @@ xcb_screen_t* screenNumber(xcb_connection_t* connection, int number) {
   return screens.rem > 0 ? screens.data : nullptr;
 }
 
+// One at a time: the library that looks up the server's authority keeps the file's name in memory
+// that it shares between threads.
+xcb_connection_t* connect(int& number) {
+  static constinit Mutex mutex;
+  const MutexLock lock(mutex);
+  return xcb_connect(nullptr, &number);
+}
+
 }  // namespace
 
 std::unique_ptr<Connection> Connection::open() {
   int number = 0;
-  xcb_connection_t* connection = xcb_connect(nullptr, &number);
+  xcb_connection_t* connection = connect(number);
   xcb_screen_t* screen =
       xcb_connection_has_error(connection) == 0 ? screenNumber(connection, number) : nullptr;
   if (screen == nullptr) {
