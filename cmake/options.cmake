@@ -11,10 +11,18 @@ target_compile_options(vlm_options INTERFACE
 set_property(TARGET vlm_options PROPERTY INTERFACE_POSITION_INDEPENDENT_CODE ON)
 target_include_directories(vlm_options INTERFACE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/include)
 
+if(CMAKE_UNITY_BUILD)
+  # GCC takes the sources that are compiled as one for headers.
+  target_compile_options(vlm_options INTERFACE
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+endif()
 if(VLM_SANITIZE)
   target_compile_options(vlm_options INTERFACE
     -fsanitize=${VLM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vlm_options INTERFACE -fsanitize=${VLM_SANITIZE})
+endif()
+if(VLM_SANITIZE_LIBRARY)
+  target_link_options(vlm_options INTERFACE -fsanitize=${VLM_SANITIZE_LIBRARY})
 endif()
 if(VLM_BUILD_FUZZ)
   # Fuzzers are led by what they reach inside the library.

@@ -8,12 +8,12 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct FindWindowOptions {
   std::string application;
   std::optional<std::string> title;
 };
 
-int findWindow(const Options& options) {
+int findWindow(const FindWindowOptions& options) {
   if (!vlm_screen_capture_ready()) throw Failure("there is no screen that can be captured");
   const char* title = options.title ? options.title->c_str() : nullptr;
   const auto window = vlm_capture_find_window(options.application.c_str(), title);
@@ -25,7 +25,7 @@ int findWindow(const Options& options) {
 }  // namespace
 
 void addFindWindow(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<FindWindowOptions>();
   auto& command =
       addCommand(program, chosen, "find-window",
                  "Print the id of the frontmost window that matches", options, findWindow);

@@ -9,14 +9,14 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct LoopbackOptions {
   ShareOptions share;
   ViewOptions view;
   RunOptions run;
   std::string record;
 };
 
-int loopback(const Options& options) {
+int loopback(const LoopbackOptions& options) {
   std::optional<Recording> recording;
   if (!options.record.empty()) recording.emplace(options.record);
   MainLoop loop;
@@ -39,7 +39,7 @@ int loopback(const Options& options) {
 }  // namespace
 
 void addLoopback(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<LoopbackOptions>();
   auto& command = addCommand(program, chosen, "loopback",
                              "Capture, encode, decode and show in a window", options, loopback);
   addOptions(command, options->share);

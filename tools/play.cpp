@@ -16,7 +16,7 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct PlayOptions {
   ViewOptions view;
   RunOptions run;
   std::string file;
@@ -89,7 +89,7 @@ class Player {
   std::condition_variable_any wake_;
 };
 
-int play(const Options& options) {
+int play(const PlayOptions& options) {
   const MappedFile file(options.file);
   if (!AccessUnitSplitter(file.bytes()).next()) {
     throw Failure(options.file + " holds no H.264 byte stream");
@@ -113,7 +113,7 @@ int play(const Options& options) {
 }  // namespace
 
 void addPlay(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<PlayOptions>();
   auto& command =
       addCommand(program, chosen, "play", "Decode a file and show it in a window", options, play);
   command.add_option("file", options->file, "The H.264 byte stream to play")

@@ -6,13 +6,13 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct RecordOptions {
   ShareOptions share;
   RunOptions run;
   std::string file;
 };
 
-int record(const Options& options) {
+int record(const RecordOptions& options) {
   Recording recording(options.file);
   MainLoop loop;
   SharedCounts counts;
@@ -30,7 +30,7 @@ int record(const Options& options) {
 }  // namespace
 
 void addRecord(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<RecordOptions>();
   auto& command =
       addCommand(program, chosen, "record", "Capture and encode into a file", options, record);
   command.add_option("file", options->file, "The H.264 byte stream to write")

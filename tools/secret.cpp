@@ -10,7 +10,7 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct SecretOptions {
   std::string service;
   std::string account;
 };
@@ -31,7 +31,7 @@ Secret readSecret() {
   return secret;
 }
 
-int set(const Options& options) {
+int set(const SecretOptions& options) {
   const auto secret = readSecret();
   if (!vlm_secret_set(options.service.c_str(), options.account.c_str(), secret.data(),
                       static_cast<std::int32_t>(secret.size()))) {
@@ -40,7 +40,7 @@ int set(const Options& options) {
   return 0;
 }
 
-int get(const Options& options) {
+int get(const SecretOptions& options) {
   const auto* service = options.service.c_str();
   const auto* account = options.account.c_str();
   const std::int32_t size = -vlm_secret_get(service, account, nullptr, 0);
@@ -52,7 +52,7 @@ int get(const Options& options) {
   return 0;
 }
 
-int remove(const Options& options) {
+int remove(const SecretOptions& options) {
   if (!vlm_secret_delete(options.service.c_str(), options.account.c_str())) {
     throw Failure("there is no such secret, or it can't be deleted");
   }
@@ -67,12 +67,12 @@ void addSecret(CLI::App& program, Job& chosen) {
   struct Action {
     const char* name;
     const char* description;
-    int (*run)(const Options&);
+    int (*run)(const SecretOptions&);
   };
   for (const auto& action :
        {Action{"set", "Store the secret that standard input gives", set},
         Action{"get", "Print a secret", get}, Action{"delete", "Delete a secret", remove}}) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<SecretOptions>();
     auto& command = addCommand(group, chosen, action.name, action.description, options, action.run);
     command.add_option("service", options->service, "What the secret is for")->required();
     command.add_option("account", options->account, "Whose it is")->required();

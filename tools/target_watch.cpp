@@ -1,15 +1,10 @@
 #include "target_watch.h"
 
 namespace vlm::tools {
-namespace {
-
-constexpr std::uint8_t kSentByClient = 0x80;
-
-}  // namespace
 
 TargetWatch::TargetWatch(MainLoop& loop, std::uint32_t window)
     : connection_(loop, [&loop](const xcb_generic_event_t& event) {
-        if ((event.response_type & ~kSentByClient) == XCB_DESTROY_NOTIFY) {
+        if (typeOf(event) == XCB_DESTROY_NOTIFY) {
           loop.end("the captured window was closed");
         }
       }) {

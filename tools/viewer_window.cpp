@@ -9,7 +9,6 @@
 namespace vlm::tools {
 namespace {
 
-constexpr std::uint8_t kSentByClient = 0x80;
 constexpr Size kSmallest{160, 90};
 
 // What a window takes of the screen at first: half of it in each direction, so that both the
@@ -120,7 +119,7 @@ void ViewerWindow::arrange() {
 }
 
 void ViewerWindow::handle(const xcb_generic_event_t& event) {
-  const auto type = event.response_type & ~kSentByClient;
+  const auto type = typeOf(event);
   if (type == XCB_CLIENT_MESSAGE) {
     const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
     if (message.data.data32[0] == deleteWindow_) loop_.end("the viewer window was closed");

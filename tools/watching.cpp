@@ -12,7 +12,7 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct WatchOptions {
   std::string target;
   bool json = false;
 };
@@ -26,7 +26,7 @@ void printLine(const std::string& line) {
 void printEvent(int32_t event, double x, double y, double width, double height, void* options) {
   constexpr std::array kNames{"moved", "resized", "focused", "deactivated", "closed"};
   const char* name = kNames.at(static_cast<std::size_t>(event));
-  if (static_cast<const Options*>(options)->json) {
+  if (static_cast<const WatchOptions*>(options)->json) {
     printLine(
         nlohmann::json{{"event", name}, {"x", x}, {"y", y}, {"width", width}, {"height", height}}
             .dump());
@@ -37,7 +37,7 @@ void printEvent(int32_t event, double x, double y, double width, double height, 
   printLine(frame);
 }
 
-int track(const Options& options) {
+int track(const WatchOptions& options) {
   MainLoop loop;
   auto shared = options;
   const Handle<vlm_window_untrack> tracker(
@@ -53,7 +53,7 @@ void printKey(int32_t key) {
   printLine(keysAsJson ? nlohmann::json{{"key", key}}.dump() : std::to_string(key));
 }
 
-int hotkeys(const Options& options) {
+int hotkeys(const WatchOptions& options) {
   MainLoop loop;
   keysAsJson = options.json;
   vlm_hotkey_monitor_start(printKey);
@@ -65,7 +65,7 @@ int hotkeys(const Options& options) {
 }  // namespace
 
 void addTrack(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<WatchOptions>();
   auto& command = addCommand(program, chosen, "track",
                              "Print what happens to a process's windows, with the frame of the "
                              "focused one, until interrupted",
@@ -78,7 +78,7 @@ void addTrack(CLI::App& program, Job& chosen) {
 }
 
 void addHotkeys(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<WatchOptions>();
   auto& command = addCommand(program, chosen, "hotkeys",
                              "Print the Windows virtual-key code of every key press until "
                              "interrupted",

@@ -10,7 +10,7 @@
 namespace vlm::tools {
 namespace {
 
-struct Options {
+struct WindowsOptions {
   std::string target;
   bool json = false;
 };
@@ -37,7 +37,7 @@ nlohmann::json describe(const VlmWindowEntry& entry) {
           {"title", titleOf(entry)}};
 }
 
-int listWindows(const Options& options) {
+int listWindows(const WindowsOptions& options) {
   const auto pid = processNamed(options.target);
   const auto entries = windowsOf(pid);
   if (options.json) {
@@ -89,7 +89,7 @@ int bounds(const BoundsOptions& options) {
 }  // namespace
 
 void addWindows(CLI::App& program, Job& chosen) {
-  auto options = std::make_shared<Options>();
+  auto options = std::make_shared<WindowsOptions>();
   auto& command = addCommand(program, chosen, "windows",
                              "List a process's visible windows; a star marks the main one", options,
                              listWindows);

@@ -17,6 +17,11 @@ struct FreeReply {
 template <class Reply>
 using XReply = std::unique_ptr<Reply, FreeReply>;
 
+// What happened, without the bit that marks an event as sent by another program.
+inline int typeOf(const xcb_generic_event_t& event) {
+  return event.response_type & 0x7F;
+}
+
 // A connection to the X server whose events are handled on the main loop. A server that goes away
 // makes the loop fail.
 class XConnection {

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "platform/accelerate.h"
+#include "platform/read_lock.h"
 
 namespace vlm::capture {
 namespace {
@@ -13,26 +14,6 @@ using platform::OSType;
 using platform::vImage_Buffer;
 
 constexpr std::size_t kBytesPerPixel = 4;
-
-class ReadLock {
- public:
-  explicit ReadLock(CVPixelBuffer& buffer)
-      : buffer_(buffer),
-        held_(platform::CVPixelBufferLockBaseAddress(buffer, kFlags) ==
-              platform::kCVReturnSuccess) {}
-  ~ReadLock() {
-    if (held_) platform::CVPixelBufferUnlockBaseAddress(buffer_, kFlags);
-  }
-  ReadLock(const ReadLock&) = delete;
-  ReadLock& operator=(const ReadLock&) = delete;
-
-  bool held() const { return held_; }
-
- private:
-  static constexpr auto kFlags = platform::kCVPixelBufferLock_ReadOnly;
-  CVPixelBuffer& buffer_;
-  bool held_;
-};
 
 // Luma and chroma reach 255 in both ranges: a stated property of the exported picture.
 platform::vImage_YpCbCrPixelRange pixelRange(OSType format) {
@@ -103,8 +84,8 @@ bool exportBgra(CVPixelBuffer& buffer, std::uint8_t* destination, std::int32_t c
   const std::size_t height = platform::CVPixelBufferGetHeight(buffer);
   const std::size_t rowBytes = width * kBytesPerPixel;
   if (capacity < 0 || rowBytes * height > static_cast<std::size_t>(capacity)) return false;
-  const ReadLock lock(buffer);
-  if (!lock.held()) return false;
+  const platform::ReadLock lock(buffer);
+  if (!lock) return false;
   const vImage_Buffer packed{destination, height, width, rowBytes};
   switch (format) {
     case platform::kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange:

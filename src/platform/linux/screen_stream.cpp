@@ -95,12 +95,13 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
 
  private:
   static std::optional<NSError> refusalOf(const SCStreamConfiguration& configuration) {
-    constexpr std::size_t kLargestSide = 1 << 15;  // what the X protocol can say
+    constexpr std::size_t kLargestPicture = 1 << 15;  // what the X protocol can say
     if (configuration.pixelFormat != kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange) {
       return NSError{"only '420v' pictures are made on this platform"};
     }
-    if (configuration.width < 1 || configuration.width > kLargestSide || configuration.height < 1 ||
-        configuration.height > kLargestSide || configuration.queueDepth < 1) {
+    if (configuration.width < 1 || configuration.width > kLargestPicture ||
+        configuration.height < 1 || configuration.height > kLargestPicture ||
+        configuration.queueDepth < 1) {
       return NSError{"the size of the picture or of the queue is out of range"};
     }
     if (configuration.capturesAudio.value_or(false) &&

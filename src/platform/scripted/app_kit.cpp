@@ -12,7 +12,7 @@ scripted::Fault enterOnMain(const char* operation, std::initializer_list<CFValue
       std::string(scripted::offMainPrefix()) + "NSView " + operation, arguments);
 }
 
-scripted::DisplayStage& stage() {
+scripted::DisplayStage& displayStage() {
   return scripted::Machine::current().display;
 }
 
@@ -52,11 +52,11 @@ void NSView::setWantsLayer(bool wanted) {
 }
 
 CGRect NSView::bounds() const {
-  return stage().viewBounds;
+  return displayStage().viewBounds;
 }
 
 std::optional<double> NSView::windowBackingScaleFactor() const {
-  return stage().windowScale;
+  return displayStage().windowScale;
 }
 
 void NSView::removeFromSuperview() {
@@ -68,7 +68,7 @@ void* NSView::hostPointer() const {
 }
 
 std::optional<double> mainScreenBackingScaleFactor() {
-  return stage().mainScreenScale;
+  return displayStage().mainScreenScale;
 }
 
 }  // namespace vlm::platform

@@ -7,7 +7,7 @@ namespace {
 
 constexpr io_registry_entry_t kRoot = 7;
 
-scripted::SystemStage& stage() {
+scripted::SystemStage& systemStage() {
   return scripted::Machine::current().system;
 }
 
@@ -15,12 +15,12 @@ scripted::SystemStage& stage() {
 
 io_registry_entry_t IORegistryEntryFromPath(std::string_view path) {
   scripted::Machine::current().journal.enter("IORegistryEntryFromPath", {path});
-  return stage().hasRegistryRoot && path == kIORegistryRootPath ? kRoot : 0;
+  return systemStage().hasRegistryRoot && path == kIORegistryRootPath ? kRoot : 0;
 }
 
 CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_view key) {
   scripted::Machine::current().journal.enter("IORegistryEntryCreateCFProperty", {entry, key});
-  return entry == kRoot && key == kIOPlatformUUIDKey ? stage().platformUuid : CFValue();
+  return entry == kRoot && key == kIOPlatformUUIDKey ? systemStage().platformUuid : CFValue();
 }
 
 void IOObjectRelease(io_registry_entry_t entry) {

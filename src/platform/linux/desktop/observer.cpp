@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/linux/x11/broken_pipe.h"
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/reply.h"
 
@@ -52,7 +53,7 @@ void WindowWatch::readEvents() {
 }
 
 void WindowWatch::notice(const xcb_generic_event_t& event) {
-  switch (event.response_type & 0x7F) {
+  switch (x11::typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY:
       noticeMove(reinterpret_cast<const xcb_configure_notify_event_t&>(event).window);
       break;

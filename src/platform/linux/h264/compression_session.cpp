@@ -16,7 +16,7 @@ namespace {
 // Of H.264 itself at its highest level.
 constexpr std::int32_t kLargestSide = 16384;
 // Frames that may wait while one is encoded. More would only add delay.
-constexpr std::size_t kMostWaiting = 3;
+constexpr std::size_t kMostImages = 3;
 
 // What the session and its codec thread share. Lives until both are done with it.
 class Line {
@@ -35,7 +35,7 @@ class Line {
   void submit(FrameEncoder::Frame frame, VTCompressionOutputHandler handler) {
     MutexLock lock(mutex_);
     waiting_.push_back({std::move(frame), std::move(handler)});
-    if (++images_ <= kMostWaiting) return;
+    if (++images_ <= kMostImages) return;
     auto oldest = waiting_.begin();
     while (!oldest->frame.image) ++oldest;
     oldest->frame.image = nullptr;

@@ -20,7 +20,7 @@ namespace {
 
 // A stream is broken by the loss of any sample, so who submits faster than can be decoded is held
 // up; but not for ever, since the handler that holds the decoder up may be waiting for him.
-constexpr std::size_t kMostWaiting = 32;
+constexpr std::size_t kMostUnits = 32;
 constexpr auto kPatience = std::chrono::seconds(1);
 
 // Counts the samples that have not been delivered yet.
@@ -30,10 +30,10 @@ class Backlog {
   bool enter() {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     MutexLock lock(mutex_);
-    while (waiting_ >= kMostWaiting) {
+    while (waiting_ >= kMostUnits) {
       if (left_.wait_until(mutex_, deadline) == std::cv_status::timeout) break;
     }
-    if (waiting_ >= kMostWaiting) return false;
+    if (waiting_ >= kMostUnits) return false;
     ++waiting_;
     return true;
   }

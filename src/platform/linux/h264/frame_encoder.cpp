@@ -4,37 +4,18 @@
 #include <string>
 #include <vector>
 
+#include "platform/read_lock.h"
 #include "platform/video_toolbox.h"
 
 namespace vlm::platform {
 namespace {
 
-constexpr int kLengthPrefix = 4;
-
-class ReadLock {
- public:
-  explicit ReadLock(CVPixelBuffer& buffer)
-      : buffer_(buffer),
-        locked_(CVPixelBufferLockBaseAddress(buffer, kCVPixelBufferLock_ReadOnly) ==
-                kCVReturnSuccess) {}
-  ~ReadLock() {
-    if (locked_) CVPixelBufferUnlockBaseAddress(buffer_, kCVPixelBufferLock_ReadOnly);
-  }
-  ReadLock(const ReadLock&) = delete;
-  ReadLock& operator=(const ReadLock&) = delete;
-
-  explicit operator bool() const { return locked_; }
-
- private:
-  CVPixelBuffer& buffer_;
-  const bool locked_;
-};
-
 Ref<CMFormatDescription> describe(const X264Encoder& stream) {
   std::vector<std::span<const std::uint8_t>> sets;
   for (const auto& set : stream.parameterSets()) sets.emplace_back(set);
   Ref<CMFormatDescription> description;
-  CMVideoFormatDescriptionCreateFromH264ParameterSets(sets, kLengthPrefix, description);
+  CMVideoFormatDescriptionCreateFromH264ParameterSets(
+      sets, static_cast<int>(X264Encoder::kLengthPrefix), description);
   return description;
 }
 

@@ -7,7 +7,7 @@ namespace vlm::platform {
 namespace {
 
 // Nobody sees a finer one, on text either.
-constexpr int kBestQuantiser = 20;
+constexpr int kFinestUseful = 20;
 // So many steps of the quantiser halve a picture of a desktop. Film halves in 6, text in 12.
 constexpr double kHalving = 8;
 // Dense text, until pictures have told better.
@@ -66,7 +66,7 @@ int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSett
   quantiserBefore_ = quantiser_;
   survey();
   const int worst = settings.worstQuantiser;
-  const int best = std::min(kBestQuantiser, worst);
+  const int best = std::min(kFinestUseful, worst);
   const auto bucket = bucketFor(settings, lowLatency_);
   if (bucket.drain <= 0) return quantiser_ = best;
   drain(bucket.drain, settings.framesPerSecond);

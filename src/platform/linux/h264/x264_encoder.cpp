@@ -10,7 +10,6 @@ namespace vlm::platform {
 namespace {
 
 constexpr int kBestQuantiser = 1;
-constexpr std::size_t kLengthPrefix = 4;
 
 // Code points of ITU-T H.273 for what a desktop's pixels are, converted by the BT.601 matrix.
 constexpr int kPrimariesBt709 = 1;

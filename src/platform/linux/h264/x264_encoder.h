@@ -18,6 +18,8 @@ namespace vlm::platform {
 // the caller's choice. Used by one thread at a time.
 class X264Encoder {
  public:
+  static constexpr std::size_t kLengthPrefix = 4;  // bytes before each NAL unit
+
   struct Format {
     std::size_t width;  // even, as the height
     std::size_t height;
@@ -36,7 +38,7 @@ class X264Encoder {
     return parameterSets_;
   }
 
-  // One picture as NAL units that are preceded by their 4-byte lengths; nothing when the encoder
+  // One picture as NAL units that are preceded by their lengths; nothing when the encoder
   // failed. `constant` has an entry for every macroblock, true for those whose pixels are those of
   // the picture before; it may be empty.
   std::optional<std::vector<std::uint8_t>> encode(const YCbCrPicture& picture,

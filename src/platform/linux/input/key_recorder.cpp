@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/linux/x11/broken_pipe.h"
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::input {
@@ -85,7 +86,7 @@ void KeyRecorder::take(const xcb_record_enable_context_reply_t& reply) {
   const auto size = static_cast<std::size_t>(xcb_record_enable_context_data_length(&reply));
   for (std::size_t at = 0; at + kEventSize <= size && !*ended; at += kEventSize) {
     const auto& event = *reinterpret_cast<const xcb_key_press_event_t*>(data + at);
-    if ((event.response_type & 0x7F) == XCB_KEY_PRESS) handler_(event.detail);
+    if (x11::typeOf(event) == XCB_KEY_PRESS) handler_(event.detail);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/linux/screen/core_rectangle.h"
+#include "platform/linux/x11/event.h"
 
 namespace vlm::platform::screen {
 
@@ -36,7 +37,7 @@ bool ApplicationSource::isShown(xcb_window_t window) const {
 // Windows of others may move as they like; everything else may concern a window that is or will be
 // shown.
 void ApplicationSource::handleRoot(const xcb_generic_event_t& event) {
-  switch (event.response_type & 0x7F) {
+  switch (x11::typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY: {
       const auto& notice = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
       isListStale_ |= isShown(notice.window);

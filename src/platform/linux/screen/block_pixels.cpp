@@ -7,14 +7,15 @@
 namespace vlm::platform::screen {
 namespace {
 
-constexpr std::size_t kBlock = ChangeMap::kBlockSize;
+constexpr std::size_t kRowBytes = ChangeMap::kBlockSize;
 
 // Rows of a whole block are 16 bytes in both planes. With the length known the compiler makes a
 // few instructions of what would be a call.
 bool rowsAreSame(const std::uint8_t* a, std::size_t aStride, const std::uint8_t* b,
                  std::size_t bStride, std::size_t bytes, int rows) {
   for (int row = 0; row < rows; ++row, a += aStride, b += bStride) {
-    const int difference = bytes == kBlock ? std::memcmp(a, b, kBlock) : std::memcmp(a, b, bytes);
+    const int difference =
+        bytes == kRowBytes ? std::memcmp(a, b, kRowBytes) : std::memcmp(a, b, bytes);
     if (difference != 0) return false;
   }
   return true;
@@ -23,8 +24,8 @@ bool rowsAreSame(const std::uint8_t* a, std::size_t aStride, const std::uint8_t*
 void copyRows(const std::uint8_t* from, std::size_t fromStride, std::uint8_t* to,
               std::size_t toStride, std::size_t bytes, int rows) {
   for (int row = 0; row < rows; ++row, from += fromStride, to += toStride) {
-    if (bytes == kBlock) {
-      std::memcpy(to, from, kBlock);
+    if (bytes == kRowBytes) {
+      std::memcpy(to, from, kRowBytes);
     } else {
       std::memcpy(to, from, bytes);
     }

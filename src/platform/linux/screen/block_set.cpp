@@ -3,20 +3,13 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/portable/change_map.h"
-
 namespace vlm::platform::screen {
 namespace {
 
 using x11::Rectangle;
 
-constexpr int kBlock = static_cast<int>(ChangeMap::kBlockSize);
 // A request to the server costs about as much as this many blocks do.
 constexpr int kWorthARequest = 24;
-
-constexpr int blocksFor(int pixels) {
-  return (pixels + kBlock - 1) / kBlock;
-}
 
 // What a rectangle around both would hold beyond them.
 int waste(const Rectangle& a, const Rectangle& b) {

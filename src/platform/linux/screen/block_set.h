@@ -4,8 +4,16 @@
 #include <vector>
 
 #include "platform/linux/x11/rectangle.h"
+#include "platform/portable/change_map.h"
 
 namespace vlm::platform::screen {
+
+inline constexpr int kBlock = static_cast<int>(ChangeMap::kBlockSize);
+
+// How many of them a side of a picture has; the last may be cut off.
+constexpr int blocksFor(int pixels) {
+  return (pixels + kBlock - 1) / kBlock;
+}
 
 // Blocks of a picture, the same 16 x 16 ones that a ChangeMap speaks of.
 class BlockSet {

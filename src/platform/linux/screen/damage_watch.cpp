@@ -3,6 +3,7 @@
 #include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 
@@ -24,7 +25,7 @@ DamageWatch::~DamageWatch() {
 }
 
 bool DamageWatch::handle(const xcb_generic_event_t& event) {
-  if ((event.response_type & 0x7F) != notify_) return false;
+  if (x11::typeOf(event) != notify_) return false;
   const auto& notice = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
   if (notice.damage != damage_) return false;
   isDamaged_ = true;

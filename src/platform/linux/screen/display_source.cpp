@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/monitors.h"
 
@@ -19,7 +20,7 @@ MonitorPlace::MonitorPlace(const x11::Connection& connection, std::uint32_t id,
 
 bool MonitorPlace::handle(const xcb_generic_event_t& event) {
   const int first = x11::firstEventOf(connection_, x11::Extension::randr);
-  const int type = event.response_type & 0x7F;
+  const int type = x11::typeOf(event);
   if (first == 0) return false;
   if (type != first + XCB_RANDR_SCREEN_CHANGE_NOTIFY && type != first + XCB_RANDR_NOTIFY) {
     return false;

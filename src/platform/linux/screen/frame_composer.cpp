@@ -11,15 +11,9 @@
 namespace vlm::platform::screen {
 namespace {
 
-constexpr int kBlock = static_cast<int>(ChangeMap::kBlockSize);
-
 std::uint64_t nextSourceNumber() {
   static std::atomic<std::uint64_t> last{0};
   return ++last;
-}
-
-std::size_t blocksFor(int pixels) {
-  return static_cast<std::size_t>((pixels + kBlock - 1) / kBlock);
 }
 
 }  // namespace
@@ -36,8 +30,8 @@ struct FrameComposer::Painting {
 FrameComposer::FrameComposer(Size output, std::size_t depth)
     : output_(output), pool_(output, depth), stale_(output) {
   changes_.source = nextSourceNumber();
-  changes_.columns = blocksFor(output.width);
-  changes_.rows = blocksFor(output.height);
+  changes_.columns = static_cast<std::size_t>(blocksFor(output.width));
+  changes_.rows = static_cast<std::size_t>(blocksFor(output.height));
   changes_.lastChange.resize(changes_.columns * changes_.rows);
   scaledRows_.resize(static_cast<std::size_t>(output.width) * kBytesPerPixel * kBlock);
   convertedRows_ = CVPixelBuffer::make(static_cast<std::size_t>(output.width), kBlock,

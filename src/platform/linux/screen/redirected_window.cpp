@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 
@@ -69,7 +70,7 @@ void RedirectedWindow::handleStructure(const xcb_generic_event_t& event) {
   const auto isOurs = [&](const auto& notice) {
     return notice.event == window_ && notice.window == window_;
   };
-  const int type = event.response_type & 0x7F;
+  const int type = x11::typeOf(event);
   if (type == XCB_CONFIGURE_NOTIFY) {
     const auto& notice = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
     if (isOurs(notice) &&

@@ -5,30 +5,13 @@
 #include <libyuv/scale.h>
 #include <libyuv/scale_argb.h>
 
+#include "platform/read_lock.h"
+
 namespace vlm::platform {
 namespace {
 
 // Bilinear, and the mean of all pixels where a picture is made less than half as large.
 constexpr auto kFilter = libyuv::kFilterBox;
-
-class ReadLock {
- public:
-  explicit ReadLock(CVPixelBuffer& buffer)
-      : buffer_(buffer),
-        held_(CVPixelBufferLockBaseAddress(buffer, kCVPixelBufferLock_ReadOnly) ==
-              kCVReturnSuccess) {}
-  ~ReadLock() {
-    if (held_) CVPixelBufferUnlockBaseAddress(buffer_, kCVPixelBufferLock_ReadOnly);
-  }
-  ReadLock(const ReadLock&) = delete;
-  ReadLock& operator=(const ReadLock&) = delete;
-
-  bool held() const noexcept { return held_; }
-
- private:
-  CVPixelBuffer& buffer_;
-  const bool held_;
-};
 
 int asInt(std::size_t value) {
   return static_cast<int>(value);
@@ -135,7 +118,7 @@ bool canDraw(const CVPixelBuffer& picture) noexcept {
 
 bool PictureDrawing::draw(CVPixelBuffer& picture, const PixelTarget& target) {
   const ReadLock lock(picture);
-  if (!lock.held()) return false;
+  if (!lock) return false;
   if (CVPixelBufferGetPixelFormatType(picture) == kCVPixelFormatType_32BGRA) {
     drawPacked(packedPixels(picture), target);
   } else {

@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <array>
 
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform {
 namespace {
 
 using x11::Reply;
-
-constexpr std::uint8_t kDepth = 24;
 
 template <class Event>
 const Event& as(const xcb_generic_event_t& event) {
@@ -22,8 +21,9 @@ const Event& as(const xcb_generic_event_t& event) {
 bool storesBlueFirst(const xcb_setup_t& setup) {
   if (setup.image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST) return false;
   const auto* formats = xcb_setup_pixmap_formats(&setup);
-  return std::any_of(formats, formats + xcb_setup_pixmap_formats_length(&setup),
-                     [](const auto& f) { return f.depth == kDepth && f.bits_per_pixel == 32; });
+  return std::any_of(formats, formats + xcb_setup_pixmap_formats_length(&setup), [](const auto& f) {
+    return f.depth == ViewWindow::kDepth && f.bits_per_pixel == 32;
+  });
 }
 
 // XCB_NONE when there is none whose pixels are blue, green, red and a spare byte in memory.
@@ -31,7 +31,7 @@ xcb_visualid_t findVisual(const x11::Connection& connection) {
   if (!storesBlueFirst(connection.setup())) return XCB_NONE;
   auto depths = xcb_screen_allowed_depths_iterator(&connection.screen());
   for (; depths.rem > 0; xcb_depth_next(&depths)) {
-    if (depths.data->depth != kDepth) continue;
+    if (depths.data->depth != ViewWindow::kDepth) continue;
     const auto* visuals = xcb_depth_visuals(depths.data);
     const auto* end = visuals + xcb_depth_visuals_length(depths.data);
     const auto* found = std::find_if(visuals, end, [](const xcb_visualtype_t& visual) {
@@ -98,7 +98,7 @@ void ViewWindow::refuseInput() {
 }
 
 ViewWindow::Change ViewWindow::handle(const xcb_generic_event_t& event) {
-  switch (event.response_type & 0x7f) {
+  switch (x11::typeOf(event)) {
     case XCB_EXPOSE:
       return as<xcb_expose_event_t>(event).count == 0 ? Change::exposed : Change::none;
     case XCB_VISIBILITY_NOTIFY:
@@ -121,7 +121,7 @@ ViewWindow::Change ViewWindow::handle(const xcb_generic_event_t& event) {
 }
 
 ViewWindow::Change ViewWindow::handleOwn(const xcb_generic_event_t& event) {
-  switch (event.response_type & 0x7f) {
+  switch (x11::typeOf(event)) {
     case XCB_REPARENT_NOTIFY:
       settleIn(as<xcb_reparent_notify_event_t>(event).parent);
       return Change::moved;
@@ -147,7 +147,7 @@ ViewWindow::Change ViewWindow::handleOwn(const xcb_generic_event_t& event) {
 }
 
 ViewWindow::Change ViewWindow::handleParents(const xcb_generic_event_t& event) {
-  switch (event.response_type & 0x7f) {
+  switch (x11::typeOf(event)) {
     case XCB_CONFIGURE_NOTIFY: {
       const auto& size = as<xcb_configure_notify_event_t>(event);
       fillParent(size.width, size.height);

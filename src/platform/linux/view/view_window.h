@@ -13,6 +13,9 @@ namespace vlm::platform {
 // it, it fills its parent and follows the parent's size. No input ever lands in it.
 class ViewWindow {
  public:
+  // Four bytes of a pixel, one of which is not looked at.
+  static constexpr std::uint8_t kDepth = 24;
+
   // Waits for the server. Null when it has no visual of 8 bits each for red, green and blue.
   static std::unique_ptr<ViewWindow> make(const x11::Connection& connection);
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/linux/view/view_window.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform {
 namespace {
 
-constexpr std::uint8_t kDepth = 24;
 // Set in the type of an event that another client sent.
 constexpr std::uint8_t kSentBit = 0x80;
 
@@ -47,7 +47,7 @@ void WindowImage::putShared(const PixelTarget& target, xcb_window_t window,
   const auto width = static_cast<std::uint16_t>(target.width);
   const auto height = static_cast<std::uint16_t>(target.height);
   const auto cookie = xcb_shm_put_image(connection_, window, context, width, height, 0, 0, width,
-                                        height, 0, 0, kDepth, XCB_IMAGE_FORMAT_Z_PIXMAP,
+                                        height, 0, 0, ViewWindow::kDepth, XCB_IMAGE_FORMAT_Z_PIXMAP,
                                         /*send_event=*/1, shared_->segment(), /*offset=*/0);
   sequence_ = cookie.sequence;
   underWay_ = true;
@@ -64,7 +64,7 @@ void WindowImage::putThroughConnection(const PixelTarget& target, xcb_window_t w
     const int rows = std::min(rowsAtOnce, target.height - row);
     xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window, context,
                   static_cast<std::uint16_t>(target.width), static_cast<std::uint16_t>(rows), 0,
-                  static_cast<std::int16_t>(row), 0, kDepth,
+                  static_cast<std::int16_t>(row), 0, ViewWindow::kDepth,
                   static_cast<std::uint32_t>(rows * rowBytes), target.pixels + row * rowBytes);
   }
   waitForServer(connection_);
