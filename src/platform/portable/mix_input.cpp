@@ -44,6 +44,7 @@ void MixInput::addTo(std::span<float> block) {
   samples_.erase(samples_.begin(), samples_.begin() + static_cast<std::ptrdiff_t>(count));
   if (count < block.size()) {
     primed_ = false;
+    isCushionChosen_ = false;
     dryBlocks_ = 0;
   }
 }
@@ -52,8 +53,11 @@ bool MixInput::isPrimed() {
   if (primed_) return true;
   ++dryBlocks_;
   if (frames() < cushion_) return false;
-  const bool hasPaused = dryBlocks_ > kLateBlocks;
-  cushion_ = hasPaused ? kLeastCushion : std::min(cushion_ + kCushionStep, kMostCushion);
+  if (!isCushionChosen_) {
+    const bool hasPaused = dryBlocks_ > kLateBlocks;
+    cushion_ = hasPaused ? kLeastCushion : std::min(cushion_ + kCushionStep, kMostCushion);
+    isCushionChosen_ = true;
+  }
   primed_ = frames() >= cushion_;
   primedBlocks_ = 0;
   return primed_;

@@ -31,6 +31,7 @@ class MixInput {
   std::deque<float> samples_;
   std::size_t cushion_ = kLeastCushion;
   bool primed_ = false;
+  bool isCushionChosen_ = false;  // for what comes after it ran dry
   int dryBlocks_ = 1000;  // since it ran dry; at first, long ago
   int primedBlocks_ = 0;  // since it was primed
   double meanLevel_ = 0;

@@ -1,7 +1,5 @@
 #include "platform/linux/x11/window_request.h"
 
-#include <xcb/res.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -9,34 +7,6 @@
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::x11 {
-namespace {
-
-// By the part of their windows' numbers that all windows of a client share.
-std::unordered_map<std::uint32_t, std::int32_t> processesOfClients(const Connection& connection,
-                                                                   const WindowIds& windows) {
-  std::vector<xcb_res_client_id_spec_t> wanted;
-  wanted.reserve(windows.size());
-  for (const auto window : windows) {
-    wanted.push_back({window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID});
-  }
-  const auto asked = xcb_res_query_client_ids(
-      connection.get(), static_cast<std::uint32_t>(wanted.size()), wanted.data());
-  const Reply<xcb_res_query_client_ids_reply_t> reply(
-      xcb_res_query_client_ids_reply(connection.get(), asked, nullptr));
-  std::unordered_map<std::uint32_t, std::int32_t> processes;
-  if (!reply) return processes;
-  auto ids = xcb_res_query_client_ids_ids_iterator(reply.get());
-  for (; ids.rem > 0; xcb_res_client_id_value_next(&ids)) {
-    if ((ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
-        xcb_res_client_id_value_value_length(ids.data) > 0) {
-      processes.emplace(ids.data->spec.client,
-                        static_cast<std::int32_t>(*xcb_res_client_id_value_value(ids.data)));
-    }
-  }
-  return processes;
-}
-
-}  // namespace
 
 WindowAtoms::WindowAtoms(const Connection& connection) {
   const auto atoms =
@@ -55,28 +25,56 @@ WindowAtoms::WindowAtoms(const Connection& connection) {
 
 ProcessRequest::ProcessRequest(const Connection& connection, const WindowAtoms& atoms,
                                WindowIds windows)
-    : connection_(connection), windows_(std::move(windows)) {
-  own_.reserve(windows_.size());
-  for (const auto window : windows_) own_.emplace_back(connection, window, atoms.processId);
+    : connection_(connection), ownWord_(atoms.processId), windows_(std::move(windows)) {
+  if (windows_.empty() || !supports(connection_, Extension::resources)) return;
+  std::unordered_map<std::uint32_t, xcb_res_client_id_spec_t> byClient;
+  for (const auto window : windows_) {
+    byClient.insert({clientOf(window), {window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID}});
+  }
+  std::vector<xcb_res_client_id_spec_t> wanted;
+  wanted.reserve(byClient.size());
+  for (const auto& each : byClient) wanted.push_back(each.second);
+  clients_ = xcb_res_query_client_ids(connection_.get(), static_cast<std::uint32_t>(wanted.size()),
+                                      wanted.data());
+}
+
+// The part of a window's number that all windows of a client share.
+std::uint32_t ProcessRequest::clientOf(xcb_window_t window) const {
+  return window & ~connection_.setup().resource_id_mask;
+}
+
+std::unordered_map<std::uint32_t, std::int32_t> ProcessRequest::processesOfClients() {
+  std::unordered_map<std::uint32_t, std::int32_t> processes;
+  if (!clients_) return processes;
+  const Reply<xcb_res_query_client_ids_reply_t> reply(
+      xcb_res_query_client_ids_reply(connection_.get(), *clients_, nullptr));
+  if (!reply) return processes;
+  auto ids = xcb_res_query_client_ids_ids_iterator(reply.get());
+  for (; ids.rem > 0; xcb_res_client_id_value_next(&ids)) {
+    if ((ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
+        xcb_res_client_id_value_value_length(ids.data) > 0) {
+      processes.emplace(ids.data->spec.client,
+                        static_cast<std::int32_t>(*xcb_res_client_id_value_value(ids.data)));
+    }
+  }
+  return processes;
 }
 
 std::unordered_map<xcb_window_t, std::int32_t> ProcessRequest::collect() {
   std::unordered_map<xcb_window_t, std::int32_t> processes;
-  WindowIds silent;
-  for (std::size_t i = 0; i < windows_.size(); ++i) {
-    const auto values = own_[i].values();
-    if (values.empty()) {
-      silent.push_back(windows_[i]);
+  const auto clients = processesOfClients();
+  std::vector<std::pair<xcb_window_t, PropertyRequest>> unknown;
+  for (const auto window : windows_) {
+    const auto client = clients.find(clientOf(window));
+    if (client != clients.end()) {
+      processes.emplace(window, client->second);
     } else {
-      processes.emplace(windows_[i], static_cast<std::int32_t>(values.front()));
+      unknown.emplace_back(window, PropertyRequest(connection_, window, ownWord_));
     }
   }
-  if (silent.empty() || !supports(connection_, Extension::resources)) return processes;
-  const auto clients = processesOfClients(connection_, silent);
-  const std::uint32_t clientPart = ~connection_.setup().resource_id_mask;
-  for (const auto window : silent) {
-    const auto client = clients.find(window & clientPart);
-    if (client != clients.end()) processes.emplace(window, client->second);
+  for (auto& [window, request] : unknown) {
+    const auto values = request.values();
+    if (!values.empty()) processes.emplace(window, static_cast<std::int32_t>(values.front()));
   }
   return processes;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <xcb/res.h>
 #include <xcb/xcb.h>
 
 #include <array>
@@ -23,8 +24,8 @@ struct WindowAtoms {
   xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden;
 };
 
-// The processes of windows, all asked for at once when this is made: what a window tells itself,
-// else what the server knows about its client.
+// The processes of windows, asked for when this is made: what the server knows about their clients,
+// in one request, and what the windows of the others (programs on another machine) tell themselves.
 class ProcessRequest {
  public:
   ProcessRequest(const Connection& connection, const WindowAtoms& atoms, WindowIds windows);
@@ -33,9 +34,13 @@ class ProcessRequest {
   std::unordered_map<xcb_window_t, std::int32_t> collect();
 
  private:
+  std::unordered_map<std::uint32_t, std::int32_t> processesOfClients();
+  std::uint32_t clientOf(xcb_window_t window) const;
+
   const Connection& connection_;
+  const xcb_atom_t ownWord_;
   const WindowIds windows_;
-  std::vector<PropertyRequest> own_;
+  std::optional<xcb_res_query_client_ids_cookie_t> clients_;
 };
 
 // Everything else asked about one window, underway until it is collected, so that many windows can
