@@ -104,25 +104,5 @@ TEST(Bitstream, WritesParameterSetsOnlyBeforeKeyFramesAndStopsAtBadLengths) {
   }
 }
 
-TEST(Bitstream, KeepsParameterSetsAndTellsWhenTheyChange) {
-  const Bytes code{0, 0, 1};
-  const Bytes unit = concatenate({code, kSps, code, kPps, code, {0x65, 0xAA}});
-  Bytes otherPps = unit;
-  otherPps[10] ^= 1;
-  Bytes longerSps = concatenate({code, kSps, {0x80}, code, kPps, code, {0x65, 0xAA}});
-  ParameterSets held;
-  const struct {
-    const Bytes& stream;
-    bool changed;
-  } steps[] = {{unit, true}, {unit, false}, {otherPps, true}, {otherPps, false}, {longerSps, true}};
-  for (const auto& step : steps) {
-    const auto sample = buildLengthPrefixedSample(step.stream, findNalUnits(step.stream), held);
-    EXPECT_EQ(step.changed, sample.changed);
-    EXPECT_EQ(Bytes({0, 0, 0, 2, 0x65, 0xAA}), sample.bytes);
-  }
-  EXPECT_EQ(concatenate({kSps, {0x80}}), held.sps);
-  EXPECT_EQ(kPps, held.pps);
-}
-
 }  // namespace
 }  // namespace vlm::codec

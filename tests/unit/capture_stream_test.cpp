@@ -85,17 +85,15 @@ TEST(CaptureStream, FramesAreLimitedInRateAndSize) {
 }
 
 TEST(CaptureStream, AStartThatFailsKeepsNothing) {
-  const struct {
-    const char* operation;
-    const char* log;
-  } cases[] = {{"addStreamOutput(screen", "[vlm] addStreamOutput failed: no"},
-               {"addStreamOutput(audio", "[vlm] addStreamOutput failed: no"},
-               {"startCapture", "[vlm] startCapture failed: no"}};
-  for (const auto& each : cases) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"addStreamOutput(screen", "[vlm] addStreamOutput failed: no"},
+      {"addStreamOutput(audio", "[vlm] addStreamOutput failed: no"},
+      {"startCapture", "[vlm] startCapture failed: no"}};
+  for (const auto& [operation, log] : cases) {
     Screen screen;
-    screen.machine.refuse(each.operation, "no");
+    screen.machine.refuse(operation, "no");
     EXPECT_EQ(screen.start(30, 0, 0, ignoreAudio), nullptr);
-    EXPECT_EQ(screen.machine.takeLog(), Lines{each.log});
+    EXPECT_EQ(screen.machine.takeLog(), Lines{log});
     EXPECT_EQ(screen.stream(), nullptr);
   }
 }

@@ -61,21 +61,6 @@ TEST(Injection, PostsOneEventACall) {
                                            "CGAssociateMouseAndMouseCursorPosition(true)"}));
 }
 
-TEST(Injection, TellsWherePointerAndFrontAre) {
-  Machine machine;
-  machine.desktop.pointer = {12.5, -3};
-  double x = -1, y = -1;
-  EXPECT_TRUE(vlm_input_cursor_pos(nullptr, nullptr));
-  EXPECT_TRUE(vlm_input_cursor_pos(nullptr, &y));
-  EXPECT_TRUE(vlm_input_cursor_pos(&x, nullptr));
-  EXPECT_EQ(std::pair(x, y), std::pair(12.5, -3.0));
-  machine.answerNothing("CGEventCreate()");
-  EXPECT_FALSE(vlm_input_cursor_pos(&x, &y));
-  EXPECT_EQ(vlm_frontmost_pid(), 0);
-  machine.desktop.frontmost = {std::nullopt, 42};
-  EXPECT_EQ(vlm_frontmost_pid(), 42);
-}
-
 TEST(HotKeys, TranslateByPlaceOnTheKeyboard) {
   Machine machine;
   noted = &machine;

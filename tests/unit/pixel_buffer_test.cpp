@@ -16,9 +16,7 @@ using platform::PixelPlane;
 // Counts the locks held and can refuse one.
 class LockedBuffer final : public CVPixelBuffer {
  public:
-  LockedBuffer(std::size_t width, std::size_t height, OSType format,
-               std::array<PixelPlane, 2> planes)
-      : CVPixelBuffer(width, height, format, planes) {}
+  using CVPixelBuffer::CVPixelBuffer;
   platform::CVReturn lock(platform::CVPixelBufferLockFlags flags) override {
     EXPECT_EQ(flags, platform::kCVPixelBufferLock_ReadOnly);
     if (refuses) return -6660;

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <new>
 #include <numeric>
@@ -114,33 +113,6 @@ TEST(PlaybackRing, DoesWhatTheRulesSaySampleBySample) {
       ASSERT_EQ(out.channels, expected.channels) << channels << " channels, round " << round;
     }
   }
-}
-
-TEST(PlaybackRing, WaitsForItsCushionAndAgainAfterItRanDry) {
-  PlaybackRing ring(1);
-  const auto render = [&](std::uint32_t frames) {
-    Output out(1, frames);
-    ring.render(frames, out.list);
-    return out.channels[0];
-  };
-  ring.write(ramp(2879));
-  EXPECT_EQ(render(512), Samples(512)) << "one frame is missing";
-  ring.write(ramp(1, 2880));
-  EXPECT_EQ(render(2280), ramp(2280));
-  EXPECT_EQ(render(512), ramp(512, 2281)) << "600 frames are enough for 512";
-  Samples last = ramp(88, 2793);
-  last.resize(512);
-  EXPECT_EQ(render(512), last);
-  ring.write(ramp(2879));
-  EXPECT_EQ(render(1), Samples(1));
-
-  PlaybackRing full(1);
-  full.write(ramp(30000));
-  Output all(1, 24000);
-  full.render(24000, all.list);
-  Samples kept = ramp(23999);
-  kept.push_back(0);
-  EXPECT_EQ(all.channels[0], kept) << "the newest samples are lost";
 }
 
 // The whole way from the engine's thread to the ring.

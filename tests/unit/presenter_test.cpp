@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "stage.h"
 
 namespace vlm::test {
@@ -18,6 +20,8 @@ struct Presenting {
     handle = vlm_present_create();
     machine.display.viewBounds = {{0, 0}, {8, 6}};
   }
+  ~Presenting() { end(); }
+  void end() { vlm_present_destroy(std::exchange(handle, nullptr)); }
   int32_t enqueue(int64_t ptsNs = 0) {
     const auto frame = picture(16, 16);
     return vlm_present_enqueue(handle, frame.get(), ptsNs);
@@ -31,11 +35,7 @@ struct Presenting {
   void become(const ScriptedLayer::Condition& condition) {
     machine.display.layers.back()->become(condition);
   }
-  void fail() {
-    ScriptedLayer::Condition failed;
-    failed.status = Status::failed;
-    become(failed);
-  }
+  void fail() { become({.status = Status::failed}); }
   platform::NSView& view() { return *static_cast<platform::NSView*>(vlm_present_view(handle)); }
   Lines taken() { return machine.journal.take(); }
   Lines afterRun() {
@@ -54,7 +54,6 @@ TEST(Presenter, MakesItsViewOnTheMainThread) {
                      "NSView setWantsLayer(true)"}));
     EXPECT_EQ(presenting.view().hitTest({1, 1}), nullptr);
     presenting.machine.setOnMainThread(true);
-    vlm_present_destroy(presenting.handle);
   }
   for (const char* operation : {"AVSampleBufferDisplayLayer", "NSView initWithFrame"}) {
     Machine machine;
@@ -78,26 +77,18 @@ TEST(Presenter, WrapsFramesToBeShownAtOnce) {
   EXPECT_EQ(vlm_present_enqueue(presenting.handle, nullptr, 0), VLM_PRESENT_ARG);
   EXPECT_EQ(vlm_present_enqueue(nullptr, frame.get(), 0), VLM_PRESENT_ARG);
   EXPECT_EQ(presenting.taken(), Lines{});
-  vlm_present_destroy(presenting.handle);
 }
 
 TEST(Presenter, AnswersTheConditionOfTheLayer) {
   Presenting presenting;
   presenting.taken();
-  ScriptedLayer::Condition condition;
-  condition.requiresFlush = true;
-  condition.status = Status::failed;
-  presenting.become(condition);
+  presenting.become({.status = Status::failed, .requiresFlush = true});
   EXPECT_EQ(presenting.enqueue(), VLM_PRESENT_BUSY);
   EXPECT_EQ(presenting.taken(), Lines{"layer1 flush()"});
-  condition = {};
-  condition.ready = false;
-  presenting.become(condition);
+  presenting.become({.ready = false});
   EXPECT_EQ(presenting.enqueue(), VLM_PRESENT_BUSY);
   EXPECT_EQ(presenting.taken(), Lines{});
-  condition = {};
-  condition.afterEnqueue = Status::failed;
-  presenting.become(condition);
+  presenting.become({.afterEnqueue = Status::failed});
   EXPECT_EQ(presenting.enqueue(), VLM_PRESENT_BUSY);
   EXPECT_EQ(presenting.taken().size(), 3U);
   presenting.become({});
@@ -110,7 +101,6 @@ TEST(Presenter, AnswersTheConditionOfTheLayer) {
   }
   EXPECT_EQ(only({"NSLog", "layer1"}, presenting.taken()), Lines{});
   EXPECT_EQ(presenting.enqueue(), VLM_PRESENT_OK);
-  vlm_present_destroy(presenting.handle);
 }
 
 TEST(Presenter, SixtyOneFailuresInARowReplaceTheLayerOnce) {
@@ -135,22 +125,17 @@ TEST(Presenter, SixtyOneFailuresInARowReplaceTheLayerOnce) {
   presenting.busy(1);
   EXPECT_EQ(presenting.afterRun().back(),
             "NSLog([vlm] display layer was unrecoverable — rebuilt it)");
-  vlm_present_destroy(presenting.handle);
 }
 
 TEST(Presenter, OneHealthyLookStartsTheCountAgainAndAFlushDoesNot) {
   Presenting presenting;
-  ScriptedLayer::Condition notReady;
-  notReady.ready = false;
-  ScriptedLayer::Condition needsFlush;
-  needsFlush.requiresFlush = true;
   presenting.fail();
   presenting.busy(60);
-  presenting.become(notReady);
+  presenting.become({.ready = false});
   presenting.busy(1);
   presenting.fail();
   presenting.busy(60);
-  presenting.become(needsFlush);
+  presenting.become({.requiresFlush = true});
   presenting.busy(1);
   presenting.machine.run();
   EXPECT_EQ(presenting.machine.display.layers.size(), 1U);
@@ -161,7 +146,7 @@ TEST(Presenter, OneHealthyLookStartsTheCountAgainAndAFlushDoesNot) {
   // A rebuild that is due when the presenter ends finds none.
   presenting.fail();
   presenting.busy(61);
-  vlm_present_destroy(presenting.handle);
+  presenting.end();
   presenting.machine.run();
   EXPECT_EQ(presenting.machine.display.layers.size(), 2U);
 }
@@ -178,7 +163,6 @@ TEST(Presenter, ALayerThatCannotBeReplacedIsTriedAgain) {
   presenting.machine.run();
   EXPECT_EQ(presenting.machine.takeLog(),
             Lines{"[vlm] display layer was unrecoverable — rebuilt it"});
-  vlm_present_destroy(presenting.handle);
 }
 
 TEST(Presenter, LayerFollowsTheScaleOfWindowOrScreen) {
@@ -204,7 +188,6 @@ TEST(Presenter, LayerFollowsTheScaleOfWindowOrScreen) {
                                             : "NSView viewDidChangeBackingProperties()");
     EXPECT_EQ(presenting.taken(), expected);
   }
-  vlm_present_destroy(presenting.handle);
 }
 
 TEST(Presenter, ClearAndDestroyActOnTheMainThread) {
@@ -213,7 +196,7 @@ TEST(Presenter, ClearAndDestroyActOnTheMainThread) {
     presenting.taken();
     vlm_present_clear(presenting.handle);
     EXPECT_EQ(presenting.taken(), Lines{"layer1 flushAndRemoveImage()"});
-    vlm_present_destroy(presenting.handle);
+    presenting.end();
     EXPECT_EQ(presenting.taken(),
               (Lines{"layer1 flushAndRemoveImage()", "NSView removeFromSuperview()"}));
   }
@@ -230,7 +213,7 @@ TEST(Presenter, ClearAndDestroyActOnTheMainThread) {
   presenting.fail();
   presenting.busy(61);
   const auto presenter = present::VlmPresenter::borrow(presenting.handle);
-  vlm_present_destroy(presenting.handle);
+  presenting.end();
   EXPECT_EQ(only({"NSView"}, presenting.taken()), Lines{});
   presenting.machine.run();
   const auto lines = presenting.taken();

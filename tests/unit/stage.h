@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -24,16 +25,11 @@ using platform::scripted::Machine;
 using Lines = std::vector<std::string>;
 
 // The lines that begin with one of the prefixes.
-inline Lines only(std::initializer_list<std::string_view> prefixes, const Lines& lines) {
-  Lines result;
-  for (const auto& line : lines) {
-    for (const auto prefix : prefixes) {
-      if (!line.starts_with(prefix)) continue;
-      result.push_back(line);
-      break;
-    }
-  }
-  return result;
+inline Lines only(std::initializer_list<std::string_view> prefixes, Lines lines) {
+  std::erase_if(lines, [&](const auto& line) {
+    return std::ranges::none_of(prefixes, [&](auto prefix) { return line.starts_with(prefix); });
+  });
+  return lines;
 }
 
 // vlm_frame_cb: "frame 420v 64x48 (64x48) @14": the buffer, the size told, the time stamp.

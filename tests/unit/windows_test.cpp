@@ -34,14 +34,10 @@ CFValue serverWindow(std::uint32_t number, CFArray frame, const CFValue& pid = k
        CFDictionary{{"X", frame[0]}, {"Y", frame[1]}, {"Width", frame[2]}, {"Height", frame[3]}}}};
 }
 
-CFValue elements(const std::vector<Ref<AXUIElement>>& windows) {
-  return CFArray(windows.begin(), windows.end());
-}
-
 struct Desktop {
   Desktop(CFArray server, const std::vector<Ref<AXUIElement>>& windows) {
     machine.desktop.windowList = std::move(server);
-    machine.desktop.applications[kPid]["AXWindows"] = elements(windows);
+    machine.desktop.applications[kPid]["AXWindows"] = CFArray(windows.begin(), windows.end());
   }
 
   // "9 (1,2 30x40) main title" for each entry.
@@ -118,11 +114,6 @@ TEST(Enumeration, LeavesOutWhatCanNotBeSeenOrRead) {
   desktop.machine.desktop.windowList = CFArray{serverWindow(1, {1, 2, 30, 40})};
   attributes["AXWindows"] = CFArray{element("seen", {1, 2}, {30, 40}), "no element"};
   EXPECT_EQ(desktop.enumerate(), Lines{});
-
-  VlmWindowEntry entry;
-  EXPECT_EQ(vlm_window_enumerate(0, &entry, 1), -1);
-  EXPECT_EQ(vlm_window_enumerate(kPid, nullptr, 1), -1);
-  EXPECT_EQ(vlm_window_enumerate(kPid, &entry, 0), -1);
 }
 
 TEST(Enumeration, CutsTitlesBetweenCharacters) {
@@ -203,7 +194,6 @@ TEST(Lookup, PrefersTheMainWindowAndNeverGivesAMinimizedOne) {
     machine.desktop.applications[kPid] = attributes;
     EXPECT_EQ(frame(focused), answer);
   }
-  EXPECT_FALSE(vlm_window_focused_bounds(0, nullptr, nullptr, nullptr, nullptr));
 }
 
 void noteEvent(int32_t event, double x, double y, double width, double height, void* user) {
@@ -244,14 +234,10 @@ TEST(Tracker, ReportsTheFocusedWindowWithEachEvent) {
   vlm_window_untrack(tracker);
   machine.run();
   EXPECT_EQ(machine.journal.take("CFRunLoopRemoveSource"), Lines{"CFRunLoopRemoveSource()"});
-
-  EXPECT_EQ(vlm_window_track(kPid, nullptr, nullptr), nullptr);
-  EXPECT_EQ(vlm_window_track(0, noteEvent, &machine), nullptr);
   machine.refuse("AXObserverCreate", platform::kAXErrorFailure);
   EXPECT_EQ(vlm_window_track(kPid, noteEvent, &machine), nullptr);
   machine.answerNothing("AXObserverCreate");
   EXPECT_EQ(vlm_window_track(kPid, noteEvent, &machine), nullptr);
-  vlm_window_untrack(nullptr);
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <numeric>
+#include <vector>
+
 #include "platform/core_video.h"
+#include "platform/dispatch.h"
 #include "platform/foundation.h"
-#include "stage.h"
 
 namespace vlm::platform {
 namespace {
@@ -10,7 +13,6 @@ namespace {
 constexpr OSType kVideoRange = kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
 
 TEST(Media, PixelBuffersAreLaidOutForEverySize) {
-  test::Stage stage;
   const struct {
     OSType format;
     std::size_t width, height, planes, chromaWidth;
@@ -45,30 +47,32 @@ TEST(Media, PixelBuffersAreLaidOutForEverySize) {
     }
     EXPECT_EQ(CVPixelBufferUnlockBaseAddress(*buffer, 0), 0);
   }
-  const struct {
-    std::size_t width, height;
-    OSType format;
-  } refused[] = {{0, 4, kVideoRange}, {4, 0, kVideoRange}, {4, 4, 0x79343230}};
-  for (const auto& each : refused) {
-    Ref<CVPixelBuffer> buffer;
-    EXPECT_NE(CVPixelBufferCreate(each.width, each.height, each.format, CFValue(), buffer), 0);
-    EXPECT_FALSE(buffer);
-  }
-}
-
-TEST(Log, LinesAreWrittenAsTheyStand) {
-  test::Stage stage;
-  EXPECT_EQ(stage.loggedBy([] {
-    NSLog("[vlm] 100 %s %n → done");
-    NSLog("");
-  }),
-            "[vlm] 100 %s %n → done\n\n");
 }
 
 TEST(Text, ContainmentIgnoresCaseAndTheEmptyPart) {
   EXPECT_TRUE(localizedCaseInsensitiveContains("Notes of Today", "TODAY"));
   EXPECT_FALSE(localizedCaseInsensitiveContains("tod", "today"));
   EXPECT_FALSE(localizedCaseInsensitiveContains("Today", ""));
+}
+
+TEST(Dispatch, SerialQueueRunsJobsInOrderAndSyncWaitsForItsOwn) {
+  const auto queue = dispatch_queue_create("vlm.test", DispatchQoS::userInteractive);
+  EXPECT_EQ(queue->label(), "vlm.test");
+  std::vector<int> order;
+  for (int i = 0; i < 100; ++i) {
+    queue->async([&order, queue, i] {
+      order.push_back(i);
+      if (i == 0) queue->async([&order] { order.push_back(1000); });
+    });
+  }
+  bool waited = false;
+  queue->sync([&] { waited = true; });
+  EXPECT_TRUE(waited);
+  queue->sync([] {});
+  std::vector<int> expected(100);
+  std::iota(expected.begin(), expected.end(), 0);
+  EXPECT_EQ(std::erase(order, 1000), 1U);
+  EXPECT_EQ(order, expected);
 }
 
 }  // namespace
