@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <cmath>
-#include <fstream>
 #include <map>
 #include <mutex>
 #include <nlohmann/json.hpp>
@@ -42,10 +41,7 @@ nlohmann::json devicesOf(std::int32_t input) {
 
 // How often a text stands in what pactl lists. (Its JSON does not know letters beyond ASCII.)
 std::size_t timesListed(const std::string& kind, const std::string& text) {
-  const auto list = outputOf({"env", "LC_ALL=C.UTF-8", "pactl", "list", kind});
-  std::size_t times = 0;
-  for (auto at = list.find(text); at != std::string::npos; at = list.find(text, at + 1)) ++times;
-  return times;
+  return timesIn(outputOf({"env", "LC_ALL=C.UTF-8", "pactl", "list", kind}), text);
 }
 
 std::string escaped(const std::string& text) {
@@ -98,6 +94,15 @@ void playSteadily(void* playback, const Samples& samples, std::size_t channels) 
     if (at < 3 * piece) continue;
     std::this_thread::sleep_until(due += milliseconds(20));
   }
+}
+
+// Stereo samples as a file of the format that the name's ending tells.
+std::string soundFile(const PrivateSoundServer& server, const std::string& name,
+                      const Samples& samples, int rate = 48000) {
+  writeFile(server.file("raw"), samples);
+  outputOf({"ffmpeg", "-y", "-loglevel", "error", "-f", "f32le", "-ar", std::to_string(rate), "-ac",
+            "2", "-i", server.file("raw"), server.file(name)});
+  return server.file(name);
 }
 
 void expectTone(const Tone& tone, double frequency, double amplitude, double seconds) {
@@ -174,10 +179,7 @@ struct Microphone {
 TEST(Microphone, GivesStereoAt44100AsMonoAt48000) {
   PrivateSoundServer server;
   const double seconds = toneSeconds();
-  const auto tone = server.file("tone.wav");
-  outputOf({"ffmpeg", "-loglevel", "error", "-f", "lavfi", "-i",
-            "aevalsrc=0.5*sin(2*PI*997*t)|0.5*sin(2*PI*997*t):s=44100:d=" + std::to_string(seconds),
-            tone});
+  const auto tone = soundFile(server, "tone.wav", sine(seconds, {997, 997}, 0.5, 44100), 44100);
   const auto attempt = [&](const char* uid) {
     Microphone heard;
     void* microphone = vlm_audio_in_start(uid, Microphone::onSamples, &heard);
@@ -225,19 +227,12 @@ struct CapturedAudio {
   }
 };
 
-std::string toneFile(const PrivateSoundServer& server, double frequency, double seconds) {
-  const auto tone = server.file("tone" + std::to_string(frequency) + ".wav");
-  const auto wave = "0.25*sin(2*PI*" + std::to_string(frequency) + "*t)";
-  outputOf({"ffmpeg", "-y", "-loglevel", "error", "-f", "lavfi", "-i",
-            "aevalsrc=" + wave + "|" + wave + "/2:s=48000:d=" + std::to_string(seconds), tone});
-  return tone;
-}
-
 void captureOthersAndPlay() {
   PrivateDesktop desktop;
   PrivateSoundServer server;
   const double seconds = toneSeconds();
-  const auto before = toneFile(server, 440, seconds + 2);
+  const auto before = soundFile(server, "before.wav", sine(seconds + 2, {440, 440}, 0.25));
+  const auto during = soundFile(server, "during.wav", sine(seconds, {997, 1499}, 0.25));
   const ChildProcess playsAlready({"paplay", "--device=micfeed", before});
   sleepFor(milliseconds(200));
   CapturedAudio captured;
@@ -247,7 +242,7 @@ void captureOthersAndPlay() {
   const auto start = std::chrono::steady_clock::now();
   void* playback = vlm_audio_out_start("spk", 2);
   std::thread own([&] { playSteadily(playback, sine(seconds + 0.5, {2500, 2500}, 0.5), 2); });
-  outputOf({"paplay", "--device=spk", toneFile(server, 997, seconds)});
+  outputOf({"paplay", "--device=spk", during});
   own.join();
   const std::chrono::duration<double> lasted = std::chrono::steady_clock::now() - start;
   vlm_capture_stop(capture);
@@ -261,7 +256,7 @@ void captureOthersAndPlay() {
   EXPECT_NEAR(other.frequency, 997, 0.01);
   EXPECT_NEAR(other.amplitude, 0.25, 0.01);
   EXPECT_LT(other.jump, 0.1);
-  EXPECT_NEAR(toneIn(middle, 2, 1, 997).amplitude, 0.125, 0.01);
+  EXPECT_NEAR(toneIn(middle, 2, 1, 1499).amplitude, 0.25, 0.01);
   EXPECT_NEAR(toneIn(middle, 2, 0, 440).amplitude, 0.25, 0.01);
   EXPECT_LT(toneIn(middle, 2, 0, 2500).loudest, 0.005);
 }
@@ -286,18 +281,6 @@ Samples noise(std::size_t frames) {
     samples.insert(samples.end(), {value, value / 2});
   }
   return samples;
-}
-
-// The noise as a file of the format that the name's ending tells.
-std::string soundFile(const PrivateSoundServer& server, const std::string& name,
-                      const Samples& samples) {
-  const auto raw = server.file("raw");
-  std::ofstream(raw, std::ios::binary)
-      .write(reinterpret_cast<const char*>(samples.data()),
-             static_cast<std::streamsize>(samples.size() * sizeof(float)));
-  outputOf({"ffmpeg", "-y", "-loglevel", "error", "-f", "f32le", "-ar", "48000", "-ac", "2", "-i",
-            raw, server.file(name)});
-  return server.file(name);
 }
 
 bool hasEnded(void* sound) {
@@ -401,8 +384,8 @@ void playEveryFormat() {
     }
     vlm_sfx_destroy(sound);
   }
-  std::ofstream(server.file("text.wav")) << "no sound at all";
-  std::ofstream(server.file("empty.wav")).flush();
+  writeFile(server.file("text.wav"), std::string("no sound at all"));
+  writeFile(server.file("empty.wav"), std::string());
   for (const auto* name : {"text.wav", "empty.wav", "missing.wav", ""}) {
     EXPECT_EQ(vlm_sfx_create(server.file(name).c_str()), nullptr) << name;
   }

@@ -2,21 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
+#include <stdexcept>
 
 namespace vlm::test {
-
-Bytes readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(file), {});
-}
-
-void writeFile(const std::string& path, std::span<const std::uint8_t> content) {
-  std::ofstream file(path, std::ios::binary);
-  file.write(reinterpret_cast<const char*>(content.data()),
-             static_cast<std::streamsize>(content.size()));
-}
 
 Bytes joined(const std::vector<AccessUnit>& units) {
   Bytes stream;
@@ -62,8 +50,8 @@ Bytes testPicture(int width, int height, int step) {
 }
 
 Encoder::Encoder(const Options& options) {
-  handle_ = vlm_enc_create(options.width, options.height, options.fps, options.bitrateBps,
-                           options.lowLatency, collect, this);
+  handle_ =
+      vlm_enc_create(options.width, options.height, 30, options.bitrateBps, false, collect, this);
   if (handle_ == nullptr) throw std::runtime_error("no encoder");
 }
 
@@ -82,14 +70,9 @@ void Encoder::collect(const std::uint8_t* data, std::int32_t size, bool keyFrame
   self.changed_.wait(lock, [&] { return !self.paused_; });
 }
 
-void Encoder::pause() {
+void Encoder::setPaused(bool paused) {
   const std::lock_guard lock(mutex_);
-  paused_ = true;
-}
-
-void Encoder::resume() {
-  const std::lock_guard lock(mutex_);
-  paused_ = false;
+  paused_ = paused;
   changed_.notify_all();
 }
 
@@ -118,9 +101,6 @@ std::vector<Picture> Decoder::pictures() {
   return pictures_;
 }
 
-namespace {
-
-// The planes without the padding of their rows.
 Bytes packedPlanes(void* pixbuf, int width, int height) {
   std::uint8_t* luma = nullptr;
   std::uint8_t* chroma = nullptr;
@@ -138,12 +118,9 @@ Bytes packedPlanes(void* pixbuf, int width, int height) {
   return pixels;
 }
 
-}  // namespace
-
 void Decoder::collect(void* pixbuf, std::int32_t width, std::int32_t height, std::int64_t ptsNs,
                       void* user) {
   auto& self = *static_cast<Decoder*>(user);
-  if (self.onPicture) self.onPicture(pixbuf, ptsNs);
   Picture picture{width, height, ptsNs, {}};
   if (self.bgra_) {
     picture.pixels.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);

@@ -2,10 +2,8 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <functional>
 #include <mutex>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "VelmoraMacNative.h"
@@ -15,9 +13,6 @@
 namespace vlm::test {
 
 using Bytes = std::vector<std::uint8_t>;
-
-Bytes readFile(const std::string& path);
-void writeFile(const std::string& path, std::span<const std::uint8_t> content);
 
 struct AccessUnit {
   Bytes bytes;
@@ -37,22 +32,17 @@ class Encoder {
   struct Options {
     int width = 640;
     int height = 360;
-    int fps = 30;
     int bitrateBps = 4'000'000;
-    bool lowLatency = false;
   };
 
   explicit Encoder(const Options& options);
   ~Encoder() { finish(); }
-  Encoder(const Encoder&) = delete;
-  Encoder& operator=(const Encoder&) = delete;
 
   void* handle() { return handle_; }
   bool encodeBgra(const Bytes& picture, int width, int height, std::int64_t ptsNs,
-                  bool forceKeyFrame = false);
-  // The callback waits inside its next call until resume().
-  void pause();
-  void resume();
+                  bool forceKeyFrame);
+  // While it is paused, the callback waits inside its next call.
+  void setPaused(bool paused);
   // Waits until so many access units have come.
   void waitForUnits(std::size_t count);
   // Ends the encoder; everything that came.
@@ -76,19 +66,17 @@ struct Picture {
   Bytes pixels;  // packed NV12 or BGRA
 };
 
+// The planes of a pixel buffer without the padding of their rows.
+Bytes packedPlanes(void* pixbuf, int width, int height);
+
 class Decoder {
  public:
   explicit Decoder(bool bgra);
   ~Decoder() { vlm_dec_destroy(handle_); }
-  Decoder(const Decoder&) = delete;
-  Decoder& operator=(const Decoder&) = delete;
 
-  void* handle() { return handle_; }
   bool decode(std::span<const std::uint8_t> unit, std::int64_t ptsNs);
   // Everything that came for what was submitted so far, in the order in which it came.
   std::vector<Picture> pictures();
-  // Called for each picture, on the codec thread, before it is kept.
-  std::function<void(void* pixbuf, std::int64_t ptsNs)> onPicture;
 
  private:
   static void collect(void* pixbuf, std::int32_t width, std::int32_t height, std::int64_t ptsNs,

@@ -7,7 +7,7 @@
 
 #include "support/child_process.h"
 
-// What the tests of windows and input share: how other programs see the desktop, and the main loop.
+// What the tests on a desktop share: how other programs see the desktop, and the main loop.
 namespace vlm::test {
 
 inline std::string text(std::uint32_t window) {
@@ -29,12 +29,16 @@ inline std::string frameText(double x, double y, double width, double height) {
   return whole(x) + "," + whole(y) + " " + whole(width) + "x" + whole(height);
 }
 
+inline void runMainLoop() {
+  while (g_main_context_iteration(nullptr, FALSE)) {
+  }
+}
+
 // Runs the main loop until `condition` holds; false when that takes too long to be coming.
 template <class Condition>
 bool pumpUntil(Condition condition) {
   return eventually([&] {
-    while (g_main_context_iteration(nullptr, FALSE)) {
-    }
+    runMainLoop();
     return condition();
   });
 }

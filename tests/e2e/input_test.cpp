@@ -196,7 +196,7 @@ TEST(HotKeys, ComeOnceWhoeverHasTheKeyboard) {
   EXPECT_TRUE(otherKeys.empty());
 
   std::thread([] { EXPECT_TRUE(vlm_hotkey_monitor_start(noteOtherKey)); }).join();
-  pumpUntil([] { return true; });
+  runMainLoop();
   pressed({"b"}, {});
   EXPECT_TRUE(pumpUntil([] { return otherKeys == std::vector<int32_t>{66}; }));
   vlm_hotkey_monitor_stop();

@@ -3,19 +3,13 @@
 #include <glib.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <csignal>
 #include <filesystem>
-#include <memory>
-#include <ostream>
 #include <sstream>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "VelmoraMacNative.h"
-#include "e2e/host_window.h"
+#include "e2e/desktop.h"
 #include "e2e/quadrants.h"
+#include "support/canvas.h"
 #include "support/private_desktop.h"
 
 namespace vlm::test {
@@ -23,6 +17,7 @@ namespace {
 
 using platform::CVPixelBuffer;
 using platform::Ref;
+constexpr std::uint32_t kWhite = 0xFFFFFF;
 constexpr auto kVideoRange = platform::kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
 constexpr auto kFullRange = platform::kCVPixelFormatType_420YpCbCr8BiPlanarFullRange;
 constexpr auto kPacked = platform::kCVPixelFormatType_32BGRA;
@@ -32,20 +27,9 @@ constexpr auto kPacked = platform::kCVPixelFormatType_32BGRA;
 constexpr double kTolerance = 8;
 const PrivateDesktop::Options kBareServer{.width = 800, .height = 600, .windowManager = false};
 
-void runMainLoop() {
-  while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
-  }
-}
-
-std::string screenshot(const std::string& window, const std::string& format) {
-  const auto shot =
-      runCommand({"import", "-window", window, "-depth", "8", "-format", format, "info:-"});
-  return shot.status == 0 ? shot.output : "";
-}
-
 // True when the window has this size and shows these four colours, seen a few pixels from its
 // corners, where a picture that is not stretched over all of it would miss at least one.
-bool shows(const std::string& window, int width, int height, const std::array<Rgb, 4>& colors) {
+bool shows(const Canvas& window, int width, int height, const std::array<Rgb, 4>& colors) {
   std::string format = "%w %h ";
   for (const int y : {3, height - 4}) {
     for (const int x : {3, width - 4}) {
@@ -55,9 +39,10 @@ bool shows(const std::string& window, int width, int height, const std::array<Rg
       }
     }
   }
-  std::istringstream pixels(screenshot(window, format));
-  int shownWidth = 0;
-  int shownHeight = 0;
+  std::istringstream pixels(runCommand({"import", "-window", text(window.id()), "-depth", "8",
+                                        "-format", format, "info:-"})
+                                .output);
+  int shownWidth = 0, shownHeight = 0;
   pixels >> shownWidth >> shownHeight;
   if (shownWidth != width || shownHeight != height) return false;
   for (const Rgb& color : colors) {
@@ -80,101 +65,86 @@ std::size_t entriesIn(const char* folder) {
 class Presenting {
  public:
   Presenting(std::uint16_t width, std::uint16_t height)
-      : presenter_(vlm_present_create()), host_(std::make_unique<HostWindow>(width, height)) {
-    if (presenter_ != nullptr) host_->place(vlm_present_view(presenter_));
+      : host("host", {40, 30, width, height}, kWhite) {
+    if (presenter != nullptr) host.adopt(vlm_present_view(presenter));
   }
   ~Presenting() {
-    vlm_present_destroy(presenter_);
+    vlm_present_destroy(presenter);
     runMainLoop();
   }
 
-  void* presenter() const { return presenter_; }
-  HostWindow& host() { return *host_; }
-  std::string view() const {
-    return std::to_string(*static_cast<const std::uint32_t*>(vlm_present_view(presenter_)));
-  }
   int enqueue(const Ref<CVPixelBuffer>& picture) const {
-    return vlm_present_enqueue(presenter_, picture.get(), 0);
+    return vlm_present_enqueue(presenter, picture.get(), 0);
   }
   // Hands the picture over until it is taken.
   bool present(const Ref<CVPixelBuffer>& picture) const {
     return eventually([&] { return enqueue(picture) == VLM_PRESENT_OK; });
   }
   bool showsQuadrants(int width, int height) const {
-    return eventually([&] { return shows(host_->id(), width, height, kQuadrants); });
+    return eventually([&] { return shows(host, width, height, kQuadrants); });
   }
 
- private:
-  void* const presenter_;
-  const std::unique_ptr<HostWindow> host_;
+  void* const presenter = vlm_present_create();
+  Canvas host;
 };
 
-struct PictureCase {
-  const char* name;
-  platform::OSType format;
-  std::size_t width;
-  std::size_t height;
-
-  friend void PrintTo(const PictureCase& picture, std::ostream* out) { *out << picture.name; }
-};
-
-class PresentPicture : public testing::TestWithParam<PictureCase> {};
-
-TEST_P(PresentPicture, FillsTheView) {
-  const auto& param = GetParam();
+TEST(Present, PicturesOfEveryFormatFillTheView) {
+  const struct {
+    platform::OSType format;
+    std::size_t width, height;
+  } cases[] = {{kVideoRange, 321, 203},
+               {kVideoRange, 64, 48},
+               {kFullRange, 1280, 801},
+               {kPacked, 321, 203},
+               {kPacked, 1000, 700}};
   for (const auto& arguments : {std::vector<std::string>{}, {"-extension", "MIT-SHM"}}) {
     auto options = kBareServer;
     options.serverArguments = arguments;
     const PrivateDesktop desktop(options);
-    const Presenting presenting(321, 203);
-    ASSERT_TRUE(presenting.present(makeQuadrants(param.width, param.height, param.format)));
-    EXPECT_TRUE(presenting.showsQuadrants(321, 203)) << "server with" << arguments.size();
+    for (const auto& [format, width, height] : cases) {
+      const Presenting presenting(321, 203);
+      EXPECT_TRUE(presenting.present(makeQuadrants(width, height, format)));
+      EXPECT_TRUE(presenting.showsQuadrants(321, 203))
+          << format << ", " << width << " wide, server with " << arguments.size();
+    }
   }
 }
-
-INSTANTIATE_TEST_SUITE_P(Formats, PresentPicture,
-                         testing::Values(PictureCase{"videoRangeEqual", kVideoRange, 321, 203},
-                                         PictureCase{"videoRangeEnlarged", kVideoRange, 64, 48},
-                                         PictureCase{"fullRangeReduced", kFullRange, 1280, 801},
-                                         PictureCase{"packedEqual", kPacked, 321, 203},
-                                         PictureCase{"packedReduced", kPacked, 1000, 700}),
-                         [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST(Present, FollowsItsHostsSizeAndVisibility) {
   const PrivateDesktop desktop;  // with a window manager
   Presenting presenting(320, 240);
-  auto& host = presenting.host();
+  auto& host = presenting.host;
   ASSERT_TRUE(presenting.present(makeQuadrants(320, 240, kVideoRange)));
   EXPECT_TRUE(presenting.showsQuadrants(320, 240));
 
-  host.resize(500, 411);
+  outputOf({"xdotool", "windowsize", text(host.id()), "500", "411"});
   EXPECT_TRUE(presenting.showsQuadrants(500, 411)) << "the last picture is drawn anew";
-  const auto geometry = outputOf({"xwininfo", "-id", presenting.view()});
-  EXPECT_NE(geometry.find("Width: 500\n"), std::string::npos) << geometry;
-  EXPECT_NE(geometry.find("Height: 411\n"), std::string::npos) << geometry;
-  EXPECT_NE(geometry.find("Relative upper-left X:  0\n"), std::string::npos) << geometry;
+  const auto view = *static_cast<const std::uint32_t*>(vlm_present_view(presenting.presenter));
+  EXPECT_EQ(frameSeen(view), frameSeen(host.id()));
 
   // Pictures for a view that nobody sees are taken, and the last is there when it is seen.
-  host.unmap();
-  ASSERT_TRUE(eventually([&] { return !host.isViewable(); }));
+  outputOf({"xdotool", "windowunmap", "--sync", text(host.id())});
   ASSERT_TRUE(presenting.present(makeQuadrants(16, 16, kPacked)));
   ASSERT_TRUE(presenting.present(makeQuadrants(160, 160, kPacked)));
-  host.map();
+  host.show();
   EXPECT_TRUE(presenting.showsQuadrants(500, 411));
 
-  vlm_present_clear(presenting.presenter());
-  EXPECT_TRUE(eventually([&] { return shows(host.id(), 500, 411, kBlack); }));
+  vlm_present_clear(presenting.presenter);
+  EXPECT_TRUE(eventually([&] { return shows(host, 500, 411, kBlack); }));
   ASSERT_TRUE(presenting.present(makeQuadrants(500, 411, kFullRange)));
   EXPECT_TRUE(presenting.showsQuadrants(500, 411));
 }
 
-TEST(Present, LetsClicksThrough) {
+TEST(Present, LetsClicksThroughAndSurvivesTheHostsWindow) {
   const PrivateDesktop desktop(kBareServer);
   Presenting presenting(320, 240);
-  ASSERT_TRUE(presenting.present(makeQuadrants(320, 240, kVideoRange)));
+  const auto picture = makeQuadrants(320, 240, kVideoRange);
+  ASSERT_TRUE(presenting.present(picture));
   ASSERT_TRUE(presenting.showsQuadrants(320, 240));
   outputOf({"xdotool", "mousemove", "140", "130", "click", "1"});
-  EXPECT_TRUE(eventually([&] { return presenting.host().clicks() > 0; }));
+  EXPECT_TRUE(eventually([&] { return presenting.host.clicks() > 0; }));
+  presenting.host.close();
+  EXPECT_TRUE(eventually([&] { return presenting.enqueue(picture) == VLM_PRESENT_BUSY; }));
 }
 
 TEST(Present, AnswersBusyWhileTheServerStandsStill) {
@@ -215,27 +185,17 @@ TEST(Present, SurvivesTheServersDeath) {
   EXPECT_EQ(vlm_present_create(), nullptr) << "there is no server to make a view with";
 }
 
-TEST(Present, SurvivesTheHostsWindow) {
-  const PrivateDesktop desktop(kBareServer);
-  Presenting presenting(320, 240);
-  const auto picture = makeQuadrants(320, 240, kVideoRange);
-  ASSERT_TRUE(presenting.present(picture));
-  ASSERT_TRUE(presenting.showsQuadrants(320, 240));
-  presenting.host().destroy();
-  EXPECT_TRUE(eventually([&] { return presenting.enqueue(picture) == VLM_PRESENT_BUSY; }));
-}
-
 TEST(Present, MakesAndEndsViewsOffTheMainThread) {
   const PrivateDesktop desktop(kBareServer);
-  HostWindow host(200, 150);
+  Canvas host("host", {40, 30, 200, 150}, kWhite);
   bool ended = false;
   std::thread worker([&] {
     void* presenter = vlm_present_create();
-    host.place(vlm_present_view(presenter));
+    host.adopt(vlm_present_view(presenter));
     const auto picture = makeQuadrants(200, 150, kVideoRange);
     EXPECT_TRUE(eventually([&] {
       return vlm_present_enqueue(presenter, picture.get(), 0) == VLM_PRESENT_OK &&
-             shows(host.id(), 200, 150, kQuadrants);
+             shows(host, 200, 150, kQuadrants);
     }));
     vlm_present_destroy(presenter);
     g_main_context_invoke(
@@ -249,7 +209,7 @@ TEST(Present, MakesAndEndsViewsOffTheMainThread) {
   while (!ended) g_main_context_iteration(nullptr, TRUE);
   worker.join();
   EXPECT_TRUE(eventually([&] {
-    return outputOf({"xwininfo", "-children", "-id", host.id()}).find("0 children") !=
+    return outputOf({"xwininfo", "-children", "-id", text(host.id())}).find("0 children") !=
            std::string::npos;
   }));
 }

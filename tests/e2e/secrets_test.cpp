@@ -1,18 +1,12 @@
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <csignal>
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "VelmoraMacNative.h"
 #include "support/private_session_bus.h"
 
+namespace vlm::test {
 namespace {
 
-using vlm::test::outputOf;
-using vlm::test::PrivateSessionBus;
+using namespace std::chrono_literals;
 using Bytes = std::vector<std::uint8_t>;
 
 constexpr const char* kService = "Velmora.Tëst";
@@ -67,67 +61,44 @@ TEST(Secrets, AnotherProgramSeesOneItemAfterReplacing) {
   ASSERT_TRUE(set({'x'}, "another account"));
   EXPECT_EQ(outputOf({"secret-tool", "lookup", "service", kService, "account", kAccount}), "new");
   const auto all = outputOf({"secret-tool", "search", "--all", "service", kService});
-  std::size_t items = 0;
-  for (auto at = all.find("secret = "); at != std::string::npos;
-       at = all.find("secret = ", at + 1)) {
-    ++items;
-  }
-  EXPECT_EQ(items, 2U) << all;
+  EXPECT_EQ(timesIn(all, "secret = "), 2U) << all;
   EXPECT_TRUE(vlm_secret_delete(kService, kAccount));
   EXPECT_EQ(get("another account"), Bytes{'x'});
 }
 
 // Runs every operation; each must fail, and soon: nobody is there to answer a prompt.
-void expectFailuresAtOnce() {
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_FALSE(set({1, 2, 3}));
-  const auto afterSet = std::chrono::steady_clock::now();
-  EXPECT_EQ(vlm_secret_get(kService, kAccount, nullptr, 0), 0);
-  const auto afterGet = std::chrono::steady_clock::now();
-  EXPECT_FALSE(vlm_secret_delete(kService, kAccount));
-  const auto afterDelete = std::chrono::steady_clock::now();
+void expectFailuresAtOnce(const char* what) {
+  SCOPED_TRACE(what);
+  const auto expectWithin = [](std::chrono::seconds limit, const auto& fails) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(fails());
+    EXPECT_LT(std::chrono::steady_clock::now() - start, limit);
+  };
   // Storing asks the service twice: to remove what was there, and to take the new secret.
-  EXPECT_LT(afterSet - start, std::chrono::seconds(2));
-  EXPECT_LT(afterGet - afterSet, std::chrono::seconds(1));
-  EXPECT_LT(afterDelete - afterGet, std::chrono::seconds(1));
+  expectWithin(2s, [] { return !set({1, 2, 3}); });
+  expectWithin(1s, [] { return vlm_secret_get(kService, kAccount, nullptr, 0) == 0; });
+  expectWithin(1s, [] { return !vlm_secret_delete(kService, kAccount); });
 }
 
 TEST(Secrets, AKeyringThatIsMissingLockedSilentOrGoneIsAFailureAtOnce) {
-  {
-    SCOPED_TRACE("no bus");
-    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
-    expectFailuresAtOnce();
-    unsetenv("DBUS_SESSION_BUS_ADDRESS");
-  }
+  setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+  expectFailuresAtOnce("no bus");
+  unsetenv("DBUS_SESSION_BUS_ADDRESS");
   PrivateSessionBus bus;
-  {
-    SCOPED_TRACE("no keyring");
-    expectFailuresAtOnce();
-  }
+  expectFailuresAtOnce("no keyring");
   bus.startKeyring();
   ASSERT_TRUE(set({1, 2, 3}));
-  {
-    SCOPED_TRACE("silent");
-    bus.keyring().signal(SIGSTOP);
-    expectFailuresAtOnce();
-    bus.keyring().signal(SIGCONT);
-  }
-  {
-    SCOPED_TRACE("locked");
-    bus.lockKeyring();
-    expectFailuresAtOnce();
-  }
-  {
-    SCOPED_TRACE("killed");
-    bus.keyring().end(SIGKILL);
-    expectFailuresAtOnce();
-  }
-  {
-    SCOPED_TRACE("started again");
-    bus.startKeyring();
-    EXPECT_TRUE(set({4}));
-    EXPECT_EQ(get(), Bytes{4});
-  }
+  bus.keyring().signal(SIGSTOP);
+  expectFailuresAtOnce("silent");
+  bus.keyring().signal(SIGCONT);
+  bus.lockKeyring();
+  expectFailuresAtOnce("locked");
+  bus.keyring().end(SIGKILL);
+  expectFailuresAtOnce("killed");
+  bus.startKeyring();
+  EXPECT_TRUE(set({4})) << "started again";
+  EXPECT_EQ(get(), Bytes{4});
 }
 
 }  // namespace
+}  // namespace vlm::test

@@ -10,6 +10,7 @@
 
 #include "VelmoraMacNative.h"
 #include "e2e/desktop.h"
+#include "e2e/frame_recorder.h"
 #include "support/canvas.h"
 #include "support/private_desktop.h"
 
@@ -38,10 +39,6 @@ void expectAsSeen(const VlmWindowEntry& entry) {
   double x = 0, y = 0, width = 0, height = 0;
   ASSERT_TRUE(vlm_window_get_bounds(entry.windowId, &x, &y, &width, &height));
   EXPECT_EQ(frameText(x, y, width, height), frameSeen(entry.windowId));
-}
-
-void countFrame(void*, int32_t, int32_t, int64_t, void* count) {
-  ++*static_cast<std::atomic<int>*>(count);
 }
 
 TEST(Windows, OfAnotherProcessAreAsOtherProgramsSeeThem) {
@@ -95,12 +92,9 @@ TEST(Windows, WithTheSameFrameHaveNumbersOfTheirOwn) {
     EXPECT_EQ(frameSeen(below.id()), frameSeen(above.id()));
     for (const auto& entry : windowsOf(getpid())) {
       expectAsSeen(entry);
-      std::atomic<int> frames = 0;
-      void* capture =
-          vlm_capture_start_window(entry.windowId, 30, 0, 0, countFrame, nullptr, &frames);
-      EXPECT_NE(capture, nullptr);
-      EXPECT_TRUE(eventually([&] { return frames > 0; }));
-      vlm_capture_stop(capture);
+      FrameRecorder recorder;
+      EXPECT_TRUE(recorder.start(vlm_capture_start_window, entry.windowId, 30, 0, 0));
+      EXPECT_GT(recorder.last().width, 0);
     }
   }
 }

@@ -1,7 +1,5 @@
 #include "support/canvas.h"
 
-#include <unistd.h>
-
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
@@ -11,23 +9,8 @@
 namespace vlm::test {
 namespace {
 
-constexpr std::uint8_t kReplace = XCB_PROP_MODE_REPLACE;
-// The pixmap is larger than any size that the window is given.
-constexpr std::uint16_t kPixmapWidth = 2048;
-constexpr std::uint16_t kPixmapHeight = 1200;
-
-void setText(xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property,
-             const std::string& text) {
-  xcb_change_property(connection, kReplace, window, property, XCB_ATOM_STRING, 8,
-                      static_cast<std::uint32_t>(text.size()), text.data());
-}
-
-// Asks the window manager to leave the window where it is put: WM_NORMAL_HINTS with USPosition.
-void setPlaceHints(xcb_connection_t* connection, xcb_window_t window) {
-  std::uint32_t hints[18] = {1};
-  xcb_change_property(connection, kReplace, window, XCB_ATOM_WM_NORMAL_HINTS,
-                      XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
-}
+// Larger than any size that the window is given.
+constexpr Canvas::Place kPixmap{0, 0, 1024, 768};
 
 bool isShown(xcb_connection_t* connection, xcb_window_t window) {
   const auto asked = xcb_get_window_attributes(connection, window);
@@ -45,46 +28,65 @@ Canvas::Canvas(const std::string& name, const Place& place, std::uint32_t color)
       context_(xcb_generate_id(connection_)) {
   if (xcb_connection_has_error(connection_) != 0) throw std::runtime_error("no X server");
   const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
-  xcb_create_pixmap(connection_, screen->root_depth, pixmap_, screen->root, kPixmapWidth,
-                    kPixmapHeight);
+  xcb_create_pixmap(connection_, screen->root_depth, pixmap_, screen->root, kPixmap.width,
+                    kPixmap.height);
   xcb_create_gc(connection_, context_, pixmap_, 0, nullptr);
-  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root,
-                    static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
-                    static_cast<std::uint16_t>(place.width),
-                    static_cast<std::uint16_t>(place.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                    XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP, &pixmap_);
-  setText(connection_, window_, XCB_ATOM_WM_NAME, name);
-  setText(connection_, window_, XCB_ATOM_WM_CLASS, name + '\0' + name + '\0');
-  setPlaceHints(connection_, window_);
-  fill({0, 0, kPixmapWidth, kPixmapHeight}, color);
-  // A window manager that is just starting may lose the first request.
-  const auto show = [this] {
-    xcb_map_window(connection_, window_);
-    return isShown(connection_, window_);
+  const std::uint32_t values[] = {pixmap_, XCB_EVENT_MASK_BUTTON_PRESS};
+  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, place.x, place.y,
+                    place.width, place.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                    XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK, values);
+  const auto setProperty = [&](xcb_atom_t property, xcb_atom_t type, std::uint8_t bits,
+                               std::size_t count, const void* data) {
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, property, type, bits,
+                        static_cast<std::uint32_t>(count), data);
   };
-  if (!eventually(show)) {
-    throw std::runtime_error("the canvas was not shown");
-  }
+  const std::string both = name + '\0' + name + '\0';
+  setProperty(XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, name.size(), name.data());
+  setProperty(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8, both.size(), both.data());
+  // Asks the window manager to leave the window where it is put: USPosition.
+  const std::uint32_t hints[18] = {1};
+  setProperty(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 32, 18, hints);
+  fill(kPixmap, color);
+  show();
 }
 
-Canvas::~Canvas() {
-  xcb_disconnect(connection_);
+void Canvas::show() {
+  // A window manager that is just starting may lose the first request.
+  const bool shown = eventually([this] {
+    xcb_map_window(connection_, window_);
+    return isShown(connection_, window_);
+  });
+  if (!shown) throw std::runtime_error("the canvas was not shown");
 }
 
 void Canvas::fill(const Place& area, std::uint32_t color) {
-  const xcb_rectangle_t rectangle{
-      static_cast<std::int16_t>(area.x), static_cast<std::int16_t>(area.y),
-      static_cast<std::uint16_t>(area.width), static_cast<std::uint16_t>(area.height)};
   xcb_change_gc(connection_, context_, XCB_GC_FOREGROUND, &color);
-  xcb_poly_fill_rectangle(connection_, pixmap_, context_, 1, &rectangle);
-  xcb_clear_area(connection_, 0, window_, rectangle.x, rectangle.y, rectangle.width,
-                 rectangle.height);
+  xcb_poly_fill_rectangle(connection_, pixmap_, context_, 1, &area);
+  xcb_clear_area(connection_, 0, window_, area.x, area.y, area.width, area.height);
   sync();
 }
 
 void Canvas::close() {
   xcb_destroy_window(connection_, window_);
   sync();
+}
+
+void Canvas::adopt(const void* view) {
+  const auto id = *static_cast<const std::uint32_t*>(view);
+  xcb_reparent_window(connection_, id, window_, 7, 5);
+  xcb_map_window(connection_, id);
+  sync();
+}
+
+int Canvas::clicks() {
+  int presses = 0;
+  while (auto* event = xcb_poll_for_event(connection_)) {
+    const auto& press = reinterpret_cast<const xcb_button_press_event_t&>(*event);
+    // One that fell on a window inside and was passed up names it as the child.
+    if (press.response_type == XCB_BUTTON_PRESS && press.child == XCB_NONE) ++presses;
+    std::free(event);
+  }
+  return presses;
 }
 
 void Canvas::sync() {

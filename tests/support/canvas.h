@@ -11,24 +11,26 @@ namespace vlm::test {
 // itself, so nobody need wait for events.
 class Canvas {
  public:
-  struct Place {
-    int x = 0;
-    int y = 0;
-    int width = 400;
-    int height = 300;
-  };
+  using Place = xcb_rectangle_t;
 
   // Returns when the window is on the screen. Title and both parts of WM_CLASS are `name`.
   Canvas(const std::string& name, const Place& place, std::uint32_t color);
-  ~Canvas();
+  ~Canvas() { xcb_disconnect(connection_); }
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
 
   std::uint32_t id() const { return window_; }
   // Paints a rectangle of the window and waits until the server has. Colours are 0xRRGGBB.
   void fill(const Place& area, std::uint32_t color);
+  // Puts it on the screen and waits until it is there.
+  void show();
   // As a closing client does.
   void close();
+
+  // What a host does with the pointer that vlm_present_view returns.
+  void adopt(const void* view);
+  // The button presses on the window itself that have arrived since the last call.
+  int clicks();
 
  private:
   void sync();

@@ -7,13 +7,11 @@
 
 #include <array>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 namespace vlm::test {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 constexpr auto kPatience = std::chrono::seconds(3);
 
 std::vector<char*> argumentsOf(const std::vector<std::string>& command) {
@@ -103,10 +101,10 @@ std::string outputOf(const std::vector<std::string>& command) {
   return result.output;
 }
 
-bool sleepUntilNextTry(Clock::time_point deadline) {
-  if (Clock::now() >= deadline) return false;
-  std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  return true;
+std::size_t timesIn(const std::string& text, const std::string& part) {
+  std::size_t times = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++times;
+  return times;
 }
 
 }  // namespace vlm::test

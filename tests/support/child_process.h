@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace vlm::test {
@@ -42,19 +43,18 @@ CommandResult runCommand(const std::vector<std::string>& command);
 // The output of a command that is expected to succeed, without the last line feed; throws else.
 std::string outputOf(const std::vector<std::string>& command);
 
+// How often a part stands in a text.
+std::size_t timesIn(const std::string& text, const std::string& part);
+
 // Tries until `condition` holds; false when it does not within the limit.
 template <class Condition>
-bool eventually(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(10));
-
-bool sleepUntilNextTry(std::chrono::steady_clock::time_point deadline);
-
-template <class Condition>
-bool eventually(Condition condition, std::chrono::milliseconds limit) {
+bool eventually(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
   const auto deadline = std::chrono::steady_clock::now() + limit;
-  do {
-    if (condition()) return true;
-  } while (sleepUntilNextTry(deadline));
-  return condition();
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return true;
 }
 
 }  // namespace vlm::test

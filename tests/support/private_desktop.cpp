@@ -1,52 +1,27 @@
 #include "support/private_desktop.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
-#include <cstdlib>
 #include <stdexcept>
 
 namespace vlm::test {
 namespace {
 
-constexpr int kStartLimitMs = 20'000;
-
-// The server picks a free display number itself and writes it to a pipe when it is ready.
-struct NumberPipe {
-  NumberPipe() {
-    if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
-  }
-  ~NumberPipe() {
-    close(ends[0]);
-    close(ends[1]);
-  }
-
-  std::string read() const {
-    std::string text;
-    for (char c = 0; c != '\n'; text += c) {
-      pollfd wanted{ends[0], POLLIN, 0};
-      if (poll(&wanted, 1, kStartLimitMs) != 1 || ::read(ends[0], &c, 1) != 1) {
-        throw std::runtime_error("the X server did not start");
-      }
-    }
-    text.pop_back();
-    return text;
-  }
-
-  int ends[2] = {-1, -1};
-};
+constexpr auto kStartLimit = std::chrono::seconds(20);
 
 ChildProcess startServer(const PrivateDesktop::Options& options, std::string& display) {
-  const NumberPipe number;
+  // The server picks a free display number itself and writes it to a file when it is ready.
+  const ScratchFolder folder;
+  const auto number = folder.file("display");
   const std::string screen =
       std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-  std::vector<std::string> command{"Xvfb",      "-displayfd", std::to_string(number.ends[1]),
-                                   "-screen",   "0",          screen,
-                                   "-nolisten", "tcp",        "-noreset"};
+  std::vector<std::string> command{"sh",      "-c",        "exec Xvfb -displayfd 3 \"$@\" 3>\"$0\"",
+                                   number,    "-screen",   "0",
+                                   screen,    "-nolisten", "tcp",
+                                   "-noreset"};
   command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
-  ChildProcess server(command, number.ends[1]);
-  display = ":" + number.read();
+  ChildProcess server(command);
+  const auto isReady = [&] { return (display = ":" + contentsOf(number)).ends_with('\n'); };
+  if (!eventually(isReady, kStartLimit)) throw std::runtime_error("the X server did not start");
+  display.pop_back();
   return server;
 }
 
@@ -60,34 +35,17 @@ bool isManaged() {
 }  // namespace
 
 PrivateDesktop::PrivateDesktop(const Options& options) : server_(startServer(options, display_)) {
-  if (const char* before = std::getenv("DISPLAY")) displayBefore_ = before;
-  setenv("DISPLAY", display_.c_str(), 1);
+  environment_.set("DISPLAY", display_);
   if (!options.windowManager) return;
   windowManager_.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
-  if (!eventually(isManaged, std::chrono::milliseconds(kStartLimitMs))) {
+  if (!eventually(isManaged, kStartLimit)) {
     throw std::runtime_error("the window manager did not start");
   }
 }
 
-PrivateDesktop::~PrivateDesktop() {
-  clients_.clear();
-  windowManager_.reset();
-  server_.end();
-  if (displayBefore_) {
-    setenv("DISPLAY", displayBefore_->c_str(), 1);
-  } else {
-    unsetenv("DISPLAY");
-  }
-}
-
-std::size_t PrivateDesktop::spawn(const std::vector<std::string>& command) {
-  clients_.emplace_back(command);
-  return clients_.size() - 1;
-}
-
 std::uint32_t PrivateDesktop::spawnWindow(const std::vector<std::string>& command,
                                           const std::string& name) {
-  spawn(command);
+  clients_.emplace_back(command);
   std::uint32_t window = 0;
   const auto isShown = [&] {
     for (const char* by : {"--name", "--class", "--classname"}) {

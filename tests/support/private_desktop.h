@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "support/child_process.h"
+#include "support/private_home.h"
 
 namespace vlm::test {
 
@@ -24,27 +25,23 @@ class PrivateDesktop {
   PrivateDesktop() : PrivateDesktop(Options{}) {}
   // Returns when the server answers and the window manager manages; throws when they don't.
   explicit PrivateDesktop(const Options& options);
-  ~PrivateDesktop();
-  PrivateDesktop(const PrivateDesktop&) = delete;
-  PrivateDesktop& operator=(const PrivateDesktop&) = delete;
 
   const std::string& display() const { return display_; }
   pid_t server() const { return server_.pid(); }
 
-  // Starts a client of this server. It ends with the desktop; the index serves client().
-  std::size_t spawn(const std::vector<std::string>& command);
-  ChildProcess& client(std::size_t index) { return clients_[index]; }
-
-  // Starts a client and waits until its window is on the screen. `name` is the window's title or
-  // the instance or class part of its WM_CLASS, and must not be in use by an earlier window.
+  // Starts a client, which ends with the desktop, and waits until its window is on the screen.
+  // `name` is the window's title or the instance or class part of its WM_CLASS, and must not be in
+  // use by an earlier window.
   std::uint32_t spawnWindow(const std::vector<std::string>& command, const std::string& name);
+  ChildProcess& client(std::size_t index) { return clients_[index]; }
 
   // Ends the server at once, as a crash would: every connection to it breaks.
   void killServer() { server_.end(SIGKILL); }
 
  private:
-  std::optional<std::string> displayBefore_;
+  Environment environment_;
   std::string display_;
+  // In the order in which they end, last first.
   ChildProcess server_;
   std::optional<ChildProcess> windowManager_;
   std::vector<ChildProcess> clients_;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <utility>
@@ -10,21 +9,25 @@
 
 namespace vlm::test {
 
-// A new folder that is the home folder of this process and of what it starts, until this goes.
-class PrivateHome {
+// Changes of the environment of this process; what was there before comes back in the end.
+class Environment {
  public:
-  PrivateHome();
-  ~PrivateHome();
-  PrivateHome(const PrivateHome&) = delete;
-  PrivateHome& operator=(const PrivateHome&) = delete;
+  Environment() = default;
+  ~Environment();
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
 
-  const std::filesystem::path& path() const { return folder_.path(); }
-  // Changes the environment; what was there before comes back in the end.
-  void setVariable(const std::string& name, const std::string& value);
+  void set(const std::string& name, const std::string& value);
 
  private:
-  const ScratchFolder folder_;
   std::vector<std::pair<std::string, std::optional<std::string>>> before_;
+};
+
+// A new folder that is the home folder of this process and of what it starts, until this goes.
+struct PrivateHome : ScratchFolder {
+  PrivateHome();
+
+  Environment environment;
 };
 
 }  // namespace vlm::test

@@ -1,13 +1,9 @@
 #include "support/private_session_bus.h"
 
-#include <filesystem>
-#include <fstream>
 #include <stdexcept>
 
 namespace vlm::test {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr const char* kBusConfiguration = R"(<busconfig>
   <type>session</type>
@@ -20,31 +16,24 @@ constexpr const char* kBusConfiguration = R"(<busconfig>
 </busconfig>
 )";
 
-void writeFile(const fs::path& path, const std::string& text) {
-  std::ofstream(path) << text;
-}
-
 }  // namespace
 
 PrivateSessionBus::PrivateSessionBus() {
-  const fs::path socket = home_.path() / "bus";
+  const std::string socket = home_.file("bus"), configurationFile = home_.file("bus.conf");
   std::string configuration = kBusConfiguration;
-  configuration.replace(configuration.find('%'), 1, socket.string());
-  writeFile(home_.path() / "bus.conf", configuration);
-  home_.setVariable("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + socket.string());
+  configuration.replace(configuration.find('%'), 1, socket);
+  writeFile(configurationFile, configuration);
+  home_.environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + socket);
   bus_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--nopidfile",
-                                        "--config-file=" + (home_.path() / "bus.conf").string()});
-  if (!eventually([&] { return fs::exists(socket); })) throw std::runtime_error("no message bus");
-}
-
-PrivateSessionBus::~PrivateSessionBus() {
-  keyring_.reset();
-  bus_.reset();
+                                        "--config-file=" + configurationFile});
+  if (!eventually([&] { return std::filesystem::exists(socket); })) {
+    throw std::runtime_error("no message bus");
+  }
 }
 
 void PrivateSessionBus::startKeyring() {
   // The daemon takes the password that opens the keyring from its standard input.
-  writeFile(home_.path() / "password", "x");
+  writeFile(home_.file("password"), std::string("x"));
   keyring_.emplace(std::vector<std::string>{
       "sh", "-c",
       "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$HOME/password\" "

@@ -13,9 +13,6 @@ namespace vlm::test {
 class PrivateSessionBus {
  public:
   PrivateSessionBus();
-  ~PrivateSessionBus();
-  PrivateSessionBus(const PrivateSessionBus&) = delete;
-  PrivateSessionBus& operator=(const PrivateSessionBus&) = delete;
 
   // Starts the keyring daemon and waits until it answers; throws when it does not.
   void startKeyring();
@@ -25,6 +22,7 @@ class PrivateSessionBus {
 
  private:
   PrivateHome home_;
+  // In the order in which they end, last first.
   std::optional<ChildProcess> bus_;
   std::optional<ChildProcess> keyring_;
 };

@@ -1,21 +1,10 @@
 #include "support/private_sound_server.h"
 
-#include <filesystem>
-#include <fstream>
+#include <cstring>
 #include <stdexcept>
 
 namespace vlm::test {
 namespace {
-
-Samples samplesIn(const std::string& path) {
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  if (!file) return {};
-  Samples samples(static_cast<std::size_t>(file.tellg()) / sizeof(float));
-  file.seekg(0);
-  file.read(reinterpret_cast<char*>(samples.data()),
-            static_cast<std::streamsize>(samples.size() * sizeof(float)));
-  return samples;
-}
 
 // What an earlier recorder left is no sign of life of the next.
 std::string freshFile(const std::string& path) {
@@ -26,7 +15,7 @@ std::string freshFile(const std::string& path) {
 }  // namespace
 
 PrivateSoundServer::PrivateSoundServer() {
-  home_.setVariable("PULSE_SERVER", "unix:" + file("sound"));
+  home_.environment.set("PULSE_SERVER", "unix:" + file("sound"));
   start();
 }
 
@@ -59,18 +48,17 @@ SoundRecorder::SoundRecorder(const PrivateSoundServer& server, const std::string
                  "exec parec --device=\"$1\" --rate=48000 --channels=2 --format=float32le "
                  "--latency-msec=10 >\"$2\"",
                  "sh", source, path_}) {
-  if (!eventually([this] { return !soFar().empty(); })) {
+  if (!eventually([this] { return !contentsOf(path_).empty(); })) {
     throw std::runtime_error("nothing is recorded");
   }
 }
 
-Samples SoundRecorder::soFar() const {
-  return samplesIn(path_);
-}
-
 Samples SoundRecorder::finish() {
   recorder_.end();
-  return samplesIn(path_);
+  const auto bytes = contentsOf(path_);
+  Samples samples(bytes.size() / sizeof(float));
+  std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));
+  return samples;
 }
 
 }  // namespace vlm::test

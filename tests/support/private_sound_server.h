@@ -16,8 +16,6 @@ class PrivateSoundServer {
  public:
   PrivateSoundServer();
   ~PrivateSoundServer() { kill(); }
-  PrivateSoundServer(const PrivateSoundServer&) = delete;
-  PrivateSoundServer& operator=(const PrivateSoundServer&) = delete;
 
   ChildProcess& process() { return *server_; }
   // Ends it at once, as a crash would.
@@ -25,7 +23,7 @@ class PrivateSoundServer {
   void start();
 
   // A file in the server's folder.
-  std::string file(const std::string& name) const { return (home_.path() / name).string(); }
+  std::string file(const std::string& name) const { return home_.file(name); }
 
  private:
   PrivateHome home_;
@@ -39,8 +37,6 @@ using Samples = std::vector<float>;
 class SoundRecorder {
  public:
   SoundRecorder(const PrivateSoundServer& server, const std::string& source);
-  // What has come so far.
-  Samples soFar() const;
   // Ends it; all that came.
   Samples finish();
 

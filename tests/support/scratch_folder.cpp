@@ -1,9 +1,6 @@
 #include "support/scratch_folder.h"
 
-#include <unistd.h>
-
-#include <fstream>
-#include <iterator>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace vlm::test {
@@ -17,11 +14,6 @@ ScratchFolder::ScratchFolder() {
 ScratchFolder::~ScratchFolder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
-}
-
-std::string contentsOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 }  // namespace vlm::test

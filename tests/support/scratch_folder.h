@@ -1,6 +1,9 @@
 #pragma once
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <span>
 #include <string>
 
 namespace vlm::test {
@@ -20,7 +23,20 @@ class ScratchFolder {
   std::filesystem::path path_;
 };
 
-// The whole of a file, as text.
-std::string contentsOf(const std::string& path);
+// The whole of a file, as text or as any container of bytes.
+template <class Content = std::string>
+Content contentsOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return Content(std::istreambuf_iterator<char>(file), {});
+}
+
+// A text, bytes or numbers as they stand in memory.
+template <class Content>
+void writeFile(const std::string& path, const Content& content) {
+  const auto bytes = std::as_bytes(std::span(content));
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+}
 
 }  // namespace vlm::test

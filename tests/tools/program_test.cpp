@@ -42,10 +42,7 @@ std::size_t keyframes(const Json& probed) {
   return count;
 }
 
-void expectSoundStream(const Json& stream, const std::string& path) {
-  EXPECT_EQ(stream["codec_name"], "h264");
-  EXPECT_EQ(stream["profile"], "Main");
-  EXPECT_EQ(stream["has_b_frames"], 0);
+void expectSoundStream(const std::string& path) {
   const auto decoding =
       runCommand({"ffmpeg", "-v", "warning", "-xerror", "-i", path, "-f", "null", "-"});
   EXPECT_EQ(decoding.status, 0);
@@ -92,7 +89,7 @@ TEST(Program, LoopbackShowsAndRecordsAStillWindowWithTheKeyFramesAskedFor) {
   EXPECT_GT(likeness(original, shown), 30);
 
   const Json probed = probe(recording);
-  expectSoundStream(probed["streams"][0], recording);
+  expectSoundStream(recording);
   EXPECT_EQ(probed["frames"].size(), summary["encoded"]);
   EXPECT_EQ(keyframes(probed), summary["keyframes"]);
 }
@@ -114,7 +111,7 @@ TEST(Program, RecordChangesSizeAndBitRateOnTheWay) {
   EXPECT_EQ(last["width"], 640);
   EXPECT_EQ(last["height"], 360);
   EXPECT_EQ(keyframes(probed), 2U);
-  expectSoundStream(probed["streams"][0], recording);
+  expectSoundStream(recording);
 }
 
 TEST(Program, PlayShowsEveryFrameOfAForeignStream) {
