@@ -32,8 +32,8 @@ class MixInput {
   std::size_t cushion_ = kLeastCushion;
   bool primed_ = false;
   bool isCushionChosen_ = false;  // for what comes after it ran dry
-  int dryBlocks_ = 1000;  // since it ran dry; at first, long ago
-  int primedBlocks_ = 0;  // since it was primed
+  int dryBlocks_ = 1000;          // since it ran dry; at first, long ago
+  int primedBlocks_ = 0;          // since it was primed
   double meanLevel_ = 0;
   double usualLevel_ = 0;
 };
