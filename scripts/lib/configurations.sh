@@ -2,7 +2,7 @@
 # The configurations of scripts/test: what each builds and which tests it runs.
 
 # Seconds that each fuzzer runs.
-readonly FUZZ_SECONDS=10
+readonly FUZZ_SECONDS=6
 
 if command -v ccache >/dev/null; then
   export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
