@@ -12,10 +12,10 @@
 #include <stdlib.h>
 #include <time.h>
 
-enum { RATE = 48000, CHANNELS = 2, BLOCK = RATE / 100 };
+enum { RATE = 48000, CHANNELS = 2, BLOCKS_A_SECOND = 100, BLOCK = RATE / BLOCKS_A_SECOND };
 
 static void wait_until_written(struct timespec* due) {
-  due->tv_nsec += 1000000000L / RATE * BLOCK;
+  due->tv_nsec += 1000000000L / BLOCKS_A_SECOND;
   if (due->tv_nsec >= 1000000000L) {
     due->tv_nsec -= 1000000000L;
     ++due->tv_sec;
@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
   double phase = 0;
   struct timespec due;
   clock_gettime(CLOCK_MONOTONIC, &due);
-  for (long block = 0; block < seconds * RATE / BLOCK; ++block) {
+  for (long block = 0; block < seconds * BLOCKS_A_SECOND; ++block) {
     float samples[BLOCK * CHANNELS];
     for (int frame = 0; frame < BLOCK; ++frame, phase += step) {
       samples[frame * CHANNELS] = samples[frame * CHANNELS + 1] = 0.25F * (float)sin(phase);

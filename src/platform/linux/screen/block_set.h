@@ -8,9 +8,10 @@
 
 namespace vlm::platform::screen {
 
+// The side of a block in pixels.
 inline constexpr int kBlock = static_cast<int>(ChangeMap::kBlockSize);
 
-// How many of them a side of a picture has; the last may be cut off.
+// How many blocks a side of a picture has; the last may be cut off.
 constexpr int blocksFor(int pixels) {
   return (pixels + kBlock - 1) / kBlock;
 }

@@ -4,13 +4,11 @@
 #include <cstddef>
 
 #include "platform/linux/view/view_window.h"
+#include "platform/linux/x11/event.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform {
 namespace {
-
-// Set in the type of an event that another client sent.
-constexpr std::uint8_t kSentBit = 0x80;
 
 // The server's answer to a request it has just got comes when it has done all the earlier ones.
 void waitForServer(xcb_connection_t* connection) {
@@ -73,8 +71,7 @@ void WindowImage::putThroughConnection(const PixelTarget& target, xcb_window_t w
 WindowImage::Outcome WindowImage::handle(const xcb_generic_event_t& event) {
   if (!underWay_) return Outcome::none;
   const auto* extension = xcb_get_extension_data(connection_, &xcb_shm_id);
-  const bool shown =
-      (event.response_type & ~kSentBit) == extension->first_event + XCB_SHM_COMPLETION;
+  const bool shown = x11::typeOf(event) == extension->first_event + XCB_SHM_COMPLETION;
   const bool refused = event.response_type == 0 && event.full_sequence == sequence_;
   if (!shown && !refused) return Outcome::none;
   underWay_ = false;

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/window_request.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
 #include "platform/linux/x11/extensions.h"
@@ -27,13 +28,12 @@ ProcessRequest::ProcessRequest(const Connection& connection, const WindowAtoms& 
                                WindowIds windows)
     : connection_(connection), ownWord_(atoms.processId), windows_(std::move(windows)) {
   if (windows_.empty() || !supports(connection_, Extension::resources)) return;
-  std::unordered_map<std::uint32_t, xcb_res_client_id_spec_t> byClient;
-  for (const auto window : windows_) {
-    byClient.insert({clientOf(window), {window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID}});
-  }
+  std::unordered_set<std::uint32_t> asked;
   std::vector<xcb_res_client_id_spec_t> wanted;
-  wanted.reserve(byClient.size());
-  for (const auto& each : byClient) wanted.push_back(each.second);
+  for (const auto window : windows_) {
+    if (!asked.insert(clientOf(window)).second) continue;
+    wanted.push_back({window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID});
+  }
   clients_ = xcb_res_query_client_ids(connection_.get(), static_cast<std::uint32_t>(wanted.size()),
                                       wanted.data());
 }
