@@ -1,8 +1,9 @@
 // Compression sessions fed with what does not cross the boundary: full-range pictures, accounts of
-// what changed, intervals of key frames.
+// what changed, property values of every kind.
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <limits>
 
 #include "codec/bitstream.h"
 #include "codec/compressed_sample.h"
@@ -51,6 +52,34 @@ AccessUnit encode(VTCompressionSession& session, const Ref<CVPixelBuffer>& image
             noErr);
   VTCompressionSessionCompleteFrames(session, kCMTimeInvalid);
   return unit;
+}
+
+TEST(CompressionSession, AnswersPropertiesItCantServe) {
+  const auto session = makeSession();
+  const struct {
+    std::string_view key;
+    CFValue value;
+    OSStatus status;
+  } cases[] = {
+      {kVTCompressionPropertyKey_ExpectedFrameRate, 0, kVTParameterErr},
+      {kVTCompressionPropertyKey_ExpectedFrameRate, -30, kVTParameterErr},
+      {kVTCompressionPropertyKey_ExpectedFrameRate, "30", kVTParameterErr},
+      {kVTCompressionPropertyKey_AverageBitRate, 0, kVTParameterErr},
+      {kVTCompressionPropertyKey_AverageBitRate, std::numeric_limits<double>::quiet_NaN(),
+       kVTParameterErr},
+      {kVTCompressionPropertyKey_AverageBitRate, std::numeric_limits<std::int32_t>::max(), noErr},
+      {kVTCompressionPropertyKey_DataRateLimits, CFArray{-1.0, 1.0}, kVTParameterErr},
+      {kVTCompressionPropertyKey_MaxAllowedFrameQP, 52, kVTParameterErr},
+      {kVTCompressionPropertyKey_ProfileLevel, "H264_High_AutoLevel", kVTPropertyNotSupportedErr},
+  };
+  for (const auto& [key, value, status] : cases) {
+    EXPECT_EQ(VTSessionSetProperty(*session, key, value), status) << key;
+  }
+  EXPECT_TRUE(encode(*session, grey(90), 0).keyFrame);
+  VTCompressionSessionInvalidate(*session);
+  EXPECT_EQ(VTSessionSetProperty(*session, kVTCompressionPropertyKey_RealTime, true),
+            kVTInvalidSessionErr);
+  EXPECT_EQ(VTCompressionSessionCompleteFrames(*session, kCMTimeInvalid), kVTInvalidSessionErr);
 }
 
 TEST(CompressionSession, KeyFramesComeAtTheLimitsOfFramesAndOfTime) {
