@@ -190,12 +190,13 @@ VLM_API uint32_t vlm_capture_find_window(const char* bundlePrefix, const char* t
  *                         that is resized later is scaled into them.
  *             frameCb     gets every frame; must not be NULL. Frames are '420v'. Keep at most 5;
  *                         while you do, new ones are skipped.
- *             audioCb     gets the system's audio; NULL for none.
+ *             audioCb     gets what the machine plays, less what this process plays, as stereo at
+ *                         48,000 Hz; NULL for none. On Linux blocks of 20 ms, silent ones
+ *                         included; without a sound server all are silent until one comes.
  *             user        passed to both callbacks.
  * Result:     a capture handle.
  * Errors:     NULL when frameCb is NULL (at once), no such window is on the screen, or the capture
- *             can't be started (logged). On Linux system audio can't be captured yet: a start with
- *             an audioCb fails.
+ *             can't be started (logged).
  * Thread:     any; waits for the system. Both callbacks run on one private serial queue, one call
  *             at a time.
  * Lifetime:   ended by vlm_capture_stop, also when the system ended the stream by itself (a closed
