@@ -19,22 +19,34 @@ bool isShown(xcb_connection_t* connection, xcb_window_t window) {
   return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
+// The first one, which for the root's depth is the root's own.
+xcb_visualid_t visualOf(const xcb_screen_t& screen, std::uint8_t depth) {
+  auto depths = xcb_screen_allowed_depths_iterator(&screen);
+  while (depths.rem > 0 && depths.data->depth != depth) xcb_depth_next(&depths);
+  if (depths.rem == 0) throw std::runtime_error("no windows of this depth");
+  return xcb_depth_visuals_iterator(depths.data).data->visual_id;
+}
+
 }  // namespace
 
-Canvas::Canvas(const std::string& name, const Place& place, std::uint32_t color)
+Canvas::Canvas(const std::string& name, const Place& place, std::uint32_t color, bool isTranslucent)
     : connection_(xcb_connect(nullptr, nullptr)),
       window_(xcb_generate_id(connection_)),
       pixmap_(xcb_generate_id(connection_)),
       context_(xcb_generate_id(connection_)) {
   if (xcb_connection_has_error(connection_) != 0) throw std::runtime_error("no X server");
   const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
-  xcb_create_pixmap(connection_, screen->root_depth, pixmap_, screen->root, kPixmap.width,
-                    kPixmap.height);
+  const std::uint8_t depth = isTranslucent ? 32 : screen->root_depth;
+  const auto visual = visualOf(*screen, depth);
+  const auto colors = xcb_generate_id(connection_);
+  xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, colors, screen->root, visual);
+  xcb_create_pixmap(connection_, depth, pixmap_, screen->root, kPixmap.width, kPixmap.height);
   xcb_create_gc(connection_, context_, pixmap_, 0, nullptr);
-  const std::uint32_t values[] = {pixmap_, XCB_EVENT_MASK_BUTTON_PRESS};
-  xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen->root, place.x, place.y,
-                    place.width, place.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-                    XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXMAP | XCB_CW_EVENT_MASK, values);
+  const std::uint32_t values[] = {pixmap_, 0, XCB_EVENT_MASK_BUTTON_PRESS, colors};
+  xcb_create_window(connection_, depth, window_, screen->root, place.x, place.y, place.width,
+                    place.height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
+                    XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP,
+                    values);
   const auto setProperty = [&](xcb_atom_t property, xcb_atom_t type, std::uint8_t bits,
                                std::size_t count, const void* data) {
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, property, type, bits,
@@ -71,9 +83,9 @@ void Canvas::close() {
   sync();
 }
 
-void Canvas::adopt(const void* view) {
+void Canvas::adopt(const void* view, std::int16_t x, std::int16_t y) {
   const auto id = *static_cast<const std::uint32_t*>(view);
-  xcb_reparent_window(connection_, id, window_, 7, 5);
+  xcb_reparent_window(connection_, id, window_, x, y);
   xcb_map_window(connection_, id);
   sync();
 }

@@ -14,7 +14,9 @@ class Canvas {
   using Place = xcb_rectangle_t;
 
   // Returns when the window is on the screen. Title and both parts of WM_CLASS are `name`.
-  Canvas(const std::string& name, const Place& place, std::uint32_t color);
+  // A translucent one takes colours as 0xAARRGGBB, weighed by their first part.
+  Canvas(const std::string& name, const Place& place, std::uint32_t color,
+         bool isTranslucent = false);
   ~Canvas() { xcb_disconnect(connection_); }
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
@@ -28,7 +30,7 @@ class Canvas {
   void close();
 
   // What a host does with the pointer that vlm_present_view returns.
-  void adopt(const void* view);
+  void adopt(const void* view, std::int16_t x = 7, std::int16_t y = 5);
   // The button presses on the window itself that have arrived since the last call.
   int clicks();
 

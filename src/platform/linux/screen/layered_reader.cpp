@@ -1,13 +1,15 @@
 #include "platform/linux/screen/layered_reader.h"
 
+#include <libyuv.h>
+
 #include <algorithm>
-#include <cstring>
 
 namespace vlm::platform::screen {
 namespace {
 
 bool hides(const Layer& layer, const Rectangle& area) {
-  return !layer.window->shape() && intersection(layer.frame, area) == area;
+  return !layer.window->isTranslucent() && !layer.window->shape() &&
+         intersection(layer.frame, area) == area;
 }
 
 std::size_t bytesOf(int pixels) {
@@ -64,27 +66,29 @@ PixelView LayeredReader::compose(const Rectangle& area, std::span<const Piece> p
 
 void LayeredReader::draw(const Rectangle& area, const Piece& piece, const PixelView& pixels) {
   const std::size_t bytesPerRow = bytesOf(area.width);
-  const auto copy = [&](const Rectangle& part) {
+  const auto paint = [&](const Rectangle& part) {
     const auto* from = pixels.data +
                        static_cast<std::size_t>(part.y - piece.place.y) * pixels.bytesPerRow +
                        bytesOf(part.x - piece.place.x);
     auto* to = canvas_.data() + static_cast<std::size_t>(part.y - area.y) * bytesPerRow +
                bytesOf(part.x - area.x);
-    for (int row = 0; row < part.height; ++row) {
-      std::memcpy(to, from, bytesOf(part.width));
-      from += pixels.bytesPerRow;
-      to += bytesPerRow;
+    const auto fromStride = static_cast<int>(pixels.bytesPerRow);
+    const auto toStride = static_cast<int>(bytesPerRow);
+    if (piece.layer->window->isTranslucent()) {
+      libyuv::ARGBBlend(from, fromStride, to, toStride, to, toStride, part.width, part.height);
+    } else {
+      libyuv::ARGBCopy(from, fromStride, to, toStride, part.width, part.height);
     }
   };
   const auto& shape = piece.layer->window->shape();
   if (!shape) {
-    copy(piece.place);
+    paint(piece.place);
     return;
   }
   for (const auto& part : *shape) {
     const auto& frame = piece.layer->frame;
     const Rectangle shown = intersection(part.movedBy(frame.x, frame.y), piece.place);
-    if (!shown.isEmpty()) copy(shown);
+    if (!shown.isEmpty()) paint(shown);
   }
 }
 

@@ -16,7 +16,7 @@ struct Layer {
   Rectangle frame;
 };
 
-// Reads a content that is made of windows before black.
+// Reads a content that is made of windows before black, translucent ones over what is behind.
 class LayeredReader {
  public:
   explicit LayeredReader(const x11::Connection& connection) : reader_(connection) {}

@@ -149,6 +149,7 @@ void RedirectedWindow::refresh() {
   // The window may be of another size again by now; what is read is the pixmap.
   border_ = window->border_width;
   size_ = {pixmap->width - 2 * border_, pixmap->height - 2 * border_};
+  isTranslucent_ = pixmap->depth == kTranslucentDepth;
   readShape();
 }
 

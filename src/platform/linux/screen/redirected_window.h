@@ -39,6 +39,7 @@ class RedirectedWindow {
   // The window's picture, and where in it the window's inside begins.
   xcb_pixmap_t pixmap() const { return pixmap_; }
   int border() const { return border_; }
+  bool isTranslucent() const { return isTranslucent_; }
   // The parts of the inside that belong to the window; nothing when all of it does.
   const std::optional<std::vector<Rectangle>>& shape() const { return shape_; }
 
@@ -71,6 +72,7 @@ class RedirectedWindow {
   xcb_pixmap_t pixmap_ = XCB_NONE;
   Size size_;
   int border_ = 0;
+  bool isTranslucent_ = false;
   std::optional<std::vector<Rectangle>> shape_;
 };
 

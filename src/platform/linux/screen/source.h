@@ -19,12 +19,16 @@ using Clock = std::chrono::steady_clock;
 using x11::Rectangle;
 using x11::Size;
 
-// Pixels as the X server keeps them: blue, green, red and a byte that means nothing.
+// Pixels as the X server keeps them: blue, green, red and a byte that means nothing, but in a
+// translucent window how much it hides of what is behind; its colours are weighed by that already.
 struct PixelView {
   const std::uint8_t* data = nullptr;
   std::size_t bytesPerRow = 0;
 };
 inline constexpr std::size_t kBytesPerPixel = 4;
+// The depths of windows with such pixels.
+inline constexpr int kOpaqueDepth = 24;
+inline constexpr int kTranslucentDepth = 32;
 
 // What a stream shows, in pixels of its own: told what changed, asked for the pixels. Everything
 // happens on the stream's thread.
