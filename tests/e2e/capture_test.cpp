@@ -198,6 +198,19 @@ TEST(Capture, ScreenOfAnotherSizeIsScaledIntoThePicture) {
   EXPECT_EQ(recorder.last().width, 800);
 }
 
+TEST(Capture, MonitorThatIsDeclaredAnewIsFollowed) {
+  const PrivateDesktop desktop(kSmall);
+  const Canvas left("left", {0, 0, 400, 600}, kGrey);
+  const Canvas right("right", {400, 0, 400, 600}, kRed);
+  outputOf({"xrandr", "--setmonitor", "half", "400/100x600/150+0+0", "screen"});
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  expectShown(recorder, "first half", {{200, 300, kGrey}});
+  outputOf({"xrandr", "--delmonitor", "half"});
+  outputOf({"xrandr", "--setmonitor", "half", "400/100x600/150+400+0", "screen"});
+  expectShown(recorder, "second half", {{200, 300, kRed}});
+}
+
 TEST(Capture, WindowIsWholeWhileCoveredMovedResizedAndMinimised) {
   PrivateDesktop desktop(kManaged);
   Canvas canvas("target", {60, 60, 320, 240}, kGrey);
@@ -251,6 +264,11 @@ TEST(Capture, ApplicationShowsItsWindowsAndNothingOfOthers) {
     expectShown(recorder, "first raised", {{450, 400, kWhite}, {380, 290, kGrey}});
     outputOf({"xdotool", "windowmove", std::to_string(front.id()), "20", "380"});
     expectShown(recorder, "second moved", {{150, 500, kWhite}, {550, 420, 0}});
+    Canvas glass("shared", {0, 0, 800, 600}, 0, true);
+    glass.fill({120, 120, 80, 80}, 0x80000000);  // a shadow
+    glass.fill({250, 200, 40, 40}, 0xFF000000 | kBlue);
+    expectShown(recorder, "through glass",
+                {{220, 160, kGrey}, {160, 160, kGrey / 2}, {270, 220, kBlue}, {600, 450, 0}});
   }
   expectShown(recorder, "second closed", {{150, 500, 0}, {380, 280, kGrey}});
 }

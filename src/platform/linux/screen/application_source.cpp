@@ -14,8 +14,8 @@ ApplicationSource::ApplicationSource(const x11::Connection& connection,
       target_(target),
       place_(connection, target.display->displayID, pixelsOf(target.display->frame)),
       reader_(connection) {
-  constexpr std::uint32_t kEvents =
-      XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+  constexpr std::uint32_t kEvents = MonitorPlace::kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
+                                    XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_change_window_attributes(connection.get(), connection.screen().root, XCB_CW_EVENT_MASK,
                                &kEvents);
   std::vector<Rectangle> everything;
@@ -72,8 +72,7 @@ std::optional<Clock::time_point> ApplicationSource::wakeAt() const {
   return first;
 }
 
-bool ApplicationSource::isWanted(const x11::Window& window) const {
-  if (!window.isOnScreen) return false;
+bool ApplicationSource::isOurs(const x11::Window& window) const {
   if (std::ranges::find(target_.excepting, window.id) != target_.excepting.end()) return false;
   return std::ranges::any_of(target_.applications, [&](const auto& application) {
     return application->bundleIdentifier == window.className.value_or("") &&
@@ -98,7 +97,12 @@ std::vector<Rectangle> ApplicationSource::takeChanges() {
 // content there.
 void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
   auto listed = x11::listAllWindows(connection_);
-  std::erase_if(listed, [this](const x11::Window& each) { return !isWanted(each); });
+  std::erase_if(listed, [this](const x11::Window& each) { return !isOurs(each); });
+  std::vector<xcb_window_t> hidden;
+  std::erase_if(listed, [&hidden](const x11::Window& each) {
+    if (!each.isOnScreen) hidden.push_back(each.id);
+    return !each.isOnScreen;
+  });
   std::ranges::reverse(listed);
   std::vector<xcb_window_t> before;
   before.reserve(windows_.size());
@@ -110,10 +114,22 @@ void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
     if (each.window) changes.push_back(each.frame);  // gone
   }
   windows_ = std::move(next);
+  watchHidden(hidden);
   const bool isSameOrder =
       std::ranges::equal(windows_, before, {}, [](const Shown& each) { return each.window->id(); });
   if (isSameOrder) return;
   for (const auto& each : windows_) changes.push_back(each.frame);
+}
+
+// The root hears nothing of a window that is shown again inside a frame that stayed.
+void ApplicationSource::watchHidden(const std::vector<xcb_window_t>& hidden) {
+  constexpr std::uint32_t kEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  for (const auto window : hidden) {
+    if (std::ranges::find(hidden_, window) != hidden_.end()) continue;
+    xcb_change_window_attributes(connection_.get(), window, XCB_CW_EVENT_MASK, &kEvents);
+    isListStale_ = true;  // it may have been shown between the list and this
+  }
+  hidden_ = hidden;
 }
 
 ApplicationSource::Shown ApplicationSource::takeOver(const x11::StackedWindow& window,

@@ -33,10 +33,11 @@ class ApplicationSource final : public Source {
     Rectangle frame;  // relative to the root
   };
 
-  bool isWanted(const x11::Window& window) const;
+  bool isOurs(const x11::Window& window) const;
   bool isShown(xcb_window_t window) const;
   void handleRoot(const xcb_generic_event_t& event);
   void refreshWindows(std::vector<Rectangle>& changes);
+  void watchHidden(const std::vector<xcb_window_t>& hidden);
   Shown takeOver(const x11::StackedWindow& window, std::vector<Rectangle>& changes);
   void collectDamage(std::vector<Rectangle>& changes);
   std::vector<Layer> layers() const;
@@ -44,7 +45,8 @@ class ApplicationSource final : public Source {
   const x11::Connection& connection_;
   const ApplicationsTarget target_;
   MonitorPlace place_;
-  std::vector<Shown> windows_;  // back to front
+  std::vector<Shown> windows_;        // back to front
+  std::vector<xcb_window_t> hidden_;  // ours as well, but not on the screen
   bool isListStale_ = true;
   bool isFirst_ = true;
   LayeredReader reader_;

@@ -19,14 +19,16 @@ MonitorPlace::MonitorPlace(const x11::Connection& connection, std::uint32_t id,
 }
 
 bool MonitorPlace::handle(const xcb_generic_event_t& event) {
-  const int first = x11::firstEventOf(connection_, x11::Extension::randr);
   const int type = x11::typeOf(event);
-  if (first == 0) return false;
-  if (type != first + XCB_RANDR_SCREEN_CHANGE_NOTIFY && type != first + XCB_RANDR_NOTIFY) {
-    return false;
-  }
-  isStale_ = true;
-  return true;
+  const int first = x11::firstEventOf(connection_, x11::Extension::randr);
+  const bool isNewSetup = first != 0 && (type == first + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
+                                         type == first + XCB_RANDR_NOTIFY);
+  // All that tells of a monitor that was only declared to be another.
+  const bool isNewRoot = type == XCB_CONFIGURE_NOTIFY &&
+                         reinterpret_cast<const xcb_configure_notify_event_t&>(event).window ==
+                             connection_.screen().root;
+  isStale_ |= isNewSetup || isNewRoot;
+  return isNewSetup || isNewRoot;
 }
 
 void MonitorPlace::refresh() {
@@ -45,7 +47,10 @@ DisplaySource::DisplaySource(const x11::Connection& connection, std::uint32_t id
     : connection_(connection),
       place_(connection, id, frame),
       damage_(connection, connection.screen().root),
-      reader_(connection) {}
+      reader_(connection) {
+  xcb_change_window_attributes(connection.get(), connection.screen().root, XCB_CW_EVENT_MASK,
+                               &MonitorPlace::kRootEvents);
+}
 
 void DisplaySource::handle(const xcb_generic_event_t& event) {
   if (!damage_.handle(event)) place_.handle(event);

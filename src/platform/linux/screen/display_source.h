@@ -14,6 +14,9 @@ namespace vlm::platform::screen {
 // is left of the screen stands in for a monitor that is gone.
 class MonitorPlace {
  public:
+  // What whoever makes one must listen to at the root window.
+  static constexpr std::uint32_t kRootEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+
   MonitorPlace(const x11::Connection& connection, std::uint32_t id, const Rectangle& frame);
 
   // True when the event tells that the screen may have been set up anew.

@@ -39,12 +39,6 @@ bool hasUsualPixels(const x11::Connection& connection) {
          connection.setup().image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
 }
 
-bool isWindow(const x11::Connection& connection, xcb_window_t window) {
-  const x11::Reply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
-      connection.get(), xcb_get_window_attributes(connection.get(), window), nullptr));
-  return reply != nullptr;
-}
-
 // Makes the source for each kind of target, or says why it can't.
 struct Maker {
   const x11::Connection& connection;
@@ -59,8 +53,16 @@ struct Maker {
   }
   std::unique_ptr<Source> operator()(const WindowTarget& target) const {
     if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
-    if (!isWindow(connection, target.windowID)) return refuse("the window was closed");
-    return std::make_unique<WindowSource>(connection, target.windowID);
+    // Asked once the source hears of the window's end, so that none goes unheard.
+    auto source = std::make_unique<WindowSource>(connection, target.windowID);
+    const auto asked = xcb_get_geometry(connection.get(), target.windowID);
+    const x11::Reply<xcb_get_geometry_reply_t> window(
+        xcb_get_geometry_reply(connection.get(), asked, nullptr));
+    if (!window) return refuse("the window was closed");
+    if (window->depth != kOpaqueDepth && window->depth != kTranslucentDepth) {
+      return refuse("the window's pixels are not of the 32-bit kind");
+    }
+    return source;
   }
   std::unique_ptr<Source> operator()(const ApplicationsTarget& target) const {
     if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
