@@ -53,6 +53,7 @@ TEST(Text, ContainmentIgnoresCaseAndTheEmptyPart) {
   EXPECT_TRUE(localizedCaseInsensitiveContains("Notes of Today", "TODAY"));
   EXPECT_FALSE(localizedCaseInsensitiveContains("tod", "today"));
   EXPECT_FALSE(localizedCaseInsensitiveContains("Today", ""));
+  EXPECT_FALSE(localizedCaseInsensitiveContains("Caf\xC3\xA9", "cafe"));
 }
 
 TEST(Dispatch, SerialQueueRunsJobsInOrderAndSyncWaitsForItsOwn) {

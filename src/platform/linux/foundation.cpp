@@ -13,14 +13,20 @@ struct FreeText {
 };
 using OwnedText = std::unique_ptr<char, FreeText>;
 
-// Equal for texts that differ only in case or in how their characters are composed. Bytes that are
-// not UTF-8, as old clients put into titles, stand for themselves.
+// Equal for texts that differ only in case, by the rules of the user's locale too, or in how their
+// characters are composed. Bytes that are not UTF-8, as old clients put into titles, are replaced.
 std::string comparable(std::string_view text) {
   const auto size = static_cast<gssize>(text.size());
   const OwnedText valid(g_utf8_make_valid(text.data(), size));
-  const OwnedText composed(g_utf8_normalize(valid.get(), -1, G_NORMALIZE_ALL));
-  const OwnedText folded(g_utf8_casefold(composed.get(), -1));
-  return folded.get();
+  const OwnedText lower(g_utf8_strdown(valid.get(), -1));
+  const OwnedText folded(g_utf8_casefold(lower.get(), -1));
+  const OwnedText composed(g_utf8_normalize(folded.get(), -1, G_NORMALIZE_DEFAULT_COMPOSE));
+  return composed.get();
+}
+
+// An "e" is no part of an "e" that goes on with an accent.
+bool goesOnAt(const std::string& text, std::size_t end) {
+  return g_unichar_ismark(g_utf8_get_char(text.c_str() + end)) != 0;
 }
 
 }  // namespace
@@ -37,7 +43,14 @@ void NSLog(std::string_view line) noexcept {
 }
 
 bool localizedCaseInsensitiveContains(std::string_view text, std::string_view part) {
-  return !part.empty() && comparable(text).find(comparable(part)) != std::string::npos;
+  if (part.empty()) return false;
+  const auto whole = comparable(text);
+  const auto wanted = comparable(part);
+  auto found = whole.find(wanted);
+  while (found != std::string::npos && goesOnAt(whole, found + wanted.size())) {
+    found = whole.find(wanted, found + 1);
+  }
+  return found != std::string::npos;
 }
 
 bool canonicallyEqual(std::string_view a, std::string_view b) {
