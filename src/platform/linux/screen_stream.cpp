@@ -1,4 +1,5 @@
 #include <chrono>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <span>
@@ -68,32 +69,53 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
       handler(std::move(refusal));
       return;
     }
-    {
-      MutexLock lock(mutex_);
-      if (!thread_) {
-        thread_ = std::make_unique<screen::CaptureThread>(filter_, configuration_,
-                                                          handlers(std::move(handler), outputs_));
-        if (configuration_.capturesAudio.value_or(false)) startAudio(outputs_);
-        return;
-      }
+    try {
+      if (!start(handler)) handler(NSError{"the stream was started before"});
+    } catch (const std::exception& failure) {  // no thread or no memory
+      handler(NSError{failure.what()});
     }
-    handler(NSError{"the stream was started before"});
   }
 
   void stopCaptureWithCompletionHandler(CompletionHandler handler) override {
     std::unique_ptr<screen::CaptureThread> thread;
-    std::unique_ptr<pulse::SystemAudio> audio;
     {
       MutexLock lock(mutex_);
       thread = std::move(thread_);
-      audio = std::move(audio_);
     }
     thread = nullptr;
-    audio = nullptr;
+    endAudio();
     handler(std::nullopt);
   }
 
  private:
+  // False when it was started before. The handler is called by the capture's thread.
+  bool start(const CompletionHandler& handler) {
+    MutexLock lock(mutex_);
+    if (thread_) return false;
+    thread_ = std::make_unique<screen::CaptureThread>(filter_, configuration_,
+                                                      handlers(handler, outputs_));
+    return true;
+  }
+
+  // Nothing when there is nothing against it. Once the screen is captured, so that a start that
+  // fails leaves no sound behind.
+  std::optional<NSError> startAudio() {
+    MutexLock lock(mutex_);
+    if (!thread_ || !configuration_.capturesAudio.value_or(false)) return std::nullopt;
+    try {
+      audio_ = makeAudio(outputs_);
+    } catch (const std::exception& failure) {  // no thread or no memory
+      return NSError{failure.what()};
+    }
+    return std::nullopt;
+  }
+
+  void endAudio() {
+    std::unique_ptr<pulse::SystemAudio> audio;  // outlives the lock
+    MutexLock lock(mutex_);
+    audio = std::move(audio_);
+  }
+
   static std::optional<NSError> refusalOf(const SCStreamConfiguration& configuration) {
     constexpr std::size_t kLargestPicture = 1 << 15;  // what the X protocol can say
     if (configuration.pixelFormat != kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange) {
@@ -112,9 +134,9 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
     return std::nullopt;
   }
 
-  void startAudio(std::vector<Output> outputs) VLM_REQUIRES(mutex_) {
+  std::unique_ptr<pulse::SystemAudio> makeAudio(std::vector<Output> outputs) {
     const bool excludesOwn = configuration_.excludesCurrentProcessAudio.value_or(false);
-    audio_ = std::make_unique<pulse::SystemAudio>(
+    return std::make_unique<pulse::SystemAudio>(
         excludesOwn,
         [self = weak_from_this(), outputs = std::move(outputs),
          backlog = std::make_shared<Ticket>()](std::span<const float> samples,
@@ -129,7 +151,12 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
 
   screen::CaptureThread::Handlers handlers(CompletionHandler started, std::vector<Output> outputs) {
     const auto self = weak_from_this();
-    return {.started = std::move(started),
+    return {.started =
+                [self, started = std::move(started)](std::optional<NSError> error) {
+                  const auto stream = self.lock();
+                  if (!error && stream) error = stream->startAudio();
+                  started(std::move(error));
+                },
             .picture =
                 [self, outputs = std::move(outputs)](Ref<CVPixelBuffer> picture,
                                                      screen::Clock::time_point time) {
@@ -141,6 +168,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
                 [self, delegate = delegate_](const NSError& error) {
                   const auto stream = self.lock();
                   const auto listener = delegate.lock();
+                  if (stream) stream->endAudio();
                   if (stream && listener) listener->didStopWithError(*stream, error);
                 }};
   }

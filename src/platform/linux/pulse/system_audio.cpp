@@ -1,6 +1,7 @@
 #include "platform/linux/pulse/system_audio.h"
 
 #include <array>
+#include <exception>
 #include <utility>
 
 namespace vlm::platform::pulse {
@@ -20,25 +21,36 @@ SystemAudio::SystemAudio(bool excludesOwnProcess, Sink sink)
       thread_([this](const std::stop_token& stop) { run(stop); }) {}
 
 void SystemAudio::run(const std::stop_token& stop) {
-  std::array<float, kBlockFrames * kChannels> block{};
   auto due = Clock::now();
   std::unique_lock lock(mutex_);
   while (!wake_.wait_until(lock, stop, due, [&] { return stop.stop_requested(); })) {
-    lookForServer(due);
-    block.fill(0);
-    if (monitors_) monitors_->mixInto(block);
-    sink_(block, due - kBlockTime);
+    try {
+      takeBlock(due);
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): no memory: it is lost
+    }
     due += kBlockTime;
     if (Clock::now() - due > kMostBehind) due = Clock::now();
   }
 }
 
+void SystemAudio::takeBlock(Clock::time_point end) {
+  lookForServer(end);
+  std::array<float, kBlockFrames * kChannels> block{};
+  if (monitors_) monitors_->mixInto(block);
+  sink_(block, end - kBlockTime);
+}
+
 void SystemAudio::lookForServer(Clock::time_point now) {
   if (monitors_ && !monitors_->isLost()) return;
   monitors_ = nullptr;
-  if (now < nextLook_) return;
-  nextLook_ = now + kLookAgain;
-  monitors_ = StreamMonitors::open(excludesOwnProcess_);
+  if (opening_.valid()) {
+    if (opening_.wait_for(std::chrono::seconds(0)) != std::future_status::ready) return;
+    nextLook_ = now + kLookAgain;
+    monitors_ = opening_.get();
+  } else if (now >= nextLook_) {
+    // A server that does not answer must not hold the blocks up.
+    opening_ = std::async(std::launch::async, StreamMonitors::open, excludesOwnProcess_);
+  }
 }
 
 }  // namespace vlm::platform::pulse

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <span>
@@ -27,12 +28,14 @@ class SystemAudio {
 
  private:
   void run(const std::stop_token& stop);
+  void takeBlock(Clock::time_point end);
   void lookForServer(Clock::time_point now);
 
   const bool excludesOwnProcess_;
   const Sink sink_;
   // Of the thread alone.
   std::unique_ptr<StreamMonitors> monitors_;
+  std::future<std::unique_ptr<StreamMonitors>> opening_;
   Clock::time_point nextLook_;
   std::mutex mutex_;
   std::condition_variable_any wake_;
