@@ -60,9 +60,21 @@ TEST(MixInput, WaitsForALargerCushionWhenItRanDryForAMoment) {
   // A pause is no reason for a larger one.
   for (int i = 0; i < 20; ++i) numbered.read();
   numbered.write(1920);
-  numbered.read();
-  numbered.write(480);
   EXPECT_GT(numbered.read()[0], 0);
+}
+
+// Where frames are being left out, because a burst had come, there may be none to leave out.
+TEST(MixInput, RunsDryToTheLastFrameWhileItCatchesUp) {
+  for (int last = 300; last < 315; ++last) {  // one of them is all that is left
+    Numbered numbered;
+    for (int block = 0; block < 500; ++block) {
+      numbered.write(block == 0 ? 1920 : block == 200 ? 6240 : 480);
+      numbered.read();
+    }
+    numbered.write(last);
+    for (int block = 0; block < 40; ++block) ASSERT_LE(numbered.read()[0], numbered.written);
+    EXPECT_EQ(numbered.read(), (std::array<float, 960>{}));
+  }
 }
 
 // Two clocks that differ by two parts in a thousand: without a correction the faster writer's sound

@@ -52,7 +52,7 @@ void MixInput::addTo(std::span<float> block) {
 bool MixInput::isPrimed() {
   if (primed_) return true;
   ++dryBlocks_;
-  if (frames() < cushion_) return false;
+  if (samples_.empty()) return false;
   if (!isCushionChosen_) {
     const bool hasPaused = dryBlocks_ > kLateBlocks;
     cushion_ = hasPaused ? kLeastCushion : std::min(cushion_ + kCushionStep, kMostCushion);
@@ -72,9 +72,10 @@ void MixInput::followDrift() {
     return;
   }
   meanLevel_ += (level - meanLevel_) / kAveragedBlocks;
+  if (samples_.empty()) return;
   if (meanLevel_ - usualLevel_ > kTolerance) {
     samples_.erase(samples_.begin(), samples_.begin() + kChannels);
-  } else if (usualLevel_ - meanLevel_ > kTolerance && frames() > 0) {
+  } else if (usualLevel_ - meanLevel_ > kTolerance) {
     samples_.insert(samples_.begin(), {samples_[0], samples_[1]});
   }
 }
