@@ -41,6 +41,7 @@ class InputNode final : public AVAudioInputNode {
 
  private:
   DeviceChoice choice_{true};
+  std::optional<Device> default_;  // as the format was told last
   Tap tap_;
   std::shared_ptr<Recording> recording_;
 };

@@ -24,6 +24,7 @@ AVAudioFormat InputNode::inputFormatForBus(std::uint32_t) {
   auto device = choice_.device();
   if (!device) {
     if (const auto connection = Connection::open()) device = defaultInput(*connection);
+    default_ = device;
   }
   AVAudioFormat format{AVAudioCommonFormat::pcmFloat32, 0, 0, true};
   if (device) {
@@ -44,7 +45,10 @@ void InputNode::removeTapOnBus(std::uint32_t) {
 }
 
 bool InputNode::start(Connection& connection) {
-  recording_ = Recording::start(connection, choice_.device(), tap_);
+  const auto& chosen = choice_.device();
+  const auto& device = chosen ? chosen : default_;
+  if (!device) return false;
+  recording_ = Recording::start(connection, {chosen ? device->name : "", device->channels}, tap_);
   return recording_ != nullptr;
 }
 

@@ -18,27 +18,26 @@ Recording::Recording(Connection& connection, Tap tap)
       tap_(std::move(tap)),
       filling_(AVAudioPCMBuffer::initWithPCMFormat(tap_.format, tap_.frames)) {}
 
-std::shared_ptr<Recording> Recording::start(Connection& connection,
-                                            const std::optional<Device>& device, const Tap& tap) {
+std::shared_ptr<Recording> Recording::start(Connection& connection, const RecordingSource& source,
+                                            const Tap& tap) {
   auto recording = std::make_shared<Recording>(connection, tap);
-  return recording->connect(device) ? recording : nullptr;
+  return recording->connect(source) ? recording : nullptr;
 }
 
-bool Recording::connect(const std::optional<Device>& device) {
+bool Recording::connect(const RecordingSource& source) {
   const Connection::Lock lock(connection_);
   const auto format = specOf(tap_.format);
   // Half a tap's worth at a time keeps the pieces evenly spaced.
   pa_buffer_attr sizes{};
   sizes.maxlength = static_cast<std::uint32_t>(-1);
   sizes.fragsize = static_cast<std::uint32_t>(pa_frame_size(&format) * ((tap_.frames + 1) / 2));
+  const char* name = source.name.empty() ? nullptr : source.name.c_str();
   const auto flags = static_cast<pa_stream_flags_t>(
-      PA_STREAM_ADJUST_LATENCY | (device ? PA_STREAM_DONT_MOVE : PA_STREAM_NOFLAGS));
-  stream_ = connection_.makeStream(
-      "microphone", format, device ? &device->channels : nullptr, [&](pa_stream* stream) {
-        pa_stream_set_read_callback(stream, onReadable, this);
-        return pa_stream_connect_record(stream, device ? device->name.c_str() : nullptr, &sizes,
-                                        flags);
-      });
+      PA_STREAM_ADJUST_LATENCY | (name ? PA_STREAM_DONT_MOVE : PA_STREAM_NOFLAGS));
+  stream_ = connection_.makeStream("microphone", format, &source.channels, [&](pa_stream* stream) {
+    pa_stream_set_read_callback(stream, onReadable, this);
+    return pa_stream_connect_record(stream, name, &sizes, flags);
+  });
   return stream_ != nullptr;
 }
 
