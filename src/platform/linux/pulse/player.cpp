@@ -172,12 +172,7 @@ class Player final : public AVAudioPlayer {
   bool play() override {
     if (isPlaying()) return true;
     stop();
-    auto connection = Connection::open();
-    if (!connection) return false;
-    auto run = std::make_unique<Run>(sound_, std::move(connection));
-    if (!run->start(frame_, loops_, volume_)) return false;
-    run_ = std::move(run);
-    return true;
+    return startRun(loops_);
   }
 
   void stop() override {
@@ -204,10 +199,10 @@ class Player final : public AVAudioPlayer {
     frame_ = static_cast<std::size_t>(
         std::clamp<long long>(frame, 0, static_cast<long long>(sound_.frames())));
     if (!run_ || run_->moveTo(frame_)) return;
-    // Its end is on the way to being heard: another run goes on from here.
+    // Its end is on the way to being heard, the last repetition's: another run goes on from here.
     const bool goesOn = run_->isPlaying();
     run_ = nullptr;
-    if (goesOn) play();
+    if (goesOn) startRun(0);
   }
 
   double duration() override { return static_cast<double>(sound_.frames()) / sound_.sampleRate; }
@@ -215,6 +210,15 @@ class Player final : public AVAudioPlayer {
   bool isPlaying() override { return run_ && run_->isPlaying(); }
 
  private:
+  bool startRun(std::int64_t loops) {
+    auto connection = Connection::open();
+    if (!connection) return false;
+    auto run = std::make_unique<Run>(sound_, std::move(connection));
+    if (!run->start(frame_, loops, volume_)) return false;
+    run_ = std::move(run);
+    return true;
+  }
+
   const Sound sound_;
   float volume_ = 1;
   std::int64_t loops_ = 0;
