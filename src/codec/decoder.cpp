@@ -73,6 +73,7 @@ bool VlmDecoder::rebuildSessionIfNeeded() {
     dropSession();
     return false;
   }
+  ended_ = nullptr;
   return true;
 }
 
@@ -85,7 +86,7 @@ OSStatus VlmDecoder::createSession() {
       {std::string(platform::kCVPixelBufferIOSurfacePropertiesKey), CFDictionary{}},
       {std::string(platform::kCVPixelBufferMetalCompatibilityKey), true},
   };
-  return platform::VTDecompressionSessionCreate(formatDesc_, attributes, session_);
+  return platform::VTDecompressionSessionCreate(formatDesc_, attributes, ended_, session_);
 }
 
 bool VlmDecoder::submit(ByteView bytes, std::int64_t ptsNs) {
@@ -115,19 +116,19 @@ bool VlmDecoder::submit(ByteView bytes, std::int64_t ptsNs) {
 }
 
 void VlmDecoder::flush() {
-  if (session_) platform::VTDecompressionSessionWaitForAsynchronousFrames(*session_);
+  const auto& last = session_ ? session_ : ended_;
+  if (last) platform::VTDecompressionSessionWaitForAsynchronousFrames(*last);
 }
 
 void VlmDecoder::destroy() {
-  if (session_) {
-    platform::VTDecompressionSessionWaitForAsynchronousFrames(*session_);
-    platform::VTDecompressionSessionInvalidate(*session_);
-  }
+  flush();
+  if (session_) platform::VTDecompressionSessionInvalidate(*session_);
   dropSession();
+  ended_ = nullptr;
 }
 
 void VlmDecoder::dropSession() {
-  session_ = nullptr;
+  if (session_) ended_ = std::move(session_);
   formatDesc_ = nullptr;
 }
 

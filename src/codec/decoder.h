@@ -32,6 +32,8 @@ class VlmDecoder final : public frame::HandleObject<VlmDecoder> {
   bool submit(ByteView sample, std::int64_t ptsNs);
   void dropSession();
 
+  // What ended while its frames were in flight, until another session goes on after it.
+  platform::Ref<platform::VTDecompressionSession> ended_;
   // Both present or both absent between calls.
   platform::Ref<platform::VTDecompressionSession> session_;
   platform::Ref<platform::CMFormatDescription> formatDesc_;

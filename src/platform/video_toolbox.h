@@ -89,9 +89,12 @@ using VTDecompressionOutputHandler =
     std::function<void(OSStatus status, VTDecodeInfoFlags infoFlags, Ref<CVPixelBuffer> image,
                        CMTime presentationTimeStamp, CMTime duration)>;
 
-// `destinationAttributes` is a dictionary of pixel buffer attributes.
+// `destinationAttributes` is a dictionary of pixel buffer attributes. `predecessor` is null or a
+// session that has ended: the new one's frames come after its, and who waits for the new one's has
+// waited for those as well. `out` is written only on success.
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
+                                      const Ref<VTDecompressionSession>& predecessor,
                                       Ref<VTDecompressionSession>& out);
 // Submits a sample and returns without waiting for it, unless so many wait already that it pays to
 // wait for room a moment; kVTVideoDecoderMalfunctionErr when none comes. When the status is not 0,
@@ -100,7 +103,7 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
                                                             Ref<CMSampleBuffer> sample,
                                                             VTDecodeFrameFlags flags,
                                                             VTDecompressionOutputHandler handler);
-// Waits until the handlers of all submitted frames have returned.
+// Waits until the handlers of all submitted frames have returned, also after the session's end.
 OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session);
 // Ends the session without waiting for frames in flight: their handlers may still be called.
 void VTDecompressionSessionInvalidate(VTDecompressionSession& session);

@@ -104,7 +104,7 @@ TEST(Decoder, OnlyChangedParameterSetsRebuildTheSession) {
     EXPECT_EQ(decoding.after({"VTDecompressionSessionCreate"}), Lines{kCreate});
   }
   // What the old session still had in flight comes late, and is shown.
-  for (const auto& session : machine.video.decompressions) session->output.release();
+  for (const auto& session : machine.video.decompressions) session->output->release();
   EXPECT_EQ(decoding.after({"frame"}),
             (Lines{"frame 420v 64x48 (64x48) @1000", "frame 420v 64x48 (64x48) @2000",
                    "frame 420v 32x16 (32x16) @3000"}));
@@ -194,8 +194,21 @@ TEST(Decoder, FlushAndDestroyDeliverFirstAndLateFramesFindNobody) {
     if (late) expected.pop_back();
     expected.push_back("VTDecompressionSessionInvalidate()");
     EXPECT_EQ(decoding.taken(), expected);
-    machine.video.decompressions.back()->output.release();
+    machine.video.decompressions.back()->output->release();
     EXPECT_EQ(decoding.after({"frame", "NSLog"}), Lines{});
+  }
+}
+
+TEST(Decoder, FramesOfASessionThatNoneFollowsAreWaitedFor) {
+  for (const bool ends : {false, true}) {
+    Decoding decoding;
+    decoding.machine.video.holdsOutput = true;
+    decoding.decode({sps(), kPps, kSlice}, 1'000);
+    decoding.machine.refuse("VTDecompressionSessionCreate", -12909);
+    EXPECT_TRUE(decoding.decode({sps(32, 16), kPps, kSlice}, 2'000));
+    decoding.machine.journal.take();
+    ends ? decoding.end() : vlm_dec_flush(decoding.handle);
+    EXPECT_EQ(only({"frame"}, decoding.taken()), Lines{"frame 420v 64x48 (64x48) @1000"});
   }
 }
 

@@ -179,6 +179,7 @@ void VTCompressionSessionInvalidate(VTCompressionSession& session) {
 
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
+                                      const Ref<VTDecompressionSession>& predecessor,
                                       Ref<VTDecompressionSession>& out) {
   auto& machine = Machine::current();
   const auto fault = machine.journal.enter("VTDecompressionSessionCreate", {destinationAttributes});
@@ -187,8 +188,12 @@ OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
   const auto* format = destinationAttributes.find(kCVPixelBufferPixelFormatTypeKey);
   const auto* code = format != nullptr ? format->as<std::int64_t>() : nullptr;
   if (!description || code == nullptr) return kVTParameterErr;
+  auto line =
+      predecessor
+          ? predecessor->output
+          : std::make_shared<scripted::OutputLine>(machine.makeQueue("scripted.decompression"));
   out = makeRef<VTDecompressionSession>(std::move(description), static_cast<OSType>(*code),
-                                        machine.makeQueue("scripted.decompression"));
+                                        std::move(line));
   machine.video.decompressions.push_back(out);
   return noErr;
 }
@@ -203,7 +208,7 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
       enter(session, "VTDecompressionSessionDecodeFrame", {static_cast<std::int64_t>(size), flags});
   if (status != noErr) return status;
   auto& video = Machine::current().video;
-  session.output.submit(
+  session.output->submit(
       [held = Ref<VTDecompressionSession>::retaining(&session), sample = std::move(sample),
        decompress = video.decompress, handler = std::move(handler)] {
         auto [outcome, image] =
@@ -217,9 +222,10 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
 }
 
 OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session) {
-  const OSStatus status = enter(session, "VTDecompressionSessionWaitForAsynchronousFrames");
-  if (status == noErr) session.output.wait();
-  return status;
+  const auto fault =
+      Machine::current().journal.enter("VTDecompressionSessionWaitForAsynchronousFrames");
+  if (!fault.fails()) session.output->wait();
+  return fault.status;
 }
 
 void VTDecompressionSessionInvalidate(VTDecompressionSession& session) {

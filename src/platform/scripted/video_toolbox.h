@@ -74,12 +74,12 @@ class VTCompressionSession final : public Object {
 class VTDecompressionSession final : public Object {
  public:
   VTDecompressionSession(Ref<CMFormatDescription> sessionDescription, OSType format,
-                         std::shared_ptr<DispatchQueue> queue)
-      : description(std::move(sessionDescription)), pixelFormat(format), output(std::move(queue)) {}
+                         std::shared_ptr<scripted::OutputLine> line)
+      : description(std::move(sessionDescription)), pixelFormat(format), output(std::move(line)) {}
 
   const Ref<CMFormatDescription> description;
   const OSType pixelFormat;
-  scripted::OutputLine output;
+  const std::shared_ptr<scripted::OutputLine> output;  // its predecessor's, where it has one
   bool invalidated = false;
 };
 

@@ -1,6 +1,7 @@
 // Decompression sessions: access units wait in line for the session's codec thread.
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -49,11 +50,9 @@ class Backlog {
   std::size_t waiting_ VLM_GUARDED_BY(mutex_) = 0;
 };
 
-// The codec thread's alone once the session is made, but for the backlog.
+// The codec thread's alone once the session is made.
 class SampleDecoder {
  public:
-  Backlog backlog;
-
   SampleDecoder(std::unique_ptr<AvcDecoder> decoder, OSType format)
       : decoder_(std::move(decoder)), converter_(format) {}
 
@@ -92,7 +91,6 @@ void decodeAndDeliver(SampleDecoder& decoder, const CMSampleBuffer& sample,
   }
   handler(status, 0, std::move(image), CMSampleBufferGetPresentationTimeStamp(sample),
           kCMTimeInvalid);
-  decoder.backlog.leave();
 }
 
 std::vector<std::span<const std::uint8_t>> parameterSetsOf(const CMFormatDescription& description) {
@@ -103,19 +101,13 @@ std::vector<std::span<const std::uint8_t>> parameterSetsOf(const CMFormatDescrip
   return sets;
 }
 
-// The queue of the session that this thread ended last, as long as it has frames to deliver.
-thread_local std::weak_ptr<DispatchQueue> endedLast;
-
-// A session is ended without waiting for its frames, and made anew, when a stream's parameter sets
-// change. The frames of the new one come after those of the old one all the same, and who waits for
-// the new one's has waited for all.
-std::shared_ptr<DispatchQueue> makeQueueAfterLast() {
-  auto queue = dispatch_queue_create("vlm.decoder", DispatchQoS::userInteractive);
-  if (auto before = endedLast.lock()) {
-    queue->async([before = std::move(before)] { before->sync([] {}); });
-  }
-  return queue;
-}
+// Where samples wait for their turn. A session that follows another goes on with its line: so what
+// comes out stays in order, and a stream that changes all the time piles up no threads.
+struct Line {
+  Backlog backlog;
+  const std::shared_ptr<DispatchQueue> queue =
+      dispatch_queue_create("vlm.decoder", DispatchQoS::userInteractive);
+};
 
 std::optional<OSType> destinationFormat(const CFValue& attributes) {
   const auto* entry = attributes.find(kCVPixelBufferPixelFormatTypeKey);
@@ -132,22 +124,30 @@ std::optional<OSType> destinationFormat(const CFValue& attributes) {
 
 class VTDecompressionSession final : public Object {
  public:
-  VTDecompressionSession(std::unique_ptr<AvcDecoder> avc, OSType format)
+  VTDecompressionSession(std::unique_ptr<AvcDecoder> avc, OSType format,
+                         std::shared_ptr<Line> itsLine)
       : decoder(std::make_shared<SampleDecoder>(std::move(avc), format)),
-        queue(makeQueueAfterLast()) {}
+        line(std::move(itsLine)) {}
 
   const std::shared_ptr<SampleDecoder> decoder;
-  std::shared_ptr<DispatchQueue> queue;  // null when the session has ended
+  const std::shared_ptr<Line> line;
+  bool isEnded = false;
 };
 
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
+                                      const Ref<VTDecompressionSession>& predecessor,
                                       Ref<VTDecompressionSession>& out) {
   const auto format = destinationFormat(destinationAttributes);
   if (!description || !format) return kVTParameterErr;
-  auto avc = AvcDecoder::open(parameterSetsOf(*description));
-  if (!avc) return kVTVideoDecoderBadDataErr;
-  out = makeRef<VTDecompressionSession>(std::move(avc), *format);
+  try {
+    auto avc = AvcDecoder::open(parameterSetsOf(*description));
+    if (!avc) return kVTVideoDecoderBadDataErr;
+    auto line = predecessor ? predecessor->line : std::make_shared<Line>();
+    out = makeRef<VTDecompressionSession>(std::move(avc), *format, std::move(line));
+  } catch (const std::exception&) {  // no memory, or no thread
+    return kVTAllocationFailedErr;
+  }
   return noErr;
 }
 
@@ -155,28 +155,24 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
                                                             Ref<CMSampleBuffer> sample,
                                                             VTDecodeFrameFlags,
                                                             VTDecompressionOutputHandler handler) {
-  if (!session.queue) return kVTInvalidSessionErr;
+  if (session.isEnded) return kVTInvalidSessionErr;
   if (!sample) return kVTParameterErr;
-  if (!session.decoder->backlog.enter()) return kVTVideoDecoderMalfunctionErr;
-  session.queue->async(
-      [decoder = session.decoder, sample = std::move(sample), handler = std::move(handler)] {
-        decodeAndDeliver(*decoder, *sample, handler);
-      });
+  if (!session.line->backlog.enter()) return kVTVideoDecoderMalfunctionErr;
+  session.line->queue->async([line = session.line, decoder = session.decoder,
+                              sample = std::move(sample), handler = std::move(handler)] {
+    decodeAndDeliver(*decoder, *sample, handler);
+    line->backlog.leave();
+  });
   return noErr;
 }
 
 OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session) {
-  if (!session.queue) return kVTInvalidSessionErr;
-  session.queue->sync([] {});
+  session.line->queue->sync([] {});
   return noErr;
 }
 
 void VTDecompressionSessionInvalidate(VTDecompressionSession& session) {
-  if (!session.queue) return;
-  endedLast = session.queue;
-  // The queue ends itself when all that was submitted has run, without anybody waiting for it.
-  auto* queue = session.queue.get();
-  queue->async([last = std::move(session.queue)] {});
+  session.isEnded = true;
 }
 
 }  // namespace vlm::platform
