@@ -127,10 +127,10 @@ ViewWindow::Change ViewWindow::handleOwn(const xcb_generic_event_t& event) {
       return Change::moved;
     case XCB_CONFIGURE_NOTIFY: {
       const auto& size = as<xcb_configure_notify_event_t>(event);
-      if (!isInHost() || (size.width == width_ && size.height == height_)) return Change::none;
+      if (size.width == width_ && size.height == height_) return Change::none;
       width_ = size.width;
       height_ = size.height;
-      return Change::resized;
+      return isInHost() ? Change::resized : Change::none;
     }
     case XCB_MAP_NOTIFY:
       mapped_ = true;

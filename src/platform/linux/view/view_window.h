@@ -59,8 +59,8 @@ class ViewWindow {
   const xcb_window_t window_;
   const xcb_gcontext_t context_;
   xcb_window_t parent_;
-  int width_ = 0;
-  int height_ = 0;
+  int width_ = 1;  // as it is made
+  int height_ = 1;
   bool mapped_ = false;
   bool parentMapped_ = true;
   bool covered_ = false;
