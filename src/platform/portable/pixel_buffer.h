@@ -18,6 +18,9 @@ struct PixelPlane {
   std::size_t bytesPerRow = 0;
 };
 
+// How luma and chroma are made from colours.
+enum class YCbCrMatrix { bt601, bt709, bt2020 };
+
 // The image in memory behind every pixel buffer handle. A platform derives from it to lend memory
 // of its own or to refuse locks.
 class CVPixelBuffer : public Object {
@@ -38,6 +41,10 @@ class CVPixelBuffer : public Object {
   virtual CVReturn lock(CVPixelBufferLockFlags) { return kCVReturnSuccess; }
   virtual CVReturn unlock(CVPixelBufferLockFlags) { return kCVReturnSuccess; }
 
+  // Of no meaning in a picture that is not in YCbCr.
+  YCbCrMatrix matrix() const noexcept { return matrix_; }
+  void setMatrix(YCbCrMatrix matrix) noexcept { matrix_ = matrix; }
+
   // What changed since earlier pictures of the same source; null where nobody kept account.
   const std::shared_ptr<const ChangeMap>& changes() const noexcept { return changes_; }
   void setChanges(std::shared_ptr<const ChangeMap> changes) { changes_ = std::move(changes); }
@@ -52,6 +59,7 @@ class CVPixelBuffer : public Object {
   std::size_t height_;
   std::size_t planeCount_;
   std::array<PixelPlane, 2> planes_;
+  YCbCrMatrix matrix_ = YCbCrMatrix::bt601;
   std::unique_ptr<std::uint8_t[], FreeMemory> memory_;
   std::shared_ptr<const ChangeMap> changes_;
 };

@@ -1,7 +1,7 @@
 // Compression sessions: frames wait in line for the session's codec thread.
 #include <deque>
+#include <exception>
 #include <memory>
-#include <new>
 #include <utility>
 
 #include "platform/dispatch.h"
@@ -87,12 +87,7 @@ void Line::encodeNext() {
     return;
   }
   Ref<CMSampleBuffer> sample;
-  OSStatus status = kVTAllocationFailedErr;
-  try {
-    status = encoder_.encode(place.frame, settings(), sample);
-  } catch (const std::bad_alloc&) {
-    sample = nullptr;
-  }
+  const OSStatus status = encoder_.encode(place.frame, settings(), sample);
   // Whoever made the image may want it back while the handler is still busy with the sample.
   place.frame.image = nullptr;
   place.handler(status, 0, std::move(sample));
@@ -125,9 +120,13 @@ OSStatus VTCompressionSessionCreate(std::int32_t width, std::int32_t height, CMV
   const auto* lowLatency =
       encoderSpecification.find(kVTVideoEncoderSpecification_EnableLowLatencyRateControl);
   if (lowLatency != nullptr && lowLatency->as<bool>() == nullptr) return kVTParameterErr;
-  out = makeRef<VTCompressionSession>(static_cast<std::size_t>(width),
-                                      static_cast<std::size_t>(height),
-                                      lowLatency != nullptr && *lowLatency->as<bool>());
+  try {
+    out = makeRef<VTCompressionSession>(static_cast<std::size_t>(width),
+                                        static_cast<std::size_t>(height),
+                                        lowLatency != nullptr && *lowLatency->as<bool>());
+  } catch (const std::exception&) {  // no memory, or no thread
+    return kVTAllocationFailedErr;
+  }
   return noErr;
 }
 

@@ -4,25 +4,40 @@
 
 #include <algorithm>
 
+#include "platform/linux/ycbcr_encoding.h"
+
 namespace vlm::platform {
 namespace {
 
 constexpr std::size_t kMostPooled = 8;
 
-bool isFullRange(const AVFrame& picture) {
-  return picture.color_range == AVCOL_RANGE_JPEG || picture.format == AV_PIX_FMT_YUVJ420P;
+// libav's former names for full range, which its scaler complains about.
+AVPixelFormat formatWithoutRange(const AVFrame& picture) {
+  switch (picture.format) {
+    case AV_PIX_FMT_YUVJ420P:
+      return AV_PIX_FMT_YUV420P;
+    case AV_PIX_FMT_YUVJ422P:
+      return AV_PIX_FMT_YUV422P;
+    case AV_PIX_FMT_YUVJ444P:
+      return AV_PIX_FMT_YUV444P;
+    default:
+      return static_cast<AVPixelFormat>(picture.format);
+  }
 }
 
-const libyuv::YuvConstants& constantsFor(const AVFrame& picture) {
-  const bool full = isFullRange(picture);
+bool isFullRange(const AVFrame& picture) {
+  return picture.color_range == AVCOL_RANGE_JPEG || formatWithoutRange(picture) != picture.format;
+}
+
+YCbCrMatrix matrixOf(const AVFrame& picture) {
   switch (picture.colorspace) {
     case AVCOL_SPC_BT709:
-      return full ? libyuv::kYuvF709Constants : libyuv::kYuvH709Constants;
+      return YCbCrMatrix::bt709;
     case AVCOL_SPC_BT2020_NCL:
     case AVCOL_SPC_BT2020_CL:
-      return full ? libyuv::kYuvV2020Constants : libyuv::kYuv2020Constants;
+      return YCbCrMatrix::bt2020;
     default:
-      return full ? libyuv::kYuvJPEGConstants : libyuv::kYuvI601Constants;
+      return YCbCrMatrix::bt601;
   }
 }
 
@@ -38,10 +53,11 @@ bool toBiPlanar(const AVFrame& from, const CVPixelBuffer& to) {
 
 bool toBgra(const AVFrame& from, const CVPixelBuffer& to) {
   const auto& plane = to.plane(0);
+  const auto& constants = yuvConstants({matrixOf(from), isFullRange(from)});
   return libyuv::I420ToARGBMatrix(from.data[0], from.linesize[0], from.data[1], from.linesize[1],
                                   from.data[2], from.linesize[2], plane.base,
-                                  static_cast<int>(plane.bytesPerRow), &constantsFor(from),
-                                  from.width, from.height) == 0;
+                                  static_cast<int>(plane.bytesPerRow), &constants, from.width,
+                                  from.height) == 0;
 }
 
 // Every other chroma format, depth and range, at leisure.
@@ -74,15 +90,17 @@ Ref<CVPixelBuffer> PixelBufferPool::take(std::size_t width, std::size_t height, 
 Ref<CVPixelBuffer> PictureConverter::convert(const AVFrame& picture) {
   auto image = pool_.take(static_cast<std::size_t>(picture.width),
                           static_cast<std::size_t>(picture.height), format_);
-  return image && write(picture, *image) ? image : nullptr;
+  if (!image || !write(picture, *image)) return nullptr;
+  image->setMatrix(matrixOf(picture));
+  return image;
 }
 
 bool PictureConverter::write(const AVFrame& picture, const CVPixelBuffer& image) {
   const bool bgra = format_ == kCVPixelFormatType_32BGRA;
-  const bool usual = picture.format == AV_PIX_FMT_YUV420P || picture.format == AV_PIX_FMT_YUVJ420P;
+  const auto format = formatWithoutRange(picture);
+  const bool usual = format == AV_PIX_FMT_YUV420P;
   if (usual && bgra) return toBgra(picture, image);
   if (usual && !isFullRange(picture)) return toBiPlanar(picture, image);
-  const auto format = static_cast<AVPixelFormat>(picture.format);
   if (sws_isSupportedInput(format) == 0) return false;
   scaler_.reset(sws_getCachedContext(
       scaler_.release(), picture.width, picture.height, format, picture.width, picture.height,

@@ -20,7 +20,7 @@ class PixelBufferPool {
 };
 
 // Turns decoded pictures into pixel buffers of one format, '420v' or 'BGRA': by the stream's matrix
-// and range where it states them, else by BT.601 in video range.
+// and range where it states them, else by BT.601 in video range. '420v' keeps the stream's matrix.
 class PictureConverter {
  public:
   explicit PictureConverter(OSType format) : format_(format) {}

@@ -15,13 +15,8 @@ constexpr std::size_t evenUp(std::size_t size) {
 YCbCrPicture inPlace(const CVPixelBuffer& buffer) {
   const auto& luma = buffer.plane(0);
   const auto& chroma = buffer.plane(1);
-  return {luma.base,
-          luma.bytesPerRow,
-          chroma.base,
-          chroma.bytesPerRow,
-          buffer.width(),
-          buffer.height(),
-          buffer.format() == kCVPixelFormatType_420YpCbCr8BiPlanarFullRange};
+  return {luma.base,      luma.bytesPerRow, chroma.base,       chroma.bytesPerRow,
+          buffer.width(), buffer.height(),  encodingOf(buffer)};
 }
 
 void convert(const CVPixelBuffer& bgra, const CVPixelBuffer& to) {
@@ -87,6 +82,7 @@ std::optional<EncoderInput::Source> EncoderInput::read(const CVPixelBuffer& buff
   } else {
     copyPlane(buffer.plane(0), copy->plane(0), 1);
     copyPlane(buffer.plane(1), copy->plane(1), 2);
+    copy->setMatrix(buffer.matrix());
   }
   extendLuma(copy->plane(0), buffer.width(), buffer.height());
   Source source{inPlace(*copy), std::nullopt};

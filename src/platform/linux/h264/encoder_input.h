@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/linux/ycbcr_encoding.h"
 #include "platform/portable/pixel_buffer.h"
 
 namespace vlm::platform {
@@ -17,7 +18,7 @@ struct YCbCrPicture {
   std::size_t chromaStride;
   std::size_t width;
   std::size_t height;
-  bool fullRange;
+  YCbCrEncoding encoding;
 };
 
 // Makes pixel buffers into what an encoder takes: in place where possible, else in memory of its

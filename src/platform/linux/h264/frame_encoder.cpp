@@ -1,5 +1,6 @@
 #include "platform/linux/h264/frame_encoder.h"
 
+#include <new>
 #include <span>
 #include <string>
 #include <vector>
@@ -41,14 +42,17 @@ OSStatus makeSample(std::span<const std::uint8_t> bytes, Ref<CMFormatDescription
 FrameEncoder::FrameEncoder(std::size_t width, std::size_t height, bool lowLatency)
     : width_(width), height_(height), quantisers_(lowLatency) {}
 
-bool FrameEncoder::prepare(const CompressionSettings& settings) {
-  return stream_ != nullptr || openStream(false, settings);
+void FrameEncoder::prepare(const CompressionSettings& settings) {
+  try {
+    if (!stream_) openStream({}, settings);
+  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the first frame tries again
+  }
 }
 
-bool FrameEncoder::openStream(bool fullRange, const CompressionSettings& settings) {
+bool FrameEncoder::openStream(const YCbCrEncoding& encoding, const CompressionSettings& settings) {
   const X264Encoder::Format format{.width = (width_ + 1) / 2 * 2,
                                    .height = (height_ + 1) / 2 * 2,
-                                   .fullRange = fullRange,
+                                   .encoding = encoding,
                                    .framesPerSecond = settings.framesPerSecond,
                                    .worstQuantiser = settings.worstQuantiser};
   if (stream_ && stream_->format() == format) return true;
@@ -60,9 +64,13 @@ bool FrameEncoder::openStream(bool fullRange, const CompressionSettings& setting
 
 OSStatus FrameEncoder::encode(const Frame& frame, const CompressionSettings& settings,
                               Ref<CMSampleBuffer>& sample) {
-  const ReadLock lock(*frame.image);
-  const OSStatus status =
-      lock ? encodeLocked(frame, settings, sample) : kVTVideoEncoderMalfunctionErr;
+  OSStatus status = kVTVideoEncoderMalfunctionErr;
+  try {
+    const ReadLock lock(*frame.image);
+    if (lock) status = encodeLocked(frame, settings, sample);
+  } catch (const std::bad_alloc&) {
+    status = kVTAllocationFailedErr;
+  }
   if (status != noErr) {
     // What the stream refers to next is uncertain.
     framesSinceKey_ = -1;
@@ -75,7 +83,7 @@ OSStatus FrameEncoder::encodeLocked(const Frame& frame, const CompressionSetting
                                     Ref<CMSampleBuffer>& sample) {
   const auto source = input_.read(*frame.image);
   if (!source) return kVTAllocationFailedErr;
-  if (!openStream(source->picture.fullRange, settings)) return kVTVideoEncoderMalfunctionErr;
+  if (!openStream(source->picture.encoding, settings)) return kVTVideoEncoderMalfunctionErr;
   blocks_.update(*source, frame.image->changes().get());
   const bool keyFrame = keyFrameIsDue(frame, settings);
   const double seconds = CMTimeGetSeconds(frame.presentationTimeStamp);

@@ -21,8 +21,8 @@ class FrameEncoder {
   // The size of the pixel buffers that will come.
   FrameEncoder(std::size_t width, std::size_t height, bool lowLatency);
 
-  // Makes the stream before the first frame needs it. False when it can't be made.
-  bool prepare(const CompressionSettings& settings);
+  // Makes the stream before the first frame needs it.
+  void prepare(const CompressionSettings& settings);
 
   struct Frame {
     Ref<CVPixelBuffer> image;
@@ -34,7 +34,7 @@ class FrameEncoder {
                   Ref<CMSampleBuffer>& sample);
 
  private:
-  bool openStream(bool fullRange, const CompressionSettings& settings);
+  bool openStream(const YCbCrEncoding& encoding, const CompressionSettings& settings);
   bool keyFrameIsDue(const Frame& frame, const CompressionSettings& settings) const;
   OSStatus encodeLocked(const Frame& frame, const CompressionSettings& settings,
                         Ref<CMSampleBuffer>& sample);

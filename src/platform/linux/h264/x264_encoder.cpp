@@ -11,16 +11,29 @@ namespace {
 
 constexpr int kBestQuantiser = 1;
 
-// Code points of ITU-T H.273 for what a desktop's pixels are, converted by the BT.601 matrix.
+// Code points of ITU-T H.273: a desktop's colours, and the matrices.
 constexpr int kPrimariesBt709 = 1;
 constexpr int kTransferSrgb = 13;
-constexpr int kMatrixSmpte170m = 6;
+constexpr int kMatrixBt709 = 1;
+constexpr int kMatrixSmpte170m = 6;  // BT.601's
+constexpr int kMatrixBt2020 = 9;
 
-void describeColour(x264_param_t& param, bool fullRange) {
-  param.vui.b_fullrange = fullRange ? 1 : 0;
+int codePoint(YCbCrMatrix matrix) {
+  switch (matrix) {
+    case YCbCrMatrix::bt709:
+      return kMatrixBt709;
+    case YCbCrMatrix::bt2020:
+      return kMatrixBt2020;
+    default:
+      return kMatrixSmpte170m;
+  }
+}
+
+void describeColour(x264_param_t& param, const YCbCrEncoding& encoding) {
+  param.vui.b_fullrange = encoding.fullRange ? 1 : 0;
   param.vui.i_colorprim = kPrimariesBt709;
   param.vui.i_transfer = kTransferSrgb;
-  param.vui.i_colmatrix = kMatrixSmpte170m;
+  param.vui.i_colmatrix = codePoint(encoding.matrix);
 }
 
 // A fixed quantiser as far as x264 knows, which keeps it from analysing every picture a second time
@@ -57,7 +70,7 @@ x264_param_t parameters(const X264Encoder::Format& format) {
   // bits, and the time that writing them takes, where something is.
   param.analyse.i_me_method = X264_ME_UMH;
   param.analyse.i_me_range = 16;
-  describeColour(param, format.fullRange);
+  describeColour(param, format.encoding);
   openQuantiserRange(param, format.worstQuantiser);
   x264_param_apply_profile(&param, "main");
   return param;

@@ -23,7 +23,7 @@ class X264Encoder {
   struct Format {
     std::size_t width;  // even, as the height
     std::size_t height;
-    bool fullRange;
+    YCbCrEncoding encoding;
     double framesPerSecond;
     int worstQuantiser;
     friend bool operator==(const Format&, const Format&) = default;

@@ -5,6 +5,7 @@
 #include <libyuv/scale.h>
 #include <libyuv/scale_argb.h>
 
+#include "platform/linux/ycbcr_encoding.h"
 #include "platform/read_lock.h"
 
 namespace vlm::platform {
@@ -41,15 +42,13 @@ Packed packedPixels(const CVPixelBuffer& picture) {
 }
 
 BiPlanar biPlanarPixels(const CVPixelBuffer& picture) {
-  const bool videoRange =
-      CVPixelBufferGetPixelFormatType(picture) == kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
   return {CVPixelBufferGetBaseAddressOfPlane(picture, 0),
           asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 0)),
           CVPixelBufferGetBaseAddressOfPlane(picture, 1),
           asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 1)),
           asInt(CVPixelBufferGetWidth(picture)),
           asInt(CVPixelBufferGetHeight(picture)),
-          videoRange ? &libyuv::kYuvI601Constants : &libyuv::kYuvJPEGConstants};
+          &yuvConstants(encodingOf(picture))};
 }
 
 template <class Source>
