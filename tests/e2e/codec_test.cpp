@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <sstream>
+#include <thread>
 
 #include "e2e/codec_streams.h"
 #include "support/child_process.h"
@@ -157,6 +159,8 @@ const ForeignStream kForeignStreams[] = {
     {"OpenGroups", {"-x264-params", "open-gop=1:keyint=8:bframes=2"}, true},
     {"AllChroma", {"-profile:v", "high444", "-pix_fmt", "yuv444p"}},
     {"DeepColour", {"-profile:v", "high422", "-pix_fmt", "yuv422p10le"}},
+    {"Cropped", {"-x264-params", "crop-rect=32,16,2,2:bframes=0"}},
+    {"CroppedReordered", {"-x264-params", "crop-rect=32,16,2,2:bframes=2"}},
     {"OpenH264", {}},
 };
 
@@ -204,8 +208,8 @@ TEST(Codec, ForeignStreamsComeOutAsFfmpegDecodesThem) {
     SCOPED_TRACE(foreign.name);
     const ScratchFolder folder;
     makeClip(folder, foreign.encoder);
-    outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-f", "rawvideo", "-pix_fmt",
-              "nv12", "-sws_flags", "bilinear", folder.file("clip.raw")});
+    outputOf({"ffmpeg", "-v", "error", "-flags", "unaligned", "-i", folder.file("clip.mp4"), "-f",
+              "rawvideo", "-pix_fmt", "nv12", "-sws_flags", "bilinear", folder.file("clip.raw")});
     Decoder decoder(false);
     std::size_t submitted = 0;
     for (const auto& unit : accessUnitsOf(folder, foreign.shortStartCodes)) {
@@ -222,6 +226,39 @@ TEST(Codec, ForeignStreamsComeOutAsFfmpegDecodesThem) {
     EXPECT_EQ(pictures.size(), 25U);
     EXPECT_TRUE(shown == contentsOf<Bytes>(folder.file("clip.raw")));
   }
+}
+
+std::size_t threadsOfThisProcess() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return static_cast<std::size_t>(std::distance(begin(threads), end(threads)));
+}
+
+// A sender may change its parameter sets with every picture: that must cost no thread each.
+TEST(Codec, StreamsThatChangeAllTheTimeStayInOrderAndBounded) {
+  Encoder encoder({});
+  encodePaced(encoder, {}, 0, 1);
+  const auto unit = encoder.finish().front().bytes;
+  const auto slice = std::ranges::search(unit, Bytes{0, 0, 1, 0x65}).begin();
+  ASSERT_NE(slice, unit.end());
+  Bytes other = unit;
+  other.insert(other.begin() + (slice - unit.begin()), {1, 0});  // behind the picture set
+  std::vector<std::int64_t> times;
+  const auto note = [](void*, std::int32_t, std::int32_t, std::int64_t ptsNs, void* seen) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    static_cast<std::vector<std::int64_t>*>(seen)->push_back(ptsNs);
+  };
+  void* const decoder = vlm_dec_create(note, &times);
+  const auto before = threadsOfThisProcess();
+  constexpr std::int64_t kUnits = 60;
+  for (std::int64_t i = 0; i < kUnits; ++i) {
+    const auto& next = i % 2 == 0 ? unit : other;
+    EXPECT_TRUE(
+        vlm_dec_decode(decoder, next.data(), static_cast<std::int32_t>(next.size()), i * 1000));
+  }
+  EXPECT_LE(threadsOfThisProcess(), before + 1);
+  vlm_dec_destroy(decoder);
+  ASSERT_EQ(times.size(), kUnits);
+  EXPECT_TRUE(std::ranges::is_sorted(times));
 }
 
 struct Damage {

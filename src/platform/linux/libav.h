@@ -5,12 +5,18 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libavutil/log.h>
 #include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
 
-// Owners of libav's objects.
+// Owners of libav's objects, and what concerns all of its codecs.
 namespace vlm::platform {
+
+// Its own lines would stand in the host's log; what is wrong with a stream is told by results.
+inline void silence(AVCodecContext& context) {
+  context.log_level_offset = 2 * (AV_LOG_DEBUG - AV_LOG_QUIET);
+}
 
 struct FreeLibav {
   void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }

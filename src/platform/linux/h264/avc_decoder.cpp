@@ -6,7 +6,6 @@
 #include <utility>
 
 extern "C" {
-#include <libavutil/log.h>
 #include <libavutil/mem.h>
 }
 
@@ -84,12 +83,13 @@ std::unique_ptr<AvcDecoder> AvcDecoder::open(
   if (record.empty() || codec == nullptr) return nullptr;
   AVCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !setConfiguration(*context, record)) return nullptr;
-  context->flags |= AV_CODEC_FLAG_LOW_DELAY;
+  // A picture may be cropped at any side, and begins there, aligned or not.
+  context->flags |= AV_CODEC_FLAG_LOW_DELAY | AV_CODEC_FLAG_UNALIGNED;
   // One thread finds every error; slices on several would hide missing ones.
   context->thread_count = 1;
   // Damaged parameter sets are refused here instead of being guessed at.
   context->err_recognition = AV_EF_EXPLODE;
-  context->log_level_offset = 2 * (AV_LOG_DEBUG - AV_LOG_QUIET);
+  silence(*context);
   if (avcodec_open2(context.get(), codec, nullptr) < 0) return nullptr;
   return std::unique_ptr<AvcDecoder>(new AvcDecoder(std::move(context)));
 }
@@ -136,14 +136,14 @@ AvcDecoder::Outcome AvcDecoder::decode(Bytes accessUnit) {
     return Outcome::damaged;
   }
   if (containsIdr(accessUnit)) synchronised_ = true;
-  if (!synchronised_ || recordedCount_ == 0) return Outcome::nothing;
+  if (!synchronised_) return Outcome::nothing;
   if (context_->has_b_frames == 0) return received ? Outcome::picture : Outcome::nothing;
+  if (recordedCount_ == 0) return Outcome::nothing;
   // The decoder keeps the picture back to put it in order of time; its pixels are complete.
   av_frame_unref(picture_.get());
   av_frame_move_ref(picture_.get(), recorded_.get());
-  picture_->width = context_->width;
-  picture_->height = context_->height;
-  return Outcome::picture;
+  const bool isCropped = av_frame_apply_cropping(picture_.get(), AV_FRAME_CROP_UNALIGNED) >= 0;
+  return isCropped ? Outcome::picture : Outcome::damaged;
 }
 
 }  // namespace vlm::platform

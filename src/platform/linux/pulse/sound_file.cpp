@@ -29,6 +29,7 @@ class Reader {
     const auto* stream = format->streams[stream_];
     if (!codec_ || avcodec_parameters_to_context(codec_.get(), stream->codecpar) < 0) return false;
     codec_->pkt_timebase = stream->time_base;
+    silence(*codec_);
     return avcodec_open2(codec_.get(), decoder, nullptr) >= 0;
   }
 
