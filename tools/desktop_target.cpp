@@ -22,4 +22,8 @@ std::int32_t processNamed(const std::string& pidOrPrefix) {
   return pid;
 }
 
+void requireDesktop() {
+  if (!vlm_perm_accessibility(false)) throw Failure("there is no desktop that can be controlled");
+}
+
 }  // namespace vlm::tools

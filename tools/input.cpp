@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "command.h"
+#include "desktop_target.h"
 #include "failure.h"
 #include "library.h"
 
@@ -57,6 +58,7 @@ struct TypeOptions {
 
 int type(const TypeOptions& options) {
   for (const char character : options.text) pressFor(character);  // all or nothing
+  requireDesktop();
   for (const char character : options.text) {
     const auto [code, flags] = pressFor(character);
     vlm_input_key(code, true, flags);

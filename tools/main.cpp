@@ -5,6 +5,7 @@
 
 #include "VelmoraMacNative.h"
 #include "command.h"
+#include "failure.h"
 
 namespace {
 
@@ -29,7 +30,11 @@ int parseAndRun(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return program.exit(error) == 0 ? 0 : kUsageError;
   }
-  return chosen();
+  const int status = chosen();
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    throw Failure("not everything could be written to standard output");
+  }
+  return status;
 }
 
 }  // namespace

@@ -47,16 +47,15 @@ Source onSignal(int signal, MainLoop& loop) {
 
 }  // namespace
 
-MainLoop::MainLoop()
-    : loop_(g_main_loop_new(nullptr, FALSE)),
-      interrupt_(onSignal(SIGINT, *this)),
-      terminate_(onSignal(SIGTERM, *this)) {}
+MainLoop::MainLoop() : loop_(g_main_loop_new(nullptr, FALSE)) {}
 
 Ending MainLoop::run() {
-  g_main_loop_run(loop_.get());
-  // From here on a second signal ends the process at once.
-  interrupt_.reset();
-  terminate_.reset();
+  {
+    // Before and after, while something is begun or ended, a signal ends the process at once.
+    const auto interrupt = onSignal(SIGINT, *this);
+    const auto terminate = onSignal(SIGTERM, *this);
+    g_main_loop_run(loop_.get());
+  }
   return ending_.with([](auto& ending) { return *ending; });
 }
 

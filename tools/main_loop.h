@@ -27,7 +27,7 @@ struct Ending {
 };
 
 // The main loop of the process, on which the library counts for its view. It ends when it is told
-// to, or on SIGINT or SIGTERM.
+// to, or while it runs on SIGINT or SIGTERM.
 class MainLoop {
  public:
   using Job = std::function<void()>;
@@ -66,8 +66,6 @@ class MainLoop {
   void finish(Ending ending);
 
   std::unique_ptr<GMainLoop, LoopEnd> loop_;
-  Source interrupt_;
-  Source terminate_;
   Locked<std::unique_ptr<Ending>> ending_;
 };
 

@@ -24,7 +24,7 @@ void addOptions(CLI::App& command, ShareOptions& options) {
   stream.add_flag("--low-latency", options.lowLatency, "Keep every single frame small");
   stream.add_option("--keyframe-every", options.keyframeEvery, "Ask for key frames at this pace")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e9).description(""));
+      ->check(within(0.001, kMostSeconds));
   stream.add_option("--audio", options.audioFile, "Write what other programs play to a file")
       ->type_name("FILE.wav");
   stream.add_option("--bitrate-change", options.bitRateChanges, "Another bit rate, like 2M@5")
@@ -46,7 +46,7 @@ void addOptions(CLI::App& command, ViewOptions& options) {
 void addOptions(CLI::App& command, RunOptions& options) {
   command.add_option("--seconds", options.seconds, "End after this time (on Ctrl-C)")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e9).description(""));
+      ->check(within(0.001, kMostSeconds));
   command.add_flag("--json", options.json, "Write the summary as JSON");
 }
 

@@ -121,7 +121,7 @@ void addPlay(CLI::App& program, Job& chosen) {
       ->required();
   command.add_option("--fps", options->fps, "Frames a second (30)")
       ->type_name("NUMBER")
-      ->check(CLI::Range(0.1, 1000.0).description(""));
+      ->check(within(0.1, 1000));
   addOptions(command, options->view);
   addOptions(command, options->run);
 }

@@ -1,5 +1,8 @@
 #include "recording.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -8,12 +11,21 @@
 
 namespace vlm::tools {
 
-Recording::Recording(std::string path)
-    : path_(std::move(path)), file_(std::fopen(path_.c_str(), "wb")) {
+Recording::Recording(std::string path) : path_(std::move(path)) {
+  const int descriptor = open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+  if (descriptor < 0) fail();
+  file_.reset(fdopen(descriptor, "wb"));
   if (!file_) fail();
 }
 
+void Recording::begin() {
+  if (std::exchange(hasBegun_, true)) return;
+  // A pipe or a device refuses, having nothing to be emptied of.
+  if (ftruncate(fileno(file_.get()), 0) != 0 && errno != EINVAL) fail();
+}
+
 void Recording::write(std::span<const std::uint8_t> bytes) {
+  begin();
   if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) fail();
 }
 
@@ -22,6 +34,7 @@ void Recording::rewind() {
 }
 
 void Recording::finish() {
+  begin();
   if (std::fclose(file_.release()) != 0) fail();
 }
 

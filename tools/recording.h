@@ -8,7 +8,8 @@
 
 namespace vlm::tools {
 
-// A file that takes a byte stream. Every failure to write is told as a Failure.
+// A file that takes a byte stream. Every failure to write is told as a Failure. What the file held
+// before goes when something new comes, so that a start that fails costs nobody a recording.
 class Recording {
  public:
   explicit Recording(std::string path);
@@ -24,10 +25,12 @@ class Recording {
     void operator()(std::FILE* file) const { std::fclose(file); }
   };
 
+  void begin();
   [[noreturn]] void fail() const;
 
   std::string path_;
   std::unique_ptr<std::FILE, Close> file_;
+  bool hasBegun_ = false;
 };
 
 }  // namespace vlm::tools

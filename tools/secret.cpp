@@ -24,6 +24,7 @@ Secret readSecret() {
   while (const std::size_t count = std::fread(piece, 1, sizeof piece, stdin)) {
     secret.insert(secret.end(), piece, piece + count);
   }
+  if (std::ferror(stdin) != 0) throw Failure("the secret can't be read from standard input");
   if (secret.size() > std::size_t{std::numeric_limits<std::int32_t>::max()}) {
     throw Failure("the secret is too long");
   }

@@ -130,7 +130,7 @@ int playSound(const PlaySoundOptions& options) {
 void addSeconds(CLI::App& command, double& seconds, const std::string& otherwise) {
   command.add_option("--seconds", seconds, "End after this time (" + otherwise + ")")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.001, 1e9).description(""));
+      ->check(within(0.001, kMostSeconds));
 }
 
 }  // namespace
@@ -148,10 +148,10 @@ void addTone(CLI::App& program, Job& chosen) {
       ->type_name("UID");
   command.add_option("--frequency", options->frequency, "Turns a second (440)")
       ->type_name("HZ")
-      ->check(CLI::Range(1.0, 24000.0).description(""));
+      ->check(within(1, 24000));
   command.add_option("--level", options->level, "Amplitude, 1 for full scale (0.25)")
       ->type_name("LEVEL")
-      ->check(CLI::Range(0.0, 1.0).description(""));
+      ->check(within(0, 1));
   addSeconds(command, options->seconds, "on Ctrl-C");
 }
 

@@ -55,8 +55,9 @@ double cpuSecondsSoFar() {
 std::string asText(const Summary& summary) {
   const Counts& counts = summary.counts;
   std::string text;
-  append(text, "%s of %s, %d x %d, %.1f s (%s)\n", summary.command.c_str(), summary.source.c_str(),
-         counts.size.width, counts.size.height, summary.seconds, summary.ending.reason.c_str());
+  text += summary.command + " of " + summary.source;
+  append(text, ", %d x %d, %.1f s", counts.size.width, counts.size.height, summary.seconds);
+  text += " (" + summary.ending.reason + ")\n";
   appendFrames(text, summary);
   append(text, "  stream   %llu bytes, %.2f Mb/s, %llu key frame%s\n", Number{counts.bytes},
          perSecond(static_cast<double>(counts.bytes) * 8e-6, summary), Number{counts.keyframes},

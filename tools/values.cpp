@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <string_view>
 
@@ -38,11 +39,38 @@ bool take(std::string_view& text, Size& value) {
          value.width > 0 && value.height > 0;
 }
 
+// No number at all is not.
+bool isWithin(double value, double least, double most) {
+  return value >= least && value <= most;
+}
+
+// What the X protocol can say of windows.
+bool fitsScreen(std::int32_t coordinate) {
+  return isWithin(coordinate, std::numeric_limits<std::int16_t>::min(),
+                  std::numeric_limits<std::int16_t>::max());
+}
+
+std::string plain(double number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.15g", number);
+  return text;
+}
+
 bool takeMoment(std::string_view& text, double& seconds) {
-  return take(text, '@') && take(text, seconds) && seconds >= 0;
+  return take(text, '@') && take(text, seconds) && isWithin(seconds, 0, kMostSeconds);
 }
 
 }  // namespace
+
+CLI::Validator within(double least, double most) {
+  const auto check = [least, most](const std::string& text) {
+    std::string_view rest = text;
+    double value = 0;
+    const bool isFit = take(rest, value) && rest.empty() && isWithin(value, least, most);
+    return isFit ? std::string() : "must be a number from " + plain(least) + " to " + plain(most);
+  };
+  return {check, ""};
+}
 
 bool lexical_cast(const std::string& text, BitRate& value) {
   std::string_view rest = text;
@@ -66,10 +94,15 @@ bool lexical_cast(const std::string& text, SizeChange& value) {
 
 bool lexical_cast(const std::string& text, Placement& value) {
   std::string_view rest = text;
-  if (!rest.empty() && rest.front() != '+' && !take(rest, value.size.emplace())) return false;
+  if (!rest.empty() && rest.front() != '+' &&
+      !(take(rest, value.size.emplace()) && fitsScreen(value.size->width) &&
+        fitsScreen(value.size->height))) {
+    return false;
+  }
   if (rest.empty()) return value.size.has_value();
   auto& [x, y] = value.position.emplace();
-  return take(rest, '+') && take(rest, x) && take(rest, '+') && take(rest, y) && rest.empty();
+  return take(rest, '+') && take(rest, x) && take(rest, '+') && take(rest, y) && rest.empty() &&
+         fitsScreen(x) && fitsScreen(y);
 }
 
 }  // namespace vlm::tools

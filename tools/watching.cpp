@@ -54,6 +54,7 @@ void printKey(int32_t key) {
 }
 
 int hotkeys(const WatchOptions& options) {
+  requireDesktop();
   MainLoop loop;
   keysAsJson = options.json;
   vlm_hotkey_monitor_start(printKey);

@@ -33,16 +33,16 @@ static_assert(sizeof(Header) == 44);
 }  // namespace
 
 WavFile::WavFile(std::string path, std::uint16_t channels, std::uint32_t sampleRate)
-    : file_(std::move(path)), channels_(channels), sampleRate_(sampleRate) {
-  writeHeader();
-}
+    : file_(std::move(path)), channels_(channels), sampleRate_(sampleRate) {}
 
 void WavFile::write(std::span<const float> samples) {
   const auto bytes = std::as_bytes(samples);
+  if (bytes.empty()) return;
   // The format can't tell of more than 4 GiB.
   if (bytes.size() > std::numeric_limits<std::uint32_t>::max() - sizeof(Header) - dataBytes_) {
     throw Failure("the WAV file is full");
   }
+  if (dataBytes_ == 0) writeHeader();
   file_.write({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
   dataBytes_ += static_cast<std::uint32_t>(bytes.size());
 }

@@ -1,3 +1,4 @@
+#include <charconv>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <vector>
@@ -67,7 +68,10 @@ struct BoundsOptions {
 bool boundsOf(const std::string& name, double (&frame)[4]) {
   auto& [x, y, width, height] = frame;
   if (name.starts_with("0x")) {
-    const auto window = static_cast<std::uint32_t>(std::stoul(name, nullptr, 16));
+    std::uint32_t window = 0;
+    const auto* end = name.data() + name.size();
+    const auto parsed = std::from_chars(name.data() + 2, end, window, 16);
+    if (parsed.ec != std::errc{} || parsed.ptr != end) throw Failure(name + " is no window's id");
     return vlm_window_get_bounds(window, &x, &y, &width, &height);
   }
   return vlm_window_focused_bounds(processNamed(name), &x, &y, &width, &height);
