@@ -36,7 +36,7 @@
  *     it back. No function takes over or drops the caller's reference.
  *  9. Threads. A function may be called from any thread unless it says otherwise. One encoder or
  *     decoder is used by one thread at a time. An object's callback must not make the call that
- *     ends that object or waits for its frames.
+ *     ends that object or waits for its frames, except where a function says that it may.
  * 10. Units. Time stamps are nanoseconds (ptsNs). Coordinates and sizes given as double are points
  *     in global display space: origin at the top-left corner of the main display, y downward.
  *     Sizes given as int32_t are pixels. Bit rates are bits a second.
@@ -254,9 +254,9 @@ VLM_API bool vlm_capture_bounds(void* handle, double* x, double* y, double* widt
  * Parameters: handle  a capture.
  * Result:     none.
  * Errors:     none.
- * Thread:     any. It waits until the system has stopped and, unless it is called from one of the
- *             capture's own callbacks, until the last of them has returned: hold no lock that
- *             they take.
+ * Thread:     any, the capture's own callbacks included. It waits until the system has stopped
+ *             and, when called from elsewhere, until the last callback has returned: hold no lock
+ *             that they take, and let them wait for nothing that this thread does.
  * Lifetime:   ends the handle. Pixel buffers that the caller retained stay valid.
  */
 VLM_API void vlm_capture_stop(void* handle);
