@@ -187,6 +187,23 @@ TEST(Tracker, ToldWhatHappensInOrder) {
       << ", told " << (events.empty() ? "nothing" : events.back().frame);
   EXPECT_LE(events.size(), 1000U);
 
+  // While a window never rests, each turn of the loop ends all the same.
+  std::atomic<bool> done = false;
+  std::thread restless([&] {
+    auto* mover = xcb_connect(nullptr, nullptr);
+    for (std::uint32_t i = 0; !done; ++i) {
+      const std::uint32_t place = i % 100;
+      xcb_configure_window(mover, window, XCB_CONFIG_WINDOW_X, &place);
+      xcb_flush(mover);
+    }
+    xcb_disconnect(mover);
+  });
+  for (int turn = 0; turn < 10; ++turn) g_main_context_iteration(nullptr, TRUE);
+  done = true;
+  restless.join();
+  EXPECT_FALSE(events.empty());
+  ASSERT_TRUE(pumpUntil([] { return g_main_context_pending(nullptr) == FALSE; }));
+
   expectNext({"wmctrl", "-i", "-c", text(window)}, 4);
   vlm_window_untrack(tracker);
   events.clear();

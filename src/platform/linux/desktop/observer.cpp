@@ -29,9 +29,11 @@ std::shared_ptr<WindowWatch> WindowWatch::make(std::int32_t pid, AXObserverCallb
 WindowWatch::WindowWatch(std::unique_ptr<x11::Connection> connection, std::int32_t pid,
                          AXObserverCallback callback)
     : connection_(std::move(connection)), pid_(pid), callback_(std::move(callback)) {
-  const auto atoms = x11::internAtoms<2>(*connection_, {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST"});
+  const auto atoms = x11::internAtoms<3>(
+      *connection_, {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"});
   activeAtom_ = atoms[0];
   clientsAtom_ = atoms[1];
+  stackingAtom_ = atoms[2];
   select(*connection_, connection_->screen().root, XCB_EVENT_MASK_PROPERTY_CHANGE);
   refreshWindows();
   const xcb_window_t active = x11::activeWindow(*connection_);
@@ -39,17 +41,27 @@ WindowWatch::WindowWatch(std::unique_ptr<x11::Connection> connection, std::int32
   xcb_flush(connection_->get());
 }
 
-void WindowWatch::readEvents() {
+bool WindowWatch::readEvents() {
+  const bool hasMore = takeEvents();
+  // Told without the guard: a program that the host starts would inherit it.
+  for (const auto notification : std::exchange(toTell_, {})) callback_(notification);
+  return hasMore;
+}
+
+// What there is by now, and not what comes meanwhile: a window that never rests must leave the main
+// thread to others.
+bool WindowWatch::takeEvents() {
+  using Event = x11::Reply<xcb_generic_event_t>;
   const x11::BrokenPipeGuard guard;
-  // Asking for frames may bring further events in, which nothing on the wire would announce.
-  for (bool more = true; more;) {
-    more = false;
-    while (const x11::Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_->get())}) {
-      notice(*event);
-      more = true;
-    }
-    if (more) tellChanges();
+  while (const Event event{xcb_poll_for_event(connection_->get())}) notice(*event);
+  collectChanges();
+  // Asking for frames may have brought further events in, which nothing on the wire will announce.
+  bool hasMore = false;
+  while (const Event event{xcb_poll_for_queued_event(connection_->get())}) {
+    notice(*event);
+    hasMore = true;
   }
+  return hasMore;
 }
 
 void WindowWatch::notice(const xcb_generic_event_t& event) {
@@ -68,7 +80,7 @@ void WindowWatch::notice(const xcb_generic_event_t& event) {
     case XCB_PROPERTY_NOTIFY: {
       const auto atom = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
       activationChanged_ |= atom == activeAtom_;
-      windowsChanged_ |= atom == clientsAtom_;
+      windowsChanged_ |= atom == clientsAtom_ || atom == stackingAtom_;
       break;
     }
     default:
@@ -94,7 +106,7 @@ void WindowWatch::watchTopLevel(xcb_window_t window) {
   moved_.insert(window);
 }
 
-void WindowWatch::tellChanges() {
+void WindowWatch::collectChanges() {
   if (std::exchange(windowsChanged_, false)) refreshWindows();
   for (const auto window : std::exchange(reparented_, {})) watchTopLevel(window);
   for (const auto window : std::exchange(moved_, {})) {
@@ -111,16 +123,27 @@ void WindowWatch::tellChanges() {
 
 // Windows that are gone from the list but not destroyed yet are told of when they are.
 void WindowWatch::refreshWindows() {
-  for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_).windows) {
-    if (!windows_.emplace(window.id, Watched{window.frame, window.id}).second) continue;
-    select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
-    watchTopLevel(window.id);
-  }
+  for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_).windows) watch(window);
+}
+
+void WindowWatch::watch(const x11::Window& window) {
+  if (!windows_.emplace(window.id, Watched{window.frame, window.id}).second) return;
+  select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  watchTopLevel(window.id);
+}
+
+// A window manager may call a window active before it lists it.
+bool WindowWatch::belongs(xcb_window_t window) {
+  if (window == XCB_NONE || isOurs(window)) return window != XCB_NONE;
+  const auto described = x11::describeWindow(*connection_, window);
+  if (!described || described->processId != pid_) return false;
+  watch(*described);
+  return true;
 }
 
 void WindowWatch::refreshActivation() {
   const xcb_window_t now = x11::activeWindow(*connection_);
-  const xcb_window_t ours = isOurs(now) ? now : XCB_NONE;
+  const xcb_window_t ours = belongs(now) ? now : XCB_NONE;
   const xcb_window_t before = std::exchange(active_, ours);
   if (ours == before) return;
   if (before == XCB_NONE) {
@@ -132,8 +155,8 @@ void WindowWatch::refreshActivation() {
   }
 }
 
-void WindowWatch::tell(std::string_view notification) const {
-  if (wanted_.contains(notification)) callback_(notification);
+void WindowWatch::tell(std::string_view notification) {
+  if (wanted_.contains(notification)) toTell_.push_back(notification);
 }
 
 }  // namespace desktop
@@ -142,7 +165,7 @@ AXObserver::AXObserver(std::shared_ptr<desktop::WindowWatch> shared)
     : watch(std::move(shared)),
       // The loop may still run the source while the observer goes.
       source(makeRef<CFRunLoopSource>(watch->descriptor(),
-                                      [keptAlive = watch] { keptAlive->readEvents(); })) {}
+                                      [keptAlive = watch] { return keptAlive->readEvents(); })) {}
 
 AXError AXObserverCreate(std::int32_t pid, AXObserverCallback callback, Ref<AXObserver>& out) {
   auto watch = desktop::WindowWatch::make(pid, std::move(callback));

@@ -4,7 +4,9 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/application_services.h"
 #include "platform/linux/desktop/run_loop.h"
@@ -29,8 +31,8 @@ class WindowWatch {
   void want(std::string_view notification) { wanted_.emplace(notification); }
 
   // Takes in every event that is there and reports what they come to: however many moves came,
-  // the last place of a window is told once.
-  void readEvents();
+  // the last place of a window is told once. True when more has come in meanwhile.
+  bool readEvents();
 
  private:
   struct Watched {
@@ -39,12 +41,15 @@ class WindowWatch {
   };
 
   void refreshWindows();
+  void watch(const x11::Window& window);
+  bool belongs(xcb_window_t window);
   void watchTopLevel(xcb_window_t window);
   void noticeMove(xcb_window_t window);
   void refreshActivation();
   void notice(const xcb_generic_event_t& event);
-  void tellChanges();
-  void tell(std::string_view notification) const;
+  bool takeEvents();
+  void collectChanges();
+  void tell(std::string_view notification);
   bool isOurs(xcb_window_t window) const { return windows_.contains(window); }
 
   const std::unique_ptr<x11::Connection> connection_;
@@ -53,6 +58,7 @@ class WindowWatch {
   std::set<std::string, std::less<>> wanted_;
   xcb_atom_t activeAtom_ = XCB_NONE;
   xcb_atom_t clientsAtom_ = XCB_NONE;
+  xcb_atom_t stackingAtom_ = XCB_NONE;
   std::unordered_map<xcb_window_t, Watched> windows_;  // the process's
   xcb_window_t active_ = XCB_NONE;                     // the active window when it is one of ours
   // What the events of one turn call for.
@@ -61,6 +67,7 @@ class WindowWatch {
   std::set<xcb_window_t> moved_;
   std::set<xcb_window_t> reparented_;
   int destroyed_ = 0;
+  std::vector<std::string_view> toTell_;
 };
 
 }  // namespace desktop

@@ -21,7 +21,7 @@ gboolean CFRunLoopSource::dispatch(gint, GIOCondition condition, gpointer self) 
     const MutexLock lock(source.mutex_);
     if (source.source_ == nullptr) return G_SOURCE_REMOVE;
   }
-  source.ready_();
+  if (source.ready_()) g_source_set_ready_time(g_main_current_source(), 0);
   // A descriptor that only ever reports its end would keep the loop busy.
   return (condition & (G_IO_HUP | G_IO_ERR)) == 0 ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }

@@ -11,11 +11,11 @@
 namespace vlm::platform {
 
 // A file descriptor that the main loop watches while the source is added. `ready` runs on the main
-// thread whenever there is something to read. A source can be added and taken away again and
-// again; it is taken away when it goes.
+// thread whenever there is something to read, and once more when it returns true, after others had
+// their turn. A source can be added and taken away again and again; it is taken away when it goes.
 class CFRunLoopSource : public Object {
  public:
-  CFRunLoopSource(int descriptor, std::function<void()> ready)
+  CFRunLoopSource(int descriptor, std::function<bool()> ready)
       : descriptor_(descriptor), ready_(std::move(ready)) {}
   ~CFRunLoopSource() override { remove(); }
 
@@ -26,7 +26,7 @@ class CFRunLoopSource : public Object {
   static gboolean dispatch(gint descriptor, GIOCondition condition, gpointer self);
 
   const int descriptor_;
-  const std::function<void()> ready_;
+  const std::function<bool()> ready_;
   Mutex mutex_;
   GSource* source_ VLM_GUARDED_BY(mutex_) = nullptr;
 };

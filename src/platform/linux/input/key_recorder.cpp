@@ -51,7 +51,10 @@ bool KeyRecorder::enable() {
   if (error || control_->isLost()) return false;
   sequence_ = xcb_record_enable_context(stream_->get(), context_).sequence;
   xcb_flush(stream_->get());
-  source_ = makeRef<CFRunLoopSource>(stream_->descriptor(), [this] { read(); });
+  source_ = makeRef<CFRunLoopSource>(stream_->descriptor(), [this] {
+    read();
+    return false;
+  });
   source_->add();
   return true;
 }
@@ -66,27 +69,36 @@ KeyRecorder::~KeyRecorder() {
 }
 
 void KeyRecorder::read() {
-  const x11::BrokenPipeGuard guard;
   const auto ended = ended_;
-  void* reply = nullptr;
-  xcb_generic_error_t* error = nullptr;
-  while (!*ended && xcb_poll_for_reply(stream_->get(), sequence_, &reply, &error) == 1) {
-    const x11::Reply<xcb_record_enable_context_reply_t> piece(
-        static_cast<xcb_record_enable_context_reply_t*>(reply));
-    const x11::Reply<xcb_generic_error_t> refused(error);
-    if (!piece) return;
-    take(*piece);
+  // Told without the guard: a program that the host starts would inherit it.
+  for (const auto key : takePresses()) {
+    if (!*ended) handler_(key);
   }
 }
 
-void KeyRecorder::take(const xcb_record_enable_context_reply_t& reply) {
+std::vector<xcb_keycode_t> KeyRecorder::takePresses() {
+  const x11::BrokenPipeGuard guard;
+  std::vector<xcb_keycode_t> presses;
+  void* reply = nullptr;
+  xcb_generic_error_t* error = nullptr;
+  while (xcb_poll_for_reply(stream_->get(), sequence_, &reply, &error) == 1) {
+    const x11::Reply<xcb_record_enable_context_reply_t> piece(
+        static_cast<xcb_record_enable_context_reply_t*>(reply));
+    const x11::Reply<xcb_generic_error_t> refused(error);
+    if (!piece) break;
+    addPresses(*piece, presses);
+  }
+  return presses;
+}
+
+void KeyRecorder::addPresses(const xcb_record_enable_context_reply_t& reply,
+                             std::vector<xcb_keycode_t>& presses) {
   if (reply.category != kCategoryFromServer) return;
-  const auto ended = ended_;
   const auto* data = xcb_record_enable_context_data(&reply);
   const auto size = static_cast<std::size_t>(xcb_record_enable_context_data_length(&reply));
-  for (std::size_t at = 0; at + kEventSize <= size && !*ended; at += kEventSize) {
+  for (std::size_t at = 0; at + kEventSize <= size; at += kEventSize) {
     const auto& event = *reinterpret_cast<const xcb_key_press_event_t*>(data + at);
-    if (x11::typeOf(event) == XCB_KEY_PRESS) handler_(event.detail);
+    if (x11::typeOf(event) == XCB_KEY_PRESS) presses.push_back(event.detail);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "platform/linux/desktop/run_loop.h"
 #include "platform/linux/x11/connection.h"
@@ -29,7 +30,9 @@ class KeyRecorder {
               Handler handler);
   bool enable();
   void read();
-  void take(const xcb_record_enable_context_reply_t& reply);
+  std::vector<xcb_keycode_t> takePresses();
+  static void addPresses(const xcb_record_enable_context_reply_t& reply,
+                         std::vector<xcb_keycode_t>& presses);
 
   const std::unique_ptr<x11::Connection> control_;
   const std::unique_ptr<x11::Connection> stream_;
