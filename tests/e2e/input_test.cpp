@@ -130,6 +130,10 @@ TEST(Injection, IsSeenWithExactlyTheFlagsGiven) {
     vlm_input_mouse_button(button, false, x + 5, y + 5);
   }
   expectReported(xev, all, {"button 1", "button 3", "button 2"});
+  outputOf({"xmodmap", "-e", "pointer = 3 2 1 5 4"});  // left-handed, and scrolling the other way
+  vlm_input_mouse_button(0, true, x + 5, y + 5);
+  vlm_input_mouse_button(0, false, x + 5, y + 5);
+  expectReported(xev, all, {"button 1"});
   vlm_input_mouse_wheel(0, 40);
   vlm_input_mouse_wheel(0, -80);
   expectReported(xev, all, {"button 4", "button 5", "button 5"});

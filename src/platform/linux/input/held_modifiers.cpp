@@ -44,6 +44,8 @@ ExactModifiers::ExactModifiers(const x11::Connection& connection, const Keyboard
                           kCGEventFlagMaskCommand}) {
     if ((flags & flag) == 0 || (held & flag) != 0) continue;
     if (const auto key = keyboard.keyFor(flag)) {
+      // The device that we press it on may count it as down from before, and would drop the press.
+      fakeKey(connection, *key, false);
       fakeKey(connection, *key, true);
       pressed_.push_back(*key);
     }

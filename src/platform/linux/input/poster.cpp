@@ -34,6 +34,19 @@ void moveTo(const x11::Connection& connection, CGPoint position) {
                       connection.screen().root, coordinate(position.x), coordinate(position.y), 0);
 }
 
+// The button of the device that the user's own mapping makes this one: of left-handed people, of
+// those who scroll the other way.
+std::uint8_t deviceButton(const x11::Connection& connection, std::uint8_t button) {
+  const auto asked = xcb_get_pointer_mapping(connection.get());
+  const x11::Reply<xcb_get_pointer_mapping_reply_t> reply(
+      xcb_get_pointer_mapping_reply(connection.get(), asked, nullptr));
+  if (!reply) return button;
+  const auto* first = xcb_get_pointer_mapping_map(reply.get());
+  const auto* end = first + xcb_get_pointer_mapping_map_length(reply.get());
+  const auto* found = std::find(first, end, button);
+  return found == end ? button : static_cast<std::uint8_t>(found - first + 1);
+}
+
 void fakeButton(const x11::Connection& connection, std::uint8_t button, bool down) {
   xcb_test_fake_input(connection.get(), down ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, button,
                       XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0);
@@ -41,7 +54,8 @@ void fakeButton(const x11::Connection& connection, std::uint8_t button, bool dow
 
 void turnWheel(const x11::Connection& connection, std::int32_t steps, std::uint8_t positive,
                std::uint8_t negative) {
-  const auto button = steps > 0 ? positive : negative;
+  if (steps == 0) return;
+  const auto button = deviceButton(connection, steps > 0 ? positive : negative);
   for (std::int32_t i = std::min(std::abs(steps), kMostSteps); i > 0; --i) {
     fakeButton(connection, button, true);
     fakeButton(connection, button, false);
@@ -111,7 +125,7 @@ void Poster::post(const x11::Connection& connection, unsigned generation, const 
 void Poster::mouse(const x11::Connection& connection, const MouseInput& input) {
   moveTo(connection, input.position);
   if (const auto button = buttonOf(input.type)) {
-    fakeButton(connection, button->number, button->down);
+    fakeButton(connection, deviceButton(connection, button->number), button->down);
   }
 }
 
