@@ -1,5 +1,6 @@
 #include "platform/linux/secret_service.h"
 
+#include "platform/linux/glib/session_bus.h"
 #include "platform/security.h"
 
 namespace vlm::platform::linux_secrets {
@@ -30,18 +31,27 @@ glib::Table attributes(const std::string& service, const std::string& account) {
                                              account.c_str(), nullptr));
 }
 
-// A bus that goes away must not take the host with it, which is what a shared connection does
-// unless it is told otherwise.
-bool haveSafeBus(GCancellable* cancellable, GError** error) {
-  const glib::Object<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, error));
-  if (bus) g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
-  return bus != nullptr;
+bool isLocked(const GList& item) {
+  return secret_item_get_locked(SECRET_ITEM(item.data)) != FALSE;
+}
+
+// Takes the locked items out of the list.
+GList* unlocked(GList* items) {
+  for (GList* each = items; each != nullptr;) {
+    GList* const next = each->next;
+    if (isLocked(*each)) {
+      g_object_unref(each->data);
+      items = g_list_delete_link(items, each);
+    }
+    each = next;
+  }
+  return items;
 }
 
 }  // namespace
 
 Conversation::Conversation() : deadline_(kPatience), status_(errSecSuccess) {
-  if (!haveSafeBus(deadline_.cancellable(), error_.out())) {
+  if (!glib::safeSessionBus(deadline_.cancellable(), error_.out())) {
     fail(errSecNotAvailable);
     return;
   }
@@ -60,9 +70,10 @@ glib::ObjectList Conversation::find(const std::string& service, const std::strin
       service_.get(), &schema(), attributes(service, account).get(),
       static_cast<SecretSearchFlags>(flags), deadline_.cancellable(), error_.out()));
   if (error_) fail(errSecNotAvailable);
-  for (GList* each = items.get(); each != nullptr; each = each->next) {
-    if (secret_item_get_locked(SECRET_ITEM(each->data))) fail(errSecInteractionNotAllowed);
-  }
+  // One keyring that is locked must not hide what another holds.
+  const bool isAny = items != nullptr;
+  items.reset(unlocked(items.release()));
+  if (isAny && !items) fail(errSecInteractionNotAllowed);
   return items;
 }
 

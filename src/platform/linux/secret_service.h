@@ -21,7 +21,7 @@ class Conversation {
   // Why nothing more can be asked; errSecSuccess while all is well.
   OSStatus status() const { return status_; }
 
-  // The items at the address; those in a locked keyring make the status
+  // The items at the address that are not locked. Where all are, the status becomes
   // errSecInteractionNotAllowed.
   glib::ObjectList find(const std::string& service, const std::string& account, bool withSecrets);
   OSStatus create(const std::string& service, const std::string& account, SecretValue* secret);

@@ -20,6 +20,10 @@ struct Address {
   std::string account;
 };
 
+bool isUtf8(const std::string& text) {
+  return g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr) != FALSE;
+}
+
 std::optional<Address> addressOf(const CFValue& query) {
   const auto text = [&](std::string_view key) {
     const auto* value = query.find(key);
@@ -28,6 +32,8 @@ std::optional<Address> addressOf(const CFValue& query) {
   const auto* service = text(kSecAttrService);
   const auto* account = text(kSecAttrAccount);
   if (service == nullptr || account == nullptr) return std::nullopt;
+  // libsecret takes nothing else.
+  if (!isUtf8(*service) || !isUtf8(*account)) return std::nullopt;
   return Address{*service, *account};
 }
 

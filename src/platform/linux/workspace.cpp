@@ -3,12 +3,14 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string>
 #include <string_view>
 
 #include "platform/app_kit.h"
 #include "platform/linux/desktop/display.h"
-#include "platform/linux/glib/handles.h"
+#include "platform/linux/glib/deadline.h"
+#include "platform/linux/glib/session_bus.h"
 #include "platform/linux/x11/window_list.h"
 
 namespace vlm::platform {
@@ -30,6 +32,21 @@ constexpr std::array kSettingsPages{
     SettingsPages{"",
                   {"gnome-privacy-panel.desktop", "org.gnome.Settings.desktop",
                    "systemsettings.desktop", "xfce-settings-manager.desktop"}},
+};
+
+// GLib asks the session bus whatever it launches, and would wait for ever for one that is there but
+// does not answer. One that is not there is no obstacle.
+class LaunchingBus {
+ public:
+  LaunchingBus() : bus_(glib::safeSessionBus(deadline_.cancellable(), error_.out())) {}
+  bool answers() const {
+    return bus_ || g_cancellable_is_cancelled(deadline_.cancellable()) == FALSE;
+  }
+
+ private:
+  glib::Deadline deadline_{std::chrono::seconds(1)};
+  glib::Error error_;
+  const glib::Object<GDBusConnection> bus_;
 };
 
 bool launch(const char* desktopId) {
@@ -56,6 +73,8 @@ std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
 }
 
 bool NSWorkspace::openURL(const NSURL& url) {
+  const LaunchingBus bus;
+  if (!bus.answers()) return false;
   const std::string_view text = url.absoluteString;
   if (text.starts_with(kPrivacySettingsURL)) {
     const auto query = text.find('?');
