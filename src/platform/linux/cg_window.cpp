@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "platform/linux/desktop/display.h"
+#include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/window_list.h"
 
 namespace vlm::platform {
@@ -16,10 +18,24 @@ CFValue boundsOf(const x11::Rectangle& frame) {
                       {"Height", double(frame.height)}};
 }
 
-CFArray windowsOnScreen(const x11::Connection& connection) {
+bool isDesktop(const x11::Connection& connection, xcb_window_t window) {
+  const auto [type, desktop] =
+      x11::internAtoms<2>(connection, {"_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_DESKTOP"});
+  const auto types = x11::PropertyRequest(connection, window, type).values();
+  return std::ranges::count(types, desktop) != 0;
+}
+
+// Window managers keep the desktop's own windows, icons and background, below all others.
+void leaveOutDesktop(const x11::Connection& connection, std::vector<x11::Window>& windows) {
+  while (!windows.empty() && isDesktop(connection, windows.back().id)) windows.pop_back();
+}
+
+CFArray windowsOnScreen(const x11::Connection& connection, bool excludesDesktop) {
   CFArray list;
-  for (const auto& window : x11::listManagedWindows(connection, x11::Details::frame)) {
-    if (!window.isOnScreen) continue;
+  auto windows = x11::listManagedWindows(connection, x11::Details::frame);
+  std::erase_if(windows, [](const auto& window) { return !window.isOnScreen; });
+  if (excludesDesktop) leaveOutDesktop(connection, windows);
+  for (const auto& window : windows) {
     list.push_back(CFDictionary{{std::string(kCGWindowNumber), window.id},
                                 {std::string(kCGWindowOwnerPID), window.processId},
                                 {std::string(kCGWindowBounds), boundsOf(window.frame)}});
@@ -42,7 +58,9 @@ std::optional<CFArray> CGWindowListCopyWindowInfo(CGWindowListOption options,
   using Answer = std::optional<CFArray>;
   return desktop::Display::shared().with<Answer>(std::nullopt, [&](const auto& connection) {
     const bool one = (options & kCGWindowListOptionIncludingWindow) != 0;
-    return Answer(one ? oneWindow(connection, relativeToWindow) : windowsOnScreen(connection));
+    if (one) return Answer(oneWindow(connection, relativeToWindow));
+    return Answer(
+        windowsOnScreen(connection, (options & kCGWindowListExcludeDesktopElements) != 0));
   });
 }
 

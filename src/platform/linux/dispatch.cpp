@@ -61,9 +61,10 @@ class MainQueue final : public DispatchQueue {
   std::deque<Job> jobs_ VLM_GUARDED_BY(mutex_);
 };
 
+// Never ended: who is called while the process ends may still post.
 const std::shared_ptr<MainQueue>& mainQueue() {
-  static const auto queue = std::make_shared<MainQueue>();
-  return queue;
+  static const auto* const queue = new std::shared_ptr<MainQueue>(std::make_shared<MainQueue>());
+  return *queue;
 }
 
 gboolean MainQueue::runNext(gpointer) {
