@@ -238,7 +238,8 @@ TEST(Codec, StreamsThatChangeAllTheTimeStayInOrderAndBounded) {
   Encoder encoder({});
   encodePaced(encoder, {}, 0, 1);
   const auto unit = encoder.finish().front().bytes;
-  const auto slice = std::ranges::search(unit, Bytes{0, 0, 1, 0x65}).begin();
+  const Bytes sliceStart{0, 0, 1, 0x65};
+  const auto slice = std::search(unit.begin(), unit.end(), sliceStart.begin(), sliceStart.end());
   ASSERT_NE(slice, unit.end());
   Bytes other = unit;
   other.insert(other.begin() + (slice - unit.begin()), {1, 0});  // behind the picture set

@@ -103,7 +103,7 @@ std::vector<std::span<const std::uint8_t>> parameterSetsOf(const CMFormatDescrip
 
 // Where samples wait for their turn. A session that follows another goes on with its line: so what
 // comes out stays in order, and a stream that changes all the time piles up no threads.
-struct Line {
+struct DecodingLine {
   Backlog backlog;
   const std::shared_ptr<DispatchQueue> queue =
       dispatch_queue_create("vlm.decoder", DispatchQoS::userInteractive);
@@ -125,12 +125,12 @@ std::optional<OSType> destinationFormat(const CFValue& attributes) {
 class VTDecompressionSession final : public Object {
  public:
   VTDecompressionSession(std::unique_ptr<AvcDecoder> avc, OSType format,
-                         std::shared_ptr<Line> itsLine)
+                         std::shared_ptr<DecodingLine> itsLine)
       : decoder(std::make_shared<SampleDecoder>(std::move(avc), format)),
         line(std::move(itsLine)) {}
 
   const std::shared_ptr<SampleDecoder> decoder;
-  const std::shared_ptr<Line> line;
+  const std::shared_ptr<DecodingLine> line;
   bool isEnded = false;
 };
 
@@ -143,7 +143,7 @@ OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
   try {
     auto avc = AvcDecoder::open(parameterSetsOf(*description));
     if (!avc) return kVTVideoDecoderBadDataErr;
-    auto line = predecessor ? predecessor->line : std::make_shared<Line>();
+    auto line = predecessor ? predecessor->line : std::make_shared<DecodingLine>();
     out = makeRef<VTDecompressionSession>(std::move(avc), *format, std::move(line));
   } catch (const std::exception&) {  // no memory, or no thread
     return kVTAllocationFailedErr;
