@@ -10,6 +10,9 @@
 
 namespace vlm::tools {
 
+// Refuses numbers outside, and what is no number.
+CLI::Validator within(double least, double most);
+
 // What commands that share have in common.
 struct ShareOptions : SharingOptions {
   double keyframeEvery = 0;

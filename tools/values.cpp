@@ -2,7 +2,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <string_view>
 
@@ -50,27 +49,11 @@ bool fitsScreen(std::int32_t coordinate) {
                   std::numeric_limits<std::int16_t>::max());
 }
 
-std::string plain(double number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.15g", number);
-  return text;
-}
-
 bool takeMoment(std::string_view& text, double& seconds) {
   return take(text, '@') && take(text, seconds) && isWithin(seconds, 0, kMostSeconds);
 }
 
 }  // namespace
-
-CLI::Validator within(double least, double most) {
-  const auto check = [least, most](const std::string& text) {
-    std::string_view rest = text;
-    double value = 0;
-    const bool isFit = take(rest, value) && rest.empty() && isWithin(value, least, most);
-    return isFit ? std::string() : "must be a number from " + plain(least) + " to " + plain(most);
-  };
-  return {check, ""};
-}
 
 bool lexical_cast(const std::string& text, BitRate& value) {
   std::string_view rest = text;

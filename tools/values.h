@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
 #include <string>
 
@@ -26,9 +25,6 @@ struct SizeChange {
 
 // What timers of milliseconds reach.
 inline constexpr double kMostSeconds = 4e6;
-
-// Refuses numbers outside, and what is no number.
-CLI::Validator within(double least, double most);
 
 // 800000, 2500k, 2.5M
 bool lexical_cast(const std::string& text, BitRate& value);
