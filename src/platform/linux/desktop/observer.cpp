@@ -6,7 +6,6 @@
 
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/event.h"
-#include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform {
@@ -28,12 +27,10 @@ std::shared_ptr<WindowWatch> WindowWatch::make(std::int32_t pid, AXObserverCallb
 
 WindowWatch::WindowWatch(std::unique_ptr<x11::Connection> connection, std::int32_t pid,
                          AXObserverCallback callback)
-    : connection_(std::move(connection)), pid_(pid), callback_(std::move(callback)) {
-  const auto atoms = x11::internAtoms<3>(
-      *connection_, {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST", "_NET_CLIENT_LIST_STACKING"});
-  activeAtom_ = atoms[0];
-  clientsAtom_ = atoms[1];
-  stackingAtom_ = atoms[2];
+    : connection_(std::move(connection)),
+      atoms_(*connection_),
+      pid_(pid),
+      callback_(std::move(callback)) {
   select(*connection_, connection_->screen().root, XCB_EVENT_MASK_PROPERTY_CHANGE);
   refreshWindows();
   const xcb_window_t active = x11::activeWindow(*connection_);
@@ -79,8 +76,8 @@ void WindowWatch::notice(const xcb_generic_event_t& event) {
     }
     case XCB_PROPERTY_NOTIFY: {
       const auto atom = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
-      activationChanged_ |= atom == activeAtom_;
-      windowsChanged_ |= atom == clientsAtom_ || atom == stackingAtom_;
+      activationChanged_ |= atom == atoms_.active;
+      windowsChanged_ |= atom == atoms_.clients || atom == atoms_.stacking;
       break;
     }
     default:

@@ -12,6 +12,7 @@
 #include "platform/linux/desktop/run_loop.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/window_list.h"
+#include "platform/linux/x11/window_request.h"
 #include "platform/portable/object.h"
 
 namespace vlm::platform {
@@ -53,12 +54,10 @@ class WindowWatch {
   bool isOurs(xcb_window_t window) const { return windows_.contains(window); }
 
   const std::unique_ptr<x11::Connection> connection_;
+  const x11::WindowAtoms atoms_;
   const std::int32_t pid_;
   const AXObserverCallback callback_;
   std::set<std::string, std::less<>> wanted_;
-  xcb_atom_t activeAtom_ = XCB_NONE;
-  xcb_atom_t clientsAtom_ = XCB_NONE;
-  xcb_atom_t stackingAtom_ = XCB_NONE;
   std::unordered_map<xcb_window_t, Watched> windows_;  // the process's
   xcb_window_t active_ = XCB_NONE;                     // the active window when it is one of ours
   // What the events of one turn call for.
