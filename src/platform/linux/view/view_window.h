@@ -26,7 +26,7 @@ class ViewWindow {
   bool isInHost() const noexcept { return parent_ != root_; }
   // False when nothing that is drawn could be seen.
   bool isVisible() const noexcept {
-    return mapped_ && parentMapped_ && !covered_ && width_ > 0 && height_ > 0;
+    return mapped_ && parentMapped_ && !covered_;
   }
 
   enum class Change {
