@@ -7,14 +7,14 @@
 #include <vector>
 
 #include "platform/dispatch.h"
-#include "platform/scripted/audio_stage.h"
-#include "platform/scripted/av_foundation.h"
-#include "platform/scripted/desktop_stage.h"
-#include "platform/scripted/journal.h"
-#include "platform/scripted/screen_capture_kit.h"
-#include "platform/scripted/stepped_queue.h"
-#include "platform/scripted/system_stage.h"
-#include "platform/scripted/video_toolbox.h"
+#include "platform/scripted/machine/audio_stage.h"
+#include "platform/scripted/machine/desktop_stage.h"
+#include "platform/scripted/machine/display_stage.h"
+#include "platform/scripted/machine/journal.h"
+#include "platform/scripted/machine/screen_stage.h"
+#include "platform/scripted/machine/stepped_queue.h"
+#include "platform/scripted/machine/system_stage.h"
+#include "platform/scripted/machine/video_stage.h"
 
 namespace vlm::platform::scripted {
 

@@ -1,4 +1,4 @@
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 #include <atomic>
 #include <utility>

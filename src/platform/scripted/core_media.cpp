@@ -1,25 +1,15 @@
-// Media objects, pixel buffers and image conversion: the portable work, unless the script says
-// otherwise.
 #include <string>
 #include <utility>
 
 #include "platform/portable/fallible.h"
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/refusal.h"
 
 namespace vlm::platform {
+
+using scripted::number;
+using scripted::unlessRefused;
+
 namespace {
-
-template <class Work>
-auto unlessRefused(std::string_view operation, std::initializer_list<CFValue> arguments, Work work)
-    -> decltype(work()) {
-  const auto fault = scripted::Machine::current().journal.enter(operation, arguments);
-  if (fault.fails()) return fault.status;
-  return fault.nothing ? 0 : work();
-}
-
-std::int64_t number(std::size_t value) {
-  return static_cast<std::int64_t>(value);
-}
 
 std::string describe(const CMSampleTimingInfo& timing) {
   return scripted::describe(timing.duration) + " " +
@@ -28,14 +18,6 @@ std::string describe(const CMSampleTimingInfo& timing) {
 }
 
 }  // namespace
-
-CVReturn CVPixelBufferCreate(std::size_t width, std::size_t height, OSType format,
-                             const CFValue& attributes, Ref<CVPixelBuffer>& out) {
-  return unlessRefused(
-      "CVPixelBufferCreate",
-      {number(width), number(height), scripted::fourCharacters(format), attributes},
-      [&] { return portable::createPixelBuffer(width, height, format, out); });
-}
 
 OSStatus CMBlockBufferCreateWithMemoryBlock(std::size_t length, Ref<CMBlockBuffer>& out) {
   return unlessRefused("CMBlockBufferCreateWithMemoryBlock", {number(length)},
@@ -90,44 +72,6 @@ OSStatus CMSampleBufferCreateReadyWithImageBuffer(Ref<CVPixelBuffer> image,
   return unlessRefused("CMSampleBufferCreateReadyWithImageBuffer", {describe(timing)}, [&] {
     return portable::createImageSample(std::move(image), std::move(description), timing, out);
   });
-}
-
-OSStatus CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer(CMSampleBuffer& sample,
-                                                                 std::span<AudioBuffer> list,
-                                                                 std::size_t& count,
-                                                                 Ref<CMBlockBuffer>& block) {
-  return unlessRefused("CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer",
-                       {number(list.size())},
-                       [&] { return portable::audioBufferList(sample, list, count, block); });
-}
-
-vImage_Error vImageConvert_YpCbCrToARGB_GenerateConversion(const vImage_YpCbCrToARGBMatrix& matrix,
-                                                           const vImage_YpCbCrPixelRange& range,
-                                                           vImage_YpCbCrToARGB& out) {
-  const CFArray matrixEntries{matrix.Yp, matrix.Cr_R, matrix.Cr_G, matrix.Cb_G, matrix.Cb_B};
-  const CFArray rangeEntries{range.Yp_bias, range.CbCr_bias, range.YpRangeMax, range.CbCrRangeMax,
-                             range.YpMax,   range.YpMin,     range.CbCrMax,    range.CbCrMin};
-  return unlessRefused("vImageConvert_YpCbCrToARGB_GenerateConversion",
-                       {matrixEntries, rangeEntries},
-                       [&] { return portable::generateConversion(matrix, range, out); });
-}
-
-vImage_Error vImageConvert_420Yp8_CbCr8ToARGB8888(const vImage_Buffer& luma,
-                                                  const vImage_Buffer& chroma,
-                                                  const vImage_Buffer& destination,
-                                                  const vImage_YpCbCrToARGB& conversion,
-                                                  const std::array<std::uint8_t, 4>& permuteMap,
-                                                  std::uint8_t alpha) {
-  const auto size = [](const vImage_Buffer& image) {
-    return CFArray{number(image.width), number(image.height), number(image.rowBytes)};
-  };
-  CFArray order;
-  for (const int index : permuteMap) order.emplace_back(index);
-  return unlessRefused(
-      "vImageConvert_420Yp8_CbCr8ToARGB8888",
-      {size(luma), size(chroma), size(destination), order, std::int32_t{alpha}}, [&] {
-        return portable::convertToARGB(luma, chroma, destination, conversion, permuteMap, alpha);
-      });
 }
 
 }  // namespace vlm::platform

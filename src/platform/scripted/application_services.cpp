@@ -1,11 +1,21 @@
+#include "platform/application_services.h"
+
 #include <utility>
 
-#include "platform/application_services.h"
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/question.h"
 
 namespace vlm::platform {
 
 using scripted::Machine;
+
+bool AXIsProcessTrusted() {
+  return scripted::ask("AXIsProcessTrusted").isTrusted;
+}
+
+bool AXIsProcessTrustedWithOptions(const CFValue& options) {
+  const auto& stage = scripted::ask("AXIsProcessTrustedWithOptions", {options});
+  return stage.isTrusted || stage.grantsTrustOnPrompt;
+}
 
 Ref<AXUIElement> AXUIElementCreateApplication(std::int32_t pid) {
   auto& machine = Machine::current();
@@ -54,37 +64,4 @@ CFRunLoopSource& AXObserverGetRunLoopSource(AXObserver& observer) {
   return *observer.shared->source;
 }
 
-void CFRunLoopAddSourceToMain(CFRunLoopSource& source) {
-  Machine::current().journal.enter("CFRunLoopAddSource");
-  source.added = true;
-}
-
-void CFRunLoopRemoveSourceFromMain(CFRunLoopSource& source) {
-  Machine::current().journal.enter("CFRunLoopRemoveSource");
-  source.added = false;
-}
-
-namespace scripted {
-
-void DesktopStage::add(const std::shared_ptr<AXObserver::Shared>& observer) {
-  const MutexLock lock(mutex_);
-  observers_.push_back(observer);
-}
-
-void DesktopStage::notify(const std::string& name) {
-  const MutexLock lock(mutex_);
-  for (const auto& weak : observers_) {
-    Machine::current().mainQueue()->async([weak, name] {
-      const auto observer = weak.lock();
-      if (!observer || !observer->source->added) return;
-      {
-        const MutexLock namesLock(observer->mutex);
-        if (!observer->names.contains(name)) return;
-      }
-      observer->callback(name);
-    });
-  }
-}
-
-}  // namespace scripted
 }  // namespace vlm::platform

@@ -1,4 +1,4 @@
-#include "platform/scripted/journal.h"
+#include "platform/scripted/machine/journal.h"
 
 #include <cstdio>
 #include <new>

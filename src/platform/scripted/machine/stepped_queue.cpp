@@ -1,4 +1,4 @@
-#include "platform/scripted/stepped_queue.h"
+#include "platform/scripted/machine/stepped_queue.h"
 
 #include <algorithm>
 #include <cstdio>
