@@ -1,13 +1,7 @@
-// Media objects, pixel buffers and image conversion need nothing of the system: here no operation
-// is ever refused before it is tried.
+// Media objects need nothing of the system: no operation is ever refused before it is tried.
 #include "platform/portable/fallible.h"
 
 namespace vlm::platform {
-
-CVReturn CVPixelBufferCreate(std::size_t width, std::size_t height, OSType format, const CFValue&,
-                             Ref<CVPixelBuffer>& out) {
-  return portable::createPixelBuffer(width, height, format, out);
-}
 
 OSStatus CMBlockBufferCreateWithMemoryBlock(std::size_t length, Ref<CMBlockBuffer>& out) {
   return portable::createBlockBuffer(length, out);
@@ -46,28 +40,6 @@ OSStatus CMSampleBufferCreateReadyWithImageBuffer(Ref<CVPixelBuffer> image,
                                                   const CMSampleTimingInfo& timing,
                                                   Ref<CMSampleBuffer>& out) {
   return portable::createImageSample(std::move(image), std::move(description), timing, out);
-}
-
-OSStatus CMSampleBufferGetAudioBufferListWithRetainedBlockBuffer(CMSampleBuffer& sample,
-                                                                 std::span<AudioBuffer> list,
-                                                                 std::size_t& count,
-                                                                 Ref<CMBlockBuffer>& block) {
-  return portable::audioBufferList(sample, list, count, block);
-}
-
-vImage_Error vImageConvert_YpCbCrToARGB_GenerateConversion(const vImage_YpCbCrToARGBMatrix& matrix,
-                                                           const vImage_YpCbCrPixelRange& range,
-                                                           vImage_YpCbCrToARGB& out) {
-  return portable::generateConversion(matrix, range, out);
-}
-
-vImage_Error vImageConvert_420Yp8_CbCr8ToARGB8888(const vImage_Buffer& luma,
-                                                  const vImage_Buffer& chroma,
-                                                  const vImage_Buffer& destination,
-                                                  const vImage_YpCbCrToARGB& conversion,
-                                                  const std::array<std::uint8_t, 4>& permuteMap,
-                                                  std::uint8_t alpha) {
-  return portable::convertToARGB(luma, chroma, destination, conversion, permuteMap, alpha);
 }
 
 }  // namespace vlm::platform

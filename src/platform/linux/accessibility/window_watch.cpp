@@ -1,4 +1,4 @@
-#include "platform/linux/desktop/observer.h"
+#include "platform/linux/accessibility/window_watch.h"
 
 #include <optional>
 #include <utility>
@@ -8,8 +8,7 @@
 #include "platform/linux/x11/event.h"
 #include "platform/linux/x11/reply.h"
 
-namespace vlm::platform {
-namespace desktop {
+namespace vlm::platform::accessibility {
 namespace {
 
 void select(const x11::Connection& connection, xcb_window_t window, std::uint32_t events) {
@@ -156,29 +155,4 @@ void WindowWatch::tell(std::string_view notification) {
   if (wanted_.contains(notification)) toTell_.push_back(notification);
 }
 
-}  // namespace desktop
-
-AXObserver::AXObserver(std::shared_ptr<desktop::WindowWatch> shared)
-    : watch(std::move(shared)),
-      // The loop may still run the source while the observer goes.
-      source(makeRef<CFRunLoopSource>(watch->descriptor(),
-                                      [keptAlive = watch] { return keptAlive->readEvents(); })) {}
-
-AXError AXObserverCreate(std::int32_t pid, AXObserverCallback callback, Ref<AXObserver>& out) {
-  auto watch = desktop::WindowWatch::make(pid, std::move(callback));
-  if (!watch) return kAXErrorCannotComplete;
-  out = makeRef<AXObserver>(std::move(watch));
-  return kAXErrorSuccess;
-}
-
-AXError AXObserverAddNotification(AXObserver& observer, AXUIElement&,
-                                  std::string_view notification) {
-  observer.watch->want(notification);
-  return kAXErrorSuccess;
-}
-
-CFRunLoopSource& AXObserverGetRunLoopSource(AXObserver& observer) {
-  return *observer.source;
-}
-
-}  // namespace vlm::platform
+}  // namespace vlm::platform::accessibility

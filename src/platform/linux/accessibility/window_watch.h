@@ -9,15 +9,11 @@
 #include <vector>
 
 #include "platform/application_services.h"
-#include "platform/linux/desktop/run_loop.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/window_list.h"
 #include "platform/linux/x11/window_request.h"
-#include "platform/portable/object.h"
 
-namespace vlm::platform {
-
-namespace desktop {
+namespace vlm::platform::accessibility {
 
 // Watches one process's windows over a connection of its own and tells what happened to them. All
 // but the making runs on the main thread.
@@ -69,14 +65,4 @@ class WindowWatch {
   std::vector<std::string_view> toTell_;
 };
 
-}  // namespace desktop
-
-class AXObserver : public Object {
- public:
-  explicit AXObserver(std::shared_ptr<desktop::WindowWatch> watch);
-
-  std::shared_ptr<desktop::WindowWatch> watch;
-  Ref<CFRunLoopSource> source;
-};
-
-}  // namespace vlm::platform
+}  // namespace vlm::platform::accessibility

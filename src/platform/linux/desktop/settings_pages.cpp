@@ -1,3 +1,5 @@
+#include "platform/linux/desktop/settings_pages.h"
+
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
@@ -8,12 +10,10 @@
 #include <string_view>
 
 #include "platform/app_kit.h"
-#include "platform/linux/desktop/display.h"
 #include "platform/linux/glib/deadline.h"
 #include "platform/linux/glib/session_bus.h"
-#include "platform/linux/x11/window_list.h"
 
-namespace vlm::platform {
+namespace vlm::platform::desktop {
 namespace {
 
 // The desktops' own settings pages, the most telling first. None has a page for recording the
@@ -66,13 +66,7 @@ bool openSettings(std::string_view anchor) {
 
 }  // namespace
 
-std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
-  std::string url(text);
-  if (g_uri_is_valid(url.c_str(), G_URI_FLAGS_NONE, nullptr) == FALSE) return std::nullopt;
-  return NSURL{std::move(url)};
-}
-
-bool NSWorkspace::openURL(const NSURL& url) {
+bool open(const NSURL& url) {
   const LaunchingBus bus;
   if (!bus.answers()) return false;
   const std::string_view text = url.absoluteString;
@@ -83,40 +77,4 @@ bool NSWorkspace::openURL(const NSURL& url) {
   return g_app_info_launch_default_for_uri(url.absoluteString.c_str(), nullptr, nullptr) != FALSE;
 }
 
-namespace {
-
-std::optional<NSRunningApplication> applicationOf(const x11::Window& window) {
-  if (window.processId == 0) return std::nullopt;
-  return NSRunningApplication{window.className, window.processId};
-}
-
-}  // namespace
-
-std::vector<NSRunningApplication> NSWorkspace::runningApplications() {
-  using Answer = std::vector<NSRunningApplication>;
-  return desktop::Display::shared().with<Answer>({}, [](const x11::Connection& connection) {
-    Answer applications;
-    for (const auto& window : x11::listManagedWindows(connection)) {
-      const auto application = applicationOf(window);
-      const auto isSame = [&](const NSRunningApplication& each) {
-        return application && each.processIdentifier == application->processIdentifier &&
-               each.bundleIdentifier == application->bundleIdentifier;
-      };
-      if (application && std::ranges::none_of(applications, isSame)) {
-        applications.push_back(*application);
-      }
-    }
-    return applications;
-  });
-}
-
-std::optional<NSRunningApplication> NSWorkspace::frontmostApplication() {
-  using Answer = std::optional<NSRunningApplication>;
-  return desktop::Display::shared().with<Answer>({}, [](const x11::Connection& connection) {
-    const auto active = x11::activeWindow(connection);
-    const auto window = active == XCB_NONE ? std::nullopt : x11::describeWindow(connection, active);
-    return window ? applicationOf(*window) : Answer();
-  });
-}
-
-}  // namespace vlm::platform
+}  // namespace vlm::platform::desktop

@@ -1,10 +1,10 @@
-#include "platform/linux/desktop/run_loop.h"
+#include "platform/linux/glib/descriptor_source.h"
 
 #include <glib-unix.h>
 
 #include <utility>
 
-namespace vlm::platform {
+namespace vlm::platform::glib {
 namespace {
 
 void releaseSource(gpointer source) {
@@ -13,9 +13,9 @@ void releaseSource(gpointer source) {
 
 }  // namespace
 
-gboolean CFRunLoopSource::dispatch(gint, GIOCondition condition, gpointer self) {
+gboolean DescriptorSource::dispatch(gint, GIOCondition condition, gpointer self) {
   g_source_set_ready_time(g_main_current_source(), -1);
-  auto& source = *static_cast<CFRunLoopSource*>(self);
+  auto& source = *static_cast<DescriptorSource*>(self);
   {
     // What the adding thread made is handed over by a lock that can be seen, beside GLib's own.
     const MutexLock lock(source.mutex_);
@@ -26,7 +26,7 @@ gboolean CFRunLoopSource::dispatch(gint, GIOCondition condition, gpointer self) 
   return (condition & (G_IO_HUP | G_IO_ERR)) == 0 ? G_SOURCE_CONTINUE : G_SOURCE_REMOVE;
 }
 
-void CFRunLoopSource::add() {
+void DescriptorSource::add() {
   const MutexLock lock(mutex_);
   if (source_ != nullptr) return;
   source_ =
@@ -39,7 +39,7 @@ void CFRunLoopSource::add() {
   g_source_attach(source_, nullptr);
 }
 
-void CFRunLoopSource::remove() {
+void DescriptorSource::remove() {
   GSource* source = nullptr;
   {
     const MutexLock lock(mutex_);
@@ -50,12 +50,4 @@ void CFRunLoopSource::remove() {
   g_source_unref(source);
 }
 
-void CFRunLoopAddSourceToMain(CFRunLoopSource& source) {
-  source.add();
-}
-
-void CFRunLoopRemoveSourceFromMain(CFRunLoopSource& source) {
-  source.remove();
-}
-
-}  // namespace vlm::platform
+}  // namespace vlm::platform::glib

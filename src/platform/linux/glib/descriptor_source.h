@@ -4,20 +4,19 @@
 
 #include <functional>
 
-#include "platform/core_foundation.h"
 #include "platform/mutex.h"
 #include "platform/portable/object.h"
 
-namespace vlm::platform {
+namespace vlm::platform::glib {
 
 // A file descriptor that the main loop watches while the source is added. `ready` runs on the main
 // thread whenever there is something to read, and once more when it returns true, after others had
 // their turn. A source can be added and taken away again and again; it is taken away when it goes.
-class CFRunLoopSource : public Object {
+class DescriptorSource : public Object {
  public:
-  CFRunLoopSource(int descriptor, std::function<bool()> ready)
+  DescriptorSource(int descriptor, std::function<bool()> ready)
       : descriptor_(descriptor), ready_(std::move(ready)) {}
-  ~CFRunLoopSource() override { remove(); }
+  ~DescriptorSource() override { remove(); }
 
   void add() VLM_EXCLUDES(mutex_);
   void remove() VLM_EXCLUDES(mutex_);
@@ -31,4 +30,4 @@ class CFRunLoopSource : public Object {
   GSource* source_ VLM_GUARDED_BY(mutex_) = nullptr;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::glib

@@ -1,3 +1,5 @@
+#include "platform/linux/input/key_monitors.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -7,16 +9,15 @@
 #include <utility>
 #include <vector>
 
-#include "platform/app_kit.h"
-#include "platform/linux/desktop/display.h"
 #include "platform/linux/input/key_recorder.h"
 #include "platform/linux/input/keyboard.h"
+#include "platform/linux/x11/display.h"
 #include "platform/linux/x11/window_list.h"
 
-namespace vlm::platform {
+namespace vlm::platform::input {
 namespace {
 
-using desktop::Display;
+using x11::Display;
 
 struct Monitor final : NSEventMonitor {
   Monitor(bool isLocal, std::function<void(const NSEvent&)> whenPressed)
@@ -31,7 +32,7 @@ struct Monitor final : NSEventMonitor {
 std::optional<NSEvent> keyPress(xcb_keycode_t keycode) {
   using Answer = std::optional<NSEvent>;
   return Display::shared().with<Answer>(std::nullopt, [&](const x11::Connection& connection) {
-    const auto keyboard = input::Keyboard::ask(connection);
+    const auto keyboard = Keyboard::ask(connection);
     if (!keyboard || keyboard->isModifier(keycode)) return Answer();
     const auto macKeyCode = keyboard->macKeyCodeOf(keycode);
     return macKeyCode ? Answer(NSEvent{*macKeyCode}) : Answer();
@@ -59,7 +60,7 @@ class Monitors {
 
   std::shared_ptr<Monitor> add(bool local, std::function<void(const NSEvent&)> handler) {
     if (!recorder_) {
-      recorder_ = input::KeyRecorder::start([this](xcb_keycode_t keycode) { tell(keycode); });
+      recorder_ = KeyRecorder::start([this](xcb_keycode_t keycode) { tell(keycode); });
       if (!recorder_) return nullptr;
     }
     all_.push_back(std::make_shared<Monitor>(local, std::move(handler)));
@@ -84,30 +85,18 @@ class Monitors {
   }
 
   std::vector<std::shared_ptr<Monitor>> all_;
-  std::unique_ptr<input::KeyRecorder> recorder_;
+  std::unique_ptr<KeyRecorder> recorder_;
 };
-
-std::shared_ptr<NSEventMonitor> watch(NSEventMask mask, bool local,
-                                      std::function<void(const NSEvent&)> handler) {
-  return mask == NSEventMaskKeyDown ? Monitors::shared().add(local, std::move(handler)) : nullptr;
-}
 
 }  // namespace
 
-std::shared_ptr<NSEventMonitor> NSEventMonitor::addGlobalMonitorForEventsMatchingMask(
-    NSEventMask mask, std::function<void(const NSEvent&)> handler) {
-  return watch(mask, false, std::move(handler));
+std::shared_ptr<NSEventMonitor> addKeyMonitor(bool local,
+                                              std::function<void(const NSEvent&)> handler) {
+  return Monitors::shared().add(local, std::move(handler));
 }
 
-// What is recorded has been delivered already: the event goes on whatever the handler returns.
-std::shared_ptr<NSEventMonitor> NSEventMonitor::addLocalMonitorForEventsMatchingMask(
-    NSEventMask mask, std::function<const NSEvent*(const NSEvent&)> handler) {
-  return watch(mask, true,
-               [handler = std::move(handler)](const NSEvent& event) { handler(event); });
+void removeKeyMonitor(NSEventMonitor& monitor) {
+  if (auto* ours = dynamic_cast<Monitor*>(&monitor)) Monitors::shared().remove(*ours);
 }
 
-void NSEventMonitor::removeMonitor(const std::shared_ptr<NSEventMonitor>& monitor) {
-  if (auto* ours = dynamic_cast<Monitor*>(monitor.get())) Monitors::shared().remove(*ours);
-}
-
-}  // namespace vlm::platform
+}  // namespace vlm::platform::input

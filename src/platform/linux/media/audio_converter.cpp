@@ -1,3 +1,5 @@
+#include "platform/linux/media/audio_converter.h"
+
 extern "C" {
 #include <libavutil/opt.h>
 }
@@ -6,10 +8,9 @@ extern "C" {
 #include <utility>
 #include <vector>
 
-#include "platform/avf_audio.h"
-#include "platform/linux/libav.h"
+#include "platform/linux/media/libav.h"
 
-namespace vlm::platform {
+namespace vlm::platform::media {
 namespace {
 
 // Of a buffer, as far as the resampler can see.
@@ -97,10 +98,10 @@ class Converter final : public AVAudioConverter {
 
 }  // namespace
 
-std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(const AVAudioFormat& from,
-                                                                   const AVAudioFormat& to) {
+std::shared_ptr<AVAudioConverter> makeAudioConverter(const AVAudioFormat& from,
+                                                     const AVAudioFormat& to) {
   auto resampler = makeResampler(from, to);
   return resampler ? std::make_shared<Converter>(std::move(resampler), from) : nullptr;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::media

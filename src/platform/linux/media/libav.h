@@ -11,7 +11,7 @@ extern "C" {
 }
 
 // Owners of libav's objects, and what concerns all of its codecs.
-namespace vlm::platform {
+namespace vlm::platform::media {
 
 // Its own lines would stand in the host's log; what is wrong with a stream is told by results.
 inline void silence(AVCodecContext& context) {
@@ -34,4 +34,4 @@ using AVPacketPtr = std::unique_ptr<AVPacket, FreeLibav>;
 using SwrContextPtr = std::unique_ptr<SwrContext, FreeLibav>;
 using SwsContextPtr = std::unique_ptr<SwsContext, FreeLibav>;
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::media

@@ -4,7 +4,7 @@
 
 #include "platform/portable/pixel_buffer.h"
 
-namespace vlm::platform {
+namespace vlm::platform::media {
 
 // What the samples of a picture in YCbCr stand for.
 struct YCbCrEncoding {
@@ -28,4 +28,4 @@ inline const libyuv::YuvConstants& yuvConstants(const YCbCrEncoding& encoding) {
   }
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::media

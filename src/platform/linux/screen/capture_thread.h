@@ -5,8 +5,8 @@
 #include <optional>
 #include <thread>
 
-#include "platform/linux/content_filter.h"
 #include "platform/linux/screen/capture_loop.h"
+#include "platform/linux/screen/content_filter.h"
 #include "platform/screen_capture_kit.h"
 
 namespace vlm::platform::screen {

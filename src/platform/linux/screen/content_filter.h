@@ -7,7 +7,7 @@
 
 #include "platform/screen_capture_kit.h"
 
-namespace vlm::platform {
+namespace vlm::platform::screen {
 
 struct WindowTarget {
   std::uint32_t windowID = 0;
@@ -37,4 +37,4 @@ class ContentFilter final : public SCContentFilter {
   const CGRect contentRect_;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::screen

@@ -1,3 +1,5 @@
+#include "platform/linux/screen/shareable_content.h"
+
 #include <map>
 #include <utility>
 
@@ -5,9 +7,8 @@
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/monitors.h"
 #include "platform/linux/x11/window_list.h"
-#include "platform/screen_capture_kit.h"
 
-namespace vlm::platform {
+namespace vlm::platform::screen {
 namespace {
 
 using Applications =
@@ -34,7 +35,7 @@ void addWindows(const x11::Connection& connection, bool onScreenOnly, SCShareabl
     auto application = applicationOf(window, content, known);
     if (onScreenOnly && !window.isOnScreen) continue;
     content.windows.push_back(std::make_shared<SCWindow>(
-        SCWindow{window.id, window.title, screen::pointsOf(window.frame), std::move(application)}));
+        SCWindow{window.id, window.title, pointsOf(window.frame), std::move(application)}));
   }
 }
 
@@ -44,28 +45,17 @@ std::shared_ptr<const SCShareableContent> contentOf(const x11::Connection& conne
   addWindows(connection, onScreenOnly, *content);
   for (const auto& monitor : x11::listMonitors(connection)) {
     content->displays.push_back(
-        std::make_shared<SCDisplay>(SCDisplay{monitor.id, screen::pointsOf(monitor.frame)}));
+        std::make_shared<SCDisplay>(SCDisplay{monitor.id, pointsOf(monitor.frame)}));
   }
   return connection.isLost() ? nullptr : content;
 }
 
 }  // namespace
 
-void SCShareableContent::getShareableContentExcludingDesktopWindows(bool, bool onScreenWindowsOnly,
-                                                                    Handler handler) {
-  // Desktop windows are windows like others here; nobody asks for them to be left out.
-  std::shared_ptr<const SCShareableContent> content;
-  {
-    const x11::BrokenPipeGuard guard;
-    if (const auto connection = x11::Connection::open()) {
-      content = contentOf(*connection, onScreenWindowsOnly);
-    }
-  }
-  if (content) {
-    handler(std::move(content), std::nullopt);
-  } else {
-    handler(nullptr, NSError{"the X server can't be reached"});
-  }
+std::shared_ptr<const SCShareableContent> currentContent(bool onScreenWindowsOnly) {
+  const x11::BrokenPipeGuard guard;
+  const auto connection = x11::Connection::open();
+  return connection ? contentOf(*connection, onScreenWindowsOnly) : nullptr;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::screen

@@ -1,3 +1,5 @@
+#include "platform/linux/screen/stream.h"
+
 #include <chrono>
 #include <exception>
 #include <memory>
@@ -10,9 +12,8 @@
 #include "platform/linux/screen/capture_thread.h"
 #include "platform/mutex.h"
 #include "platform/portable/media.h"
-#include "platform/screen_capture_kit.h"
 
-namespace vlm::platform {
+namespace vlm::platform::screen {
 namespace {
 
 // A receiver of samples of one type and the queue that it wants them on.
@@ -32,7 +33,7 @@ CMTime mediaTime(std::chrono::steady_clock::time_point time) {
   return CMTimeMake(std::chrono::nanoseconds(time.time_since_epoch()).count(), kNanoseconds);
 }
 
-Ref<CMSampleBuffer> sampleOf(Ref<CVPixelBuffer> picture, screen::Clock::time_point time) {
+Ref<CMSampleBuffer> sampleOf(Ref<CVPixelBuffer> picture, Clock::time_point time) {
   CMSampleTimingInfo timing;
   timing.presentationTimeStamp = mediaTime(time);
   Ref<CMFormatDescription> description;
@@ -77,7 +78,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
   }
 
   void stopCaptureWithCompletionHandler(CompletionHandler handler) override {
-    std::unique_ptr<screen::CaptureThread> thread;
+    std::unique_ptr<CaptureThread> thread;
     {
       MutexLock lock(mutex_);
       thread = std::move(thread_);
@@ -92,8 +93,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
   bool start(const CompletionHandler& handler) {
     MutexLock lock(mutex_);
     if (thread_) return false;
-    thread_ = std::make_unique<screen::CaptureThread>(filter_, configuration_,
-                                                      handlers(handler, outputs_));
+    thread_ = std::make_unique<CaptureThread>(filter_, configuration_, handlers(handler, outputs_));
     return true;
   }
 
@@ -149,7 +149,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
         });
   }
 
-  screen::CaptureThread::Handlers handlers(CompletionHandler started, std::vector<Output> outputs) {
+  CaptureThread::Handlers handlers(CompletionHandler started, std::vector<Output> outputs) {
     const auto self = weak_from_this();
     return {.started =
                 [self, started = std::move(started)](std::optional<NSError> error) {
@@ -159,7 +159,7 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
                 },
             .picture =
                 [self, outputs = std::move(outputs)](Ref<CVPixelBuffer> picture,
-                                                     screen::Clock::time_point time) {
+                                                     Clock::time_point time) {
                   if (auto sample = sampleOf(std::move(picture), time)) {
                     submit(self, outputs, SCStreamOutputType::screen, sample);
                   }
@@ -192,18 +192,16 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
 
   Mutex mutex_;
   std::vector<Output> outputs_ VLM_GUARDED_BY(mutex_);
-  std::unique_ptr<screen::CaptureThread> thread_ VLM_GUARDED_BY(mutex_);
+  std::unique_ptr<CaptureThread> thread_ VLM_GUARDED_BY(mutex_);
   std::unique_ptr<pulse::SystemAudio> audio_ VLM_GUARDED_BY(mutex_);
 };
 
 }  // namespace
 
-std::shared_ptr<SCStream> SCStream::initWithFilter(std::shared_ptr<const SCContentFilter> filter,
-                                                   const SCStreamConfiguration& configuration,
-                                                   std::weak_ptr<SCStreamDelegate> delegate) {
-  // Every filter of this platform is of its own making.
-  return std::make_shared<ScreenStream>(std::static_pointer_cast<const ContentFilter>(filter),
-                                        configuration, std::move(delegate));
+std::shared_ptr<SCStream> makeStream(std::shared_ptr<const ContentFilter> filter,
+                                     const SCStreamConfiguration& configuration,
+                                     std::weak_ptr<SCStreamDelegate> delegate) {
+  return std::make_shared<ScreenStream>(std::move(filter), configuration, std::move(delegate));
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::screen

@@ -1,9 +1,9 @@
-#include "platform/linux/secret_service.h"
+#include "platform/linux/secrets/conversation.h"
 
 #include "platform/linux/glib/session_bus.h"
 #include "platform/security.h"
 
-namespace vlm::platform::linux_secrets {
+namespace vlm::platform::secrets {
 namespace {
 
 // Leaves room for everything else within the second that a caller may have to wait.
@@ -99,4 +99,4 @@ OSStatus Conversation::remove(SecretItem* item) {
   return removed ? errSecSuccess : fail(errSecNotAvailable);
 }
 
-}  // namespace vlm::platform::linux_secrets
+}  // namespace vlm::platform::secrets

@@ -10,7 +10,7 @@
 #include "platform/linux/glib/deadline.h"
 #include "platform/linux/glib/handles.h"
 
-namespace vlm::platform::linux_secrets {
+namespace vlm::platform::secrets {
 
 // One conversation with the Secret Service, short enough to end within a second whatever the
 // service does. It never lets the service ask a person: a keyring that is locked stays so.
@@ -36,4 +36,4 @@ class Conversation {
   OSStatus status_;
 };
 
-}  // namespace vlm::platform::linux_secrets
+}  // namespace vlm::platform::secrets

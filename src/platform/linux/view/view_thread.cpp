@@ -9,7 +9,7 @@
 
 #include "platform/linux/view/view_renderer.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 namespace {
 
 // The host's signals are handled on the host's threads, and writing to a lost server is an error
@@ -117,4 +117,4 @@ void ViewThread::sleep(const ViewRenderer& renderer) const {
   poll(sources.data(), sources.size(), -1);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

@@ -12,7 +12,7 @@
 #include "platform/linux/x11/connection.h"
 #include "platform/mutex.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 class ViewRenderer;
 
@@ -61,4 +61,4 @@ class ViewThread {
   std::thread thread_;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

@@ -1,10 +1,10 @@
-#include "platform/linux/desktop/display.h"
+#include "platform/linux/x11/display.h"
 
 #include <cstdlib>
 
 #include "platform/linux/x11/reply.h"
 
-namespace vlm::platform::desktop {
+namespace vlm::platform::x11 {
 namespace {
 
 std::string displayName() {
@@ -14,8 +14,8 @@ std::string displayName() {
 
 // What nobody waits for here, errors of requests without an answer above all, would pile up. Also
 // notices that the server has gone.
-void dropEvents(const x11::Connection& connection) {
-  while (const x11::Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection.get())}) {
+void dropEvents(const Connection& connection) {
+  while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection.get())}) {
   }
 }
 
@@ -27,15 +27,15 @@ Display& Display::shared() {
   return *display;
 }
 
-const x11::Connection* Display::ready() {
+const Connection* Display::ready() {
   if (connection_) dropEvents(*connection_);
   auto name = displayName();
   if (!connection_ || connection_->isLost() || name != name_) {
     name_ = std::move(name);
-    connection_ = x11::Connection::open();
+    connection_ = Connection::open();
     ++generation_;
   }
   return connection_.get();
 }
 
-}  // namespace vlm::platform::desktop
+}  // namespace vlm::platform::x11

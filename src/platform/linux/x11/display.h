@@ -9,7 +9,7 @@
 #include "platform/linux/x11/connection.h"
 #include "platform/mutex.h"
 
-namespace vlm::platform::desktop {
+namespace vlm::platform::x11 {
 
 // The process's one connection for short questions and posted events, from any thread. It is made
 // on first use, and anew after the server was lost or DISPLAY has come to name another.
@@ -23,10 +23,10 @@ class Display {
   template <class Result, class Work>
   Result with(Result otherwise, Work&& work) VLM_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
-    const x11::BrokenPipeGuard guard;
+    const BrokenPipeGuard guard;
     const auto* connection = ready();
     if (connection == nullptr) return otherwise;
-    if constexpr (std::is_invocable_v<Work, const x11::Connection&, unsigned>) {
+    if constexpr (std::is_invocable_v<Work, const Connection&, unsigned>) {
       return std::forward<Work>(work)(*connection, generation_);
     } else {
       return std::forward<Work>(work)(*connection);
@@ -34,12 +34,12 @@ class Display {
   }
 
  private:
-  const x11::Connection* ready() VLM_REQUIRES(mutex_);
+  const Connection* ready() VLM_REQUIRES(mutex_);
 
   Mutex mutex_;
   std::string name_ VLM_GUARDED_BY(mutex_);
-  std::unique_ptr<x11::Connection> connection_ VLM_GUARDED_BY(mutex_);
+  std::unique_ptr<Connection> connection_ VLM_GUARDED_BY(mutex_);
   unsigned generation_ VLM_GUARDED_BY(mutex_) = 0;
 };
 
-}  // namespace vlm::platform::desktop
+}  // namespace vlm::platform::x11
