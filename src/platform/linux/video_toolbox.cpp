@@ -11,6 +11,7 @@
 #include "platform/linux/h264/encoding_line.h"
 #include "platform/portable/media.h"
 #include "platform/portable/object.h"
+#include "platform/portable/thread_names.h"
 
 namespace vlm::platform {
 namespace {
@@ -45,7 +46,7 @@ class VTCompressionSession final : public Object {
       : width(frameWidth),
         height(frameHeight),
         line(std::make_shared<h264::EncodingLine>(frameWidth, frameHeight, lowLatency)),
-        queue(dispatch_queue_create("vlm.encoder", DispatchQoS::userInteractive)) {}
+        queue(dispatch_queue_create(thread_names::kEncoder, DispatchQoS::userInteractive)) {}
 
   // The frames' size.
   const std::size_t width;

@@ -9,6 +9,7 @@
 #include "platform/linux/h264/avc_decoder.h"
 #include "platform/linux/h264/decoded_picture.h"
 #include "platform/mutex.h"
+#include "platform/portable/thread_names.h"
 #include "platform/video_toolbox.h"
 
 namespace vlm::platform::h264 {
@@ -48,7 +49,7 @@ class SampleDecoder {
 struct DecodingLine {
   Backlog backlog;
   const std::shared_ptr<DispatchQueue> queue =
-      dispatch_queue_create("vlm.decoder", DispatchQoS::userInteractive);
+      dispatch_queue_create(thread_names::kDecoder, DispatchQoS::userInteractive);
 };
 
 }  // namespace vlm::platform::h264
