@@ -64,6 +64,11 @@
 #if defined(_WIN32)
 #error "VelmoraMacNative has no Windows build"
 #endif
+/* The release that this header belongs to; vlm_abi_version says which interface is loaded. */
+#define VLM_VERSION_MAJOR 3
+#define VLM_VERSION_MINOR 0
+#define VLM_VERSION_PATCH 0
+
 #define VLM_API __attribute__((visibility("default")))
 
 #ifdef __cplusplus

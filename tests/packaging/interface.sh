@@ -37,6 +37,10 @@ if [[ -n $library ]]; then
     "$declared"
 fi
 
+version=$(sed -nE 's/^#define VLM_VERSION_(MAJOR|MINOR|PATCH) ([0-9]+)$/\2/p' "$header" | paste -sd .)
+grep -q "^project(VelmoraMacNative VERSION $version " "$source_dir/CMakeLists.txt" ||
+  { echo "the header says version $version, CMakeLists.txt another one" >&2; failed=1; }
+
 # The block of comment that ends right above a declaration has each heading once, in order.
 awk '
   /^\/\*/ { headings = "" }
