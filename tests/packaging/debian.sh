@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The Debian packages serve a root of their own: debian.sh PACKAGE_DIR SOURCE_DIR.
+# The Debian packages, unpacked into an empty root: debian.sh PACKAGE_DIR SOURCE_DIR.
 # Their dependencies come from this system; their own files are looked for in that root alone. Scripts
 # of the packages do not run: they need a whole system in the root.
 set -euo pipefail

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The boundary is told in five places that must agree: interface.sh SOURCE_DIR [LIBRARY].
+# The boundary is described in five places that must agree: interface.sh SOURCE_DIR [LIBRARY].
 set -euo pipefail
 export LC_ALL=C
 source_dir=$1 library=${2:-}

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # What the README shows works to the letter: readme.sh BUILD_DIR SOURCE_DIR. Its C program is built
-# with its own commands, in a home of its own, and shares a private display.
+# with its own commands, in an empty home, and shares a private display.
 set -euo pipefail
 build=$1 source=$2
 work=$(mktemp -d)
