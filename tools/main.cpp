@@ -12,9 +12,9 @@ namespace {
 using namespace vlm::tools;
 
 constexpr void (*kCommands[])(CLI::App& program, Job& chosen) = {
-    addLoopback, addRecord,    addPlay,    addFindWindow, addWindows,     addBounds,
-    addTrack,    addType,      addPointer, addHotkeys,    addDevices,     addMic,
-    addTone,     addPlaySound, addSecret,  addMachineId,  addPermissions,
+    addLoopback, addRecord, addPlay,      addDisplays, addFindWindow, addWindows,
+    addBounds,   addTrack,  addType,      addPointer,  addHotkeys,    addDevices,
+    addMic,      addTone,   addPlaySound, addSecret,   addMachineId,  addPermissions,
 };
 
 constexpr int kUsageError = 2;
