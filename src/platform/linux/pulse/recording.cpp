@@ -1,6 +1,7 @@
 #include "platform/linux/pulse/recording.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 
 namespace vlm::platform::pulse {
@@ -11,11 +12,37 @@ pa_sample_spec specOf(const AVAudioFormat& format) {
           static_cast<std::uint8_t>(format.channelCount)};
 }
 
+media::ChannelPlace placeOf(pa_channel_position_t position) {
+  using enum media::ChannelPlace;
+  switch (position) {
+    case PA_CHANNEL_POSITION_MONO:
+    case PA_CHANNEL_POSITION_FRONT_CENTER:
+      return centre;
+    case PA_CHANNEL_POSITION_FRONT_LEFT:
+    case PA_CHANNEL_POSITION_FRONT_RIGHT:
+    case PA_CHANNEL_POSITION_FRONT_LEFT_OF_CENTER:
+    case PA_CHANNEL_POSITION_FRONT_RIGHT_OF_CENTER:
+      return front;
+    default:
+      return position >= PA_CHANNEL_POSITION_AUX0 && position <= PA_CHANNEL_POSITION_AUX31 ? nowhere
+                                                                                           : other;
+  }
+}
+
+media::ChannelPlaces placesOf(const pa_channel_map& channels) {
+  media::ChannelPlaces places;
+  for (const auto position : std::span(channels.map).first(channels.channels)) {
+    places.push_back(placeOf(position));
+  }
+  return places;
+}
+
 }  // namespace
 
 Recording::Recording(Connection& connection, RecordingSource source, Tap tap)
     : connection_(connection),
       source_(std::move(source)),
+      places_(placesOf(source_.channels)),
       tap_(std::move(tap)),
       filling_(AVAudioPCMBuffer::initWithPCMFormat(tap_.format, tap_.frames)) {}
 
@@ -147,8 +174,9 @@ void Recording::append(const float* samples, std::size_t frames) {
 }
 
 void Recording::handOver() {
-  tap_.block(
-      std::exchange(filling_, AVAudioPCMBuffer::initWithPCMFormat(tap_.format, tap_.frames)));
+  auto full =
+      std::exchange(filling_, AVAudioPCMBuffer::initWithPCMFormat(tap_.format, tap_.frames));
+  tap_.block(std::make_shared<media::PlacedBuffer>(std::move(full), places_));
 }
 
 }  // namespace vlm::platform::pulse

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/avf_audio.h"
+#include "platform/linux/media/channel_places.h"
 #include "platform/linux/pulse/connection.h"
 #include "platform/linux/pulse/repeating_timer.h"
 
@@ -53,6 +54,7 @@ class Recording : public std::enable_shared_from_this<Recording> {
 
   Connection& connection_;
   const RecordingSource source_;
+  const media::ChannelPlaces places_;
   const Tap tap_;
   std::shared_ptr<AVAudioPCMBuffer> filling_;
   // Set before the lock is asked for: the connection's thread, which is in blocks without a pause
