@@ -20,11 +20,12 @@ CLI::App& addCommand(CLI::App& program, Job& chosen, const std::string& name,
   return *command;
 }
 
-// Each command in a file of its own.
+// One file for each command.
 void addLoopback(CLI::App& program, Job& chosen);
 void addRecord(CLI::App& program, Job& chosen);
 void addPlay(CLI::App& program, Job& chosen);
 void addFindWindow(CLI::App& program, Job& chosen);
+void addDisplays(CLI::App& program, Job& chosen);
 void addWindows(CLI::App& program, Job& chosen);
 void addBounds(CLI::App& program, Job& chosen);
 void addTrack(CLI::App& program, Job& chosen);

@@ -39,8 +39,8 @@ class NSView : public std::enable_shared_from_this<NSView> {
   std::optional<double> windowBackingScaleFactor() const;
   void removeFromSuperview();
 
-  // What the host is given to place the view with: the platform's own view, or what stands for
-  // it. Lives as long as the view.
+  // What the host is given to place the view with: the platform's own view, or a
+  // pointer that represents it. Lives as long as the view.
   void* hostPointer() const;
 
  protected:
