@@ -40,7 +40,7 @@ class NSView : public std::enable_shared_from_this<NSView> {
   void removeFromSuperview();
 
   // What the host is given to place the view with: the platform's own view, or what stands for
-  // it. Lives as long as the view.
+  // it. Lives as long as the view; what stands for it is up to date when this returns.
   void* hostPointer() const;
 
  protected:
