@@ -50,10 +50,16 @@
  *
  *   The main thread is the process's first thread, and the main loop is GLib's default main
  *   context: a host with GTK or Qt runs it already, any other host iterates it (or runs a
- *   GMainLoop on it) on that thread. One point is one pixel. A window id is the X11 window's id,
- *   a bundle identifier is the class part of the window's WM_CLASS. Calls that ask the X server or
- *   make a view wait while the server stands still; the sound server and the keyring get a few
- *   seconds.
+ *   GMainLoop on it) on that thread. examples/main_loop_poll.c shows how a host with a poll() of
+ *   its own sleeps until that context has work. One point is one pixel. A window id is the X11
+ * window's id, a bundle identifier is the class part of the window's WM_CLASS. Calls that ask the X
+ * server or make a view wait while the server stands still; the sound server and the keyring get a
+ * few seconds.
+ *
+ *   A host that wants the log's lines sets a function void (*)(const char* line) of its own:
+ *   g_dataset_set_data(g_main_context_default(), "VelmoraMacNative.log", (gpointer)function).
+ *   It is called on any thread, must not call the library, and replaces the line on standard
+ *   error. NULL brings that back.
  */
 #ifndef VELMORA_MAC_NATIVE_H
 #define VELMORA_MAC_NATIVE_H
@@ -64,6 +70,11 @@
 #if defined(_WIN32)
 #error "VelmoraMacNative has no Windows build"
 #endif
+/* The release that this header belongs to; vlm_abi_version says which interface is loaded. */
+#define VLM_VERSION_MAJOR 3
+#define VLM_VERSION_MINOR 0
+#define VLM_VERSION_PATCH 0
+
 #define VLM_API __attribute__((visibility("default")))
 
 #ifdef __cplusplus

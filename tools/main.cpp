@@ -22,7 +22,8 @@ constexpr int kUsageError = 2;
 int parseAndRun(int argc, char** argv) {
   CLI::App program{"Shares and views screens from the command line, by way of VelmoraMacNative."};
   program.require_subcommand(1);
-  program.set_version_flag("--version", "interface " + std::to_string(vlm_abi_version()));
+  program.set_version_flag("--version", "vlm " VLM_PROGRAM_VERSION " (interface " +
+                                            std::to_string(vlm_abi_version()) + ")");
   Job chosen;
   for (const auto add : kCommands) add(program, chosen);
   try {

@@ -44,7 +44,7 @@ Ref<AXUIElement> AXUIElementCreateApplication(std::int32_t pid);
 // `value` is written only on success, and may then still be null.
 AXError AXUIElementCopyAttributeValue(AXUIElement& element, std::string_view attribute,
                                       CFValue& value);
-// True when both stand for the same window or application.
+// True when both are the same window or application.
 bool CFEqual(const AXUIElement& a, const AXUIElement& b);
 
 // The point or size in a value; false, with `out` untouched, when it holds none.

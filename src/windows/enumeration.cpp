@@ -101,7 +101,7 @@ std::int64_t distance(const CgWin& a, const VlmWindowEntry& b) {
   return apart(a.x, b.left) + apart(a.y, b.top) + apart(a.w, b.width) + apart(a.h, b.height);
 }
 
-// Gives each window of one enumeration a number of its own.
+// Gives each window of one enumeration a different number.
 class Pairing {
  public:
   explicit Pairing(std::vector<CgWin> candidates) : candidates_(std::move(candidates)) {}

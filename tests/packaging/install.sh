@@ -36,7 +36,7 @@ cmake -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
 cmake --build "$work/build" >/dev/null
 "$work/build/consumer"
 
-# The header stands alone in every dialect that a host may use.
+# The header compiles alone in every dialect that a host may use.
 for dialect in c99 c11 c17; do
   echo '#include <VelmoraMacNative.h>' |
     "$cc" -x c -std=$dialect "${strict[@]}" "${flags[@]}" -fsyntax-only -

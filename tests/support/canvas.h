@@ -9,7 +9,7 @@
 namespace vlm::test {
 
 // A window of the test's own whose pixels it knows. The server repaints it from a pixmap by
-// itself, so nobody need wait for events.
+// itself, so a caller need not wait for events.
 class Canvas {
  public:
   using Place = xcb_rectangle_t;

@@ -13,7 +13,7 @@ const Bytes kPps{0x68, 0xEE};
 const Bytes kSlice{0x65, 0x88};
 const Bytes kSei{0x06, 0x05};
 
-// The stand-in for a sequence parameter set that the machine's codec understands.
+// The substitute for a sequence parameter set that the machine's codec understands.
 Bytes sps(uint8_t width = 64, uint8_t height = 48) {
   return {0x67, 0, width, 0, height};
 }

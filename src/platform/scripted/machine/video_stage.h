@@ -89,7 +89,7 @@ struct VideoStage {
   // What comes out for a frame or sample; replaced by a test that wants something else.
   std::function<SampleOut(const FrameIn&)> compress = compressFrame;
   std::function<ImageOut(const VTDecompressionSession&, const CMSampleBuffer&)> decompress;
-  // While set, finished frames wait until the session is waited for or told to release them.
+  // While set, finished frames wait until the session is waited for or releases them.
   bool holdsOutput = false;
   // All sessions made so far.
   std::vector<Ref<VTCompressionSession>> compressions;
