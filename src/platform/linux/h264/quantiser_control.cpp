@@ -5,8 +5,8 @@
 namespace vlm::platform::h264 {
 namespace {
 
-// While things move, a finer one is not seen.
-constexpr int kFinestMoving = 20;
+// While things move, a finer one is not seen, and takes time to write.
+constexpr int kFinestMoving = 22;
 // What stays is refined to each of these in turn. All of it is readable after the first.
 constexpr std::array kStages{28, 21, 14};
 // The energy of an error that can be seen, in any quarter of a block.
@@ -108,14 +108,10 @@ void QuantiserControl::survey() {
 
 // The first stage that blocks are still to be refined to; the worst quantiser for none.
 int QuantiserControl::stage() const {
-  std::size_t coarser = 0;
-  std::size_t quantiser = still_.size();
-  for (const int stage : kStages) {
-    while (quantiser-- > static_cast<std::size_t>(stage) + 1) coarser += still_[quantiser];
-    ++quantiser;
-    if (coarser > 0 && stage < worst_) return stage;
-  }
-  return worst_;
+  int coarsest = static_cast<int>(still_.size()) - 1;
+  while (coarsest > 0 && still_[static_cast<std::size_t>(coarsest)] == 0) --coarsest;
+  const auto* stage = std::ranges::find_if(kStages, [&](int each) { return each < coarsest; });
+  return stage == kStages.end() ? worst_ : std::min(*stage, worst_);
 }
 
 bool QuantiserControl::isCalm() const {
@@ -146,6 +142,7 @@ int QuantiserControl::forMotion(double budget) const {
 
 // How much finer than last time what moves may be coded.
 int QuantiserControl::widestStep(double budget) const {
+  if (isCalm()) return motionQuantiser_;  // whatever it costs is little
   if (motionQuantiser_ > kGrain) return std::min(kWidestStep, motionQuantiser_ - kGrain);
   // One step more may bring the grain of a film to light, at several times the bytes.
   if (costs_.knowsMotionAt(motionQuantiser_ - 1) || !lowLatency_) return 1;
