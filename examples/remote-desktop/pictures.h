@@ -87,7 +87,7 @@ class Pictures {
     const bool isBusy = encoding_ && now - submittedAt_ < kLost;
     // Two milliseconds early, since the capture's own pace is the same.
     const auto interval = std::chrono::milliseconds(1000 / fps_ - 2);
-    return wanted_ && !isBusy && pace_.hasRoom() && now - submittedAt_ >= interval;
+    return wanted_ && !isBusy && pace_.hasRoom() && now - newAt_ >= interval;
   }
 
   void submit() {
@@ -96,6 +96,7 @@ class Pictures {
     {
       const std::lock_guard lock(mutex_);
       if (newest_) {
+        newAt_ = now;
         last_ = std::move(newest_);
         lastSize_ = size_;
         repeats_ = 0;
@@ -147,7 +148,7 @@ class Pictures {
   int repeats_ = 0;
   int bitRate_ = 0;
   u32 number_ = 0;
-  Clock::time_point submittedAt_{};
+  Clock::time_point submittedAt_{}, newAt_{};  // the last picture, and the last that was new
   PixelBuffer last_;
   std::pair<int, int> lastSize_;
 
