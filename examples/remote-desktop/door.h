@@ -17,6 +17,12 @@ class Door {
       : token_(token), admit_(std::move(admit)), socket_(listenAt(address)) {
     const Object<GSocketAddress> own(g_socket_get_local_address(socket_.get(), nullptr));
     address_ = nameOf(own.get());
+    // Nobody can connect to "any address".
+    auto* internet = G_INET_SOCKET_ADDRESS(own.get());
+    if (g_inet_address_get_is_any(g_inet_socket_address_get_address(internet)) != FALSE) {
+      const auto port = g_inet_socket_address_get_port(internet);
+      address_ = std::string(g_get_host_name()) + ":" + std::to_string(port);
+    }
     readable_ = Source::whenReady(g_socket_get_fd(socket_.get()), G_IO_IN, [this] { accept(); });
     clock_ = Source::every(Milliseconds(500), [this] { sendAwayTheSlow(); });
   }

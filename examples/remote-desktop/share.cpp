@@ -24,7 +24,10 @@ class Session : public Channel::Listener {
     cursor_ = std::make_unique<CursorWatch>(x, target, *channel_);
     if (options.control) input_ = std::make_unique<Input>(target);
     if (clipboard_ != nullptr) clipboard_->askForText();
-    clock_ = Source::every(Milliseconds(1000), [this] { channel_->send(Alive{}); });
+    clock_ = Source::every(Milliseconds(1000), [this, &target] {
+      channel_->send(Alive{});
+      if (!target.exists()) channel_->end("the shared window was closed");
+    });
   }
 
   void onMessage(Kind kind, ByteView body) override {

@@ -24,14 +24,11 @@ class Target {
     std::string application;  // beginning of its bundle identifier
   };
 
-  Target(X& x, Choice choice) : x_(x), choice_(std::move(choice)) {
-    if (!choice_.display.empty()) findMonitor();
-  }
-
-  bool isDisplay() const { return choice_.window == 0 && choice_.application.empty(); }
+  Target(X& x, Choice choice) : x_(x), choice_(std::move(choice)) {}
 
   // Throws when there is no such thing.
   CaptureHandle capture(int fps, vlm_frame_cb onFrame, vlm_audio_cb onSound, void* user) {
+    const Frame expected = choice_.display.empty() ? Frame{} : findMonitor();
     CaptureHandle made;
     if (choice_.window != 0) {
       made.reset(vlm_capture_start_window(choice_.window, fps, 0, 0, onFrame, onSound, user));
@@ -45,11 +42,18 @@ class Target {
     if (!made || !vlm_capture_bounds(made.get(), &seen.x, &seen.y, &seen.width, &seen.height)) {
       throw std::runtime_error("what is to be shared can't be captured");
     }
-    // A display that has just gone must not be replaced by another one.
-    if (display_ != 0 && seen != frame_)
+    // The library takes the first display for one that has just gone.
+    if (display_ != 0 && seen != expected) {
       throw std::runtime_error("another display would be shared");
+    }
     frame_ = seen;
     return made;
+  }
+
+  // False when a window has been closed.
+  bool exists() const {
+    return choice_.window == 0 ||
+           vlm_window_get_bounds(choice_.window, nullptr, nullptr, nullptr, nullptr);
   }
 
   // Where it is now, in points.
@@ -62,7 +66,7 @@ class Target {
   }
 
  private:
-  void findMonitor() {
+  Frame findMonitor() {
     display_ = x_.atom(choice_.display);
     const auto all =
         x_.ask(xcb_randr_get_monitors_reply, xcb_randr_get_monitors(x_.get(), x_.root(), 1));
@@ -70,9 +74,9 @@ class Target {
     auto each = xcb_randr_get_monitors_monitors_iterator(all.get());
     for (; each.rem > 0; xcb_randr_monitor_info_next(&each)) {
       const auto& [name, primary, automatic, outputs, x, y, width, height, mmX, mmY] = *each.data;
-      if (name == display_) frame_ = {double(x), double(y), double(width), double(height)};
+      if (name == display_) return {double(x), double(y), double(width), double(height)};
     }
-    if (frame_ == Frame{}) throw std::runtime_error("there is no display " + choice_.display);
+    throw std::runtime_error("there is no display " + choice_.display);
   }
 
   X& x_;
