@@ -78,7 +78,7 @@ using Button = Message<Kind::button, u8, u8, u16, u16>;  // button, down, x, y
 using Wheel = Message<Kind::wheel, std::int8_t, std::int8_t>;  // steps to the left, steps up
 using Key = Message<Kind::key, u16, u8, u32>;                  // macOS key code, down, modifiers
 // By the sharing side. Places are points from the top left corner of what is shared.
-using Screen = Message<Kind::screen, u16, u16>;      // its width and height in points
+using Screen = Message<Kind::screen, u16, u16, u8>;  // its size in points; it takes input
 using Picture = Message<Kind::picture, u32, Bytes>;  // number, access unit
 using Sound = Message<Kind::sound, Bytes>;           // an opus packet: 20 ms of stereo
 using CursorPlace = Message<Kind::cursorPlace, std::int16_t, std::int16_t, u8>;  // x, y, visible

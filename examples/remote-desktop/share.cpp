@@ -18,16 +18,13 @@ class Session : public Channel::Listener {
           std::unique_ptr<Channel> channel, Job ended)
       : clipboard_(clipboard), ended_(std::move(ended)), channel_(std::move(channel)) {
     channel_->setListener(this);
-    pictures_ = std::make_unique<Pictures>(target, *channel_, options.pictures);
-    const auto frame = target.frame();
-    channel_->send(Screen{u16(frame.width), u16(frame.height)});
-    cursor_ = std::make_unique<CursorWatch>(x, target, *channel_);
-    if (options.control) input_ = std::make_unique<Input>(target);
-    if (clipboard_ != nullptr) clipboard_->askForText();
-    clock_ = Source::every(Milliseconds(1000), [this, &target] {
-      channel_->send(Alive{});
-      if (!target.exists()) channel_->end("the shared window was closed");
-    });
+    try {
+      begin(x, target, options);
+    } catch (const std::exception& error) {
+      // What was shared may be gone. The viewer need not try again.
+      channel_->send(Bye{kEnded});
+      channel_->end(error.what());
+    }
   }
 
   void onMessage(Kind kind, ByteView body) override {
@@ -61,10 +58,25 @@ class Session : public Channel::Listener {
     ended();
   }
 
-  void onX(const xcb_generic_event_t& event) { cursor_->handle(event); }
+  void onX(const xcb_generic_event_t& event) {
+    if (cursor_) cursor_->handle(event);
+  }
   Channel& channel() { return *channel_; }
 
  private:
+  void begin(X& x, Target& target, const ShareOptions& options) {
+    pictures_ = std::make_unique<Pictures>(target, *channel_, options.pictures);
+    const auto frame = target.frame();
+    channel_->send(Screen{u16(frame.width), u16(frame.height), u8(options.control)});
+    cursor_ = std::make_unique<CursorWatch>(x, target, *channel_);
+    if (options.control) input_ = std::make_unique<Input>(target);
+    if (clipboard_ != nullptr) clipboard_->askForText();
+    clock_ = Source::every(Milliseconds(1000), [this, &target] {
+      channel_->send(Alive{});
+      if (!target.exists()) channel_->end("the shared window was closed");
+    });
+  }
+
   void control(const auto& message) {
     if (input_) input_->apply(message);
   }
@@ -111,14 +123,10 @@ class Sharer {
 
   void admit(std::unique_ptr<Channel> channel) {
     if (session_) session_->channel().send(Bye{kReplaced});
+    // First the old one ends: it lets go of its keys and its capture.
     session_.reset();
-    try {
-      session_ =
-          std::make_unique<Session>(x_, target_, clipboard_ ? &*clipboard_ : nullptr, options_,
-                                    std::move(channel), [this] { session_.reset(); });
-    } catch (const std::exception& error) {
-      std::fprintf(stderr, "remote: nothing is shown: %s\n", error.what());
-    }
+    session_ = std::make_unique<Session>(x_, target_, clipboard_ ? &*clipboard_ : nullptr, options_,
+                                         std::move(channel), [this] { session_.reset(); });
   }
 
   const ShareOptions options_;

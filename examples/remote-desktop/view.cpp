@@ -72,12 +72,12 @@ class Viewer : Channel::Listener, ViewerWindow::Listener {
   }
 
   void begin(const Screen& screen) {
-    const auto [width, height] = screen;
+    const auto [width, height, takesInput] = screen;
     if (width == 0 || height == 0) throw Malformed("a screen without a size");
     isConnected_ = true;
     view_.restart();
-    window_.setScreenSize(width, height);
-    if (window_.hasFocus()) clipboard_.askForText();
+    window_.setScreen(width, height, takesInput != 0);
+    if (window_.isUsed()) clipboard_.askForText();
   }
 
   void show(const Picture& picture) {
@@ -108,7 +108,7 @@ class Viewer : Channel::Listener, ViewerWindow::Listener {
 
   // What is copied elsewhere on this display is passed on when the person turns to the window.
   void sendText(const Bytes& text) {
-    if (window_.hasFocus()) send(Text{text});
+    if (window_.isUsed()) send(Text{text});
   }
 
   void onPointer(int x, int y) override { send(Pointer{u16(x), u16(y)}); }

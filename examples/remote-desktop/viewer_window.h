@@ -31,7 +31,6 @@ class ViewerWindow {
     picture_ = makeChild(window_, 0, 1, 1);
     cursor_ = makeChild(window_, 0, 1, 1);
     describe(title);
-    hideOwnPointer();
     // Clicks on the drawn pointer are meant for what is below it.
     const auto nothing = xcb_generate_id(x_.get());
     xcb_xfixes_create_region(x_.get(), nothing, 0, nullptr);
@@ -48,9 +47,17 @@ class ViewerWindow {
     x_.flush();
   }
   void setPictureSize(int width, int height) { arrange(pictureSize_ = {width, height}, size_); }
-  void setScreenSize(int width, int height) { screen_ = {width, height}; }
+  // Where the screen takes no input, the pointers of both sides are seen.
+  void setScreen(int width, int height, bool takesInput) {
+    screen_ = {width, height};
+    takesInput_ = takesInput;
+    const xcb_cursor_t cursor = takesInput ? noCursor_ : xcb_cursor_t{XCB_NONE};
+    xcb_change_window_attributes(x_.get(), picture_, XCB_CW_CURSOR, &cursor);
+    x_.flush();
+  }
   bool isVisible() const { return visible_; }
-  bool hasFocus() const { return focused_; }
+  // The person works on the shared screen.
+  bool isUsed() const { return focused_ && takesInput_; }
 
   // Where the shared side has it. The person's own is drawn without waiting for that.
   void showCursorAt(int x, int y, bool visible) {
@@ -126,18 +133,16 @@ class ViewerWindow {
                         XCB_ATOM_ATOM, 32, 1, &deleteWindow_);
   }
 
-  void hideOwnPointer() {
+  xcb_cursor_t makeNoCursor() {
     const auto empty = xcb_generate_id(x_.get());
-    const auto none = xcb_generate_id(x_.get());
-    xcb_create_pixmap(x_.get(), 1, empty, window_, 1, 1);
-    xcb_create_gc(x_.get(), none, empty, 0, nullptr);
-    const xcb_rectangle_t all{0, 0, 1, 1};
-    const u32 clear = 0;
-    xcb_change_gc(x_.get(), none, XCB_GC_FOREGROUND, &clear);
-    xcb_poly_fill_rectangle(x_.get(), empty, none, 1, &all);
+    const auto context = xcb_generate_id(x_.get());
     const auto cursor = xcb_generate_id(x_.get());
+    const xcb_rectangle_t all{0, 0, 1, 1};
+    xcb_create_pixmap(x_.get(), 1, empty, x_.root(), 1, 1);
+    xcb_create_gc(x_.get(), context, empty, 0, nullptr);  // its foreground is 0
+    xcb_poly_fill_rectangle(x_.get(), empty, context, 1, &all);
     xcb_create_cursor(x_.get(), cursor, empty, empty, 0, 0, 0, 0, 0, 0, 0, 0);
-    xcb_change_window_attributes(x_.get(), picture_, XCB_CW_CURSOR, &cursor);
+    return cursor;
   }
 
   void toggleFullScreen() {
@@ -233,7 +238,7 @@ class ViewerWindow {
 
   void handleMotion(const xcb_motion_notify_event_t& event) {
     Pair place;
-    inside_ = toShared(event.event_x, event.event_y, place);
+    inside_ = takesInput_ && toShared(event.event_x, event.event_y, place);
     if (!inside_) return;
     moved_ = Clock::now();
     shared_ = place;
@@ -292,11 +297,12 @@ class ViewerWindow {
   X& x_;
   Listener& listener_;
   const xcb_atom_t deleteWindow_ = x_.atom("WM_DELETE_WINDOW");
+  const xcb_cursor_t noCursor_ = makeNoCursor();
   xcb_window_t window_ = 0, picture_ = 0, cursor_ = 0;
   Pair size_{1280, 720}, pictureSize_{1280, 720}, screen_{1280, 720};
   Pair corner_{0, 0}, shown_{1280, 720};  // of the picture in the window
   Pair shared_{0, 0}, hot_{0, 0};         // pointer on the shared screen; where its shape points
-  bool sharedIsVisible_ = false;
+  bool sharedIsVisible_ = false, takesInput_ = false;
   bool visible_ = true, focused_ = false, inside_ = false, chordIsDown_ = false;
   Clock::time_point moved_{};
   std::set<u16> held_;

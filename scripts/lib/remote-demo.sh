@@ -2,8 +2,7 @@
 # The remote desktop example between two private desktops: a person's work through the viewer, done
 # by xdotool, and how fast it is seen. Needs private-desktop.sh.
 
-readonly remote_program=build/release/examples/remote-desktop/remote-desktop
-readonly remote_tests=build/release/tests/remote
+readonly remote_programs=build/release/examples/remote-desktop
 readonly shared_width=1280 shared_height=720
 
 # Commands on one of the two desktops, each with a sound server of its own.
@@ -26,7 +25,7 @@ make_link() {
     ip netns add "remote-$$-$side"
     namespaces+=("remote-$$-$side")
   done
-  start "$remote_tests/slow_link" "${namespaces[0]}" "${namespaces[1]}" "$@"
+  start "$remote_programs/slow_link" "${namespaces[0]}" "${namespaces[1]}" "$@"
   for side in 1 2; do
     wait_for 'the link' ip -n "remote-$$-$side" link show slow
     ip -n "remote-$$-$side" address add "10.99.0.$side/24" dev slow
@@ -64,12 +63,12 @@ start_remote_desktops() {
 }
 
 start_both_roles() {
-  "${shared[@]}" "$remote_program" share "${listen[@]}" >"$work/invitation" \
+  "${shared[@]}" "$remote_programs/remote-desktop" share "${listen[@]}" >"$work/invitation" \
     2>"$output/share.log" &
   sharer=$!
   started+=("$sharer")
   wait_for 'the invitation' test -s "$work/invitation"
-  "${viewing[@]}" "$remote_program" view - <"$work/invitation" 2>"$output/view.log" &
+  "${viewing[@]}" "$remote_programs/remote-desktop" view - <"$work/invitation" 2>"$output/view.log" &
   viewer=$!
   started+=("$viewer")
   wait_for 'the viewer' grep -q 'is let in' "$output/share.log"
@@ -199,7 +198,7 @@ measure_rates() {
 measure_clicks() {
   local X Y
   place_of viewing -id "$window"
-  echo "  click to picture: $("$remote_tests/click_to_picture" "$shared_display" \
+  echo "  click to picture: $("$remote_programs/click_to_picture" "$shared_display" \
     "$viewing_display" $((X + 100)) $((Y + 100)) 60)"
 }
 

@@ -27,7 +27,7 @@ std::vector<Bytes> messagesOf(Side sender) {
     add(Hello{kVersion, Bytes(16, 7)}), add(Ack{1}), add(Report{1, 2, 3}), add(Keyframe{});
     add(Pointer{1, 2}), add(Button{1, 1, 2, 3}), add(Wheel{1, -1}), add(Key{1, 1, 0x20000});
   } else {
-    add(Screen{640, 480}), add(Picture{1, Bytes(30'000, 9)}), add(Sound{Bytes(100, 3)});
+    add(Screen{640, 480, 1}), add(Picture{1, Bytes(30'000, 9)}), add(Sound{Bytes(100, 3)});
     add(CursorPlace{1, 2, 1}), add(CursorShape{2, 2, 0, 0, Bytes(16, 1)}), add(Alive{});
     add(Bye{kEnded});
   }
