@@ -1,17 +1,14 @@
 #include "desktop_target.h"
 
-#include <charconv>
-
 #include "VelmoraMacNative.h"
 #include "failure.h"
+#include "whole_number.h"
 
 namespace vlm::tools {
 
 std::int32_t processNamed(const std::string& pidOrPrefix) {
+  if (const auto number = wholeNumber<std::int32_t>(pidOrPrefix)) return *number;
   std::int32_t pid = 0;
-  const auto* end = pidOrPrefix.data() + pidOrPrefix.size();
-  const auto parsed = std::from_chars(pidOrPrefix.data(), end, pid);
-  if (parsed.ec == std::errc{} && parsed.ptr == end) return pid;
   if (pidOrPrefix.empty()) {
     pid = vlm_frontmost_pid();
     if (pid == 0) throw Failure("no application is in front");

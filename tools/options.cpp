@@ -1,17 +1,15 @@
 #include "options.h"
 
-#include <charconv>
 #include <sstream>
+
+#include "whole_number.h"
 
 namespace vlm::tools {
 
 CLI::Validator within(double least, double most) {
   const auto check = [least, most](const std::string& text) {
-    double value = 0;
-    const auto* end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data(), end, value);
-    const bool isNumber = parsed.ec == std::errc{} && parsed.ptr == end;
-    if (isNumber && value >= least && value <= most) return std::string();
+    const auto value = wholeNumber<double>(text);
+    if (value && *value >= least && *value <= most) return std::string();
     std::ostringstream complaint;
     complaint << "must be a number from " << least << " to " << most;
     return complaint.str();

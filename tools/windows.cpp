@@ -1,4 +1,3 @@
-#include <charconv>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <vector>
@@ -7,6 +6,7 @@
 #include "desktop_target.h"
 #include "failure.h"
 #include "library.h"
+#include "whole_number.h"
 
 namespace vlm::tools {
 namespace {
@@ -68,11 +68,9 @@ struct BoundsOptions {
 bool boundsOf(const std::string& name, double (&frame)[4]) {
   auto& [x, y, width, height] = frame;
   if (name.starts_with("0x")) {
-    std::uint32_t window = 0;
-    const auto* end = name.data() + name.size();
-    const auto parsed = std::from_chars(name.data() + 2, end, window, 16);
-    if (parsed.ec != std::errc{} || parsed.ptr != end) throw Failure(name + " is no window's id");
-    return vlm_window_get_bounds(window, &x, &y, &width, &height);
+    const auto window = wholeNumber<std::uint32_t>(std::string_view(name).substr(2), 16);
+    if (!window) throw Failure(name + " is no window's id");
+    return vlm_window_get_bounds(*window, &x, &y, &width, &height);
   }
   return vlm_window_focused_bounds(processNamed(name), &x, &y, &width, &height);
 }

@@ -32,17 +32,18 @@ build() {
 
 # run_tests PRESET KIND [CTEST ARGUMENTS...]: the tests of that kind, which must exist.
 run_tests() {
-  local preset=$1 kind=$2 result="build/$1-$2.xml" manner=(--parallel 2)
+  local preset=$1 kind=$2 result="build/$1-$2.xml" log="build/$1-$2.log" manner=(--parallel 2)
   shift 2
-  # Desktops of end-to-end tests take their turns, so that neither starves the other's clock. A
-  # machine that was busy for a moment gets a second chance, and the first failure is still printed.
+  # Desktops of end-to-end tests take turns, so that neither slows the other down. A test that fails
+  # runs once more, since the machine may have been busy for a moment; the summary names it.
   [[ $kind == e2e ]] && manner=(--parallel 1 --repeat until-pass:2)
   begin "$preset: $kind"
   rm -f "$result"
   ctest --test-dir "build/$preset" --label-regex "^$kind\$" "${manner[@]}" \
     --no-tests=error --output-on-failure --output-junit "$PWD/$result" "$@" </dev/null |
-    grep --invert-match --extended-regexp ' Passed +[0-9.]+ sec$|^ +Start +[0-9]+:'
+    tee "$log" | grep --invert-match --extended-regexp ' Passed +[0-9.]+ sec$|^ +Start +[0-9]+:'
   local status=${PIPESTATUS[0]}
+  note_retries "$preset" "$log"
   # shellcheck disable=SC2046 # three numbers
   done_with "$preset" "$kind" $(count_junit "$result" "$status")
 }

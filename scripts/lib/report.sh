@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # What scripts/test keeps of its runs, and the table at its end.
 
-declare -a rows=()
+declare -a rows=() retried=()
 total_passed=0 total_failed=0 total_skipped=0
 
 begin() {
@@ -36,9 +36,23 @@ count_junit() {
   echo $((tests - failures - skipped)) "$failures" "$skipped"
 }
 
+# note_retries CONFIGURATION LOG: remembers the tests of a run of ctest that failed at first and
+# passed when they ran again.
+note_retries() {
+  local name
+  while read -r name; do retried+=("$1: $name"); done < <(
+    sed -nE 's/^ *([0-9]+\/[0-9]+ )?Test +#[0-9]+: ([^ ]+) .*(Failed|Timeout|Exception|Not Run).*/failed \2/p
+             s/^ *([0-9]+\/[0-9]+ )?Test +#[0-9]+: ([^ ]+) .*Passed.*/passed \2/p' "$2" |
+      awk '$1 == "failed" { failed[$2] = 1 } $1 == "passed" && failed[$2] { print $2 }')
+}
+
 report() {
   printf '\n%-10s %-12s %7s %7s %8s %7s\n' where kind passed failed skipped time
   printf '%s\n' "${rows[@]}"
+  if [[ ${#retried[@]} -gt 0 ]]; then
+    printf '\nFailed at first and passed when tried again:\n'
+    printf '  %s\n' "${retried[@]}"
+  fi
   printf '\nin %d min %d s\n' $((SECONDS / 60)) $((SECONDS % 60))
   printf '%d passed, %d failed, %d skipped\n' "$total_passed" "$total_failed" "$total_skipped"
   [[ $total_failed -eq 0 ]]

@@ -9,7 +9,7 @@ namespace vlm::platform {
 enum class DispatchQoS { userInteractive, userInitiated, standard };
 
 // A serial queue: jobs run one at a time, in the order in which they were submitted, on a thread
-// of the platform's choosing.
+// of the platform's choosing. No signal handler of the host runs on that thread.
 class DispatchQueue {
  public:
   virtual ~DispatchQueue() = default;

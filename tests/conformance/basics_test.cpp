@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <numeric>
 #include <vector>
 
@@ -74,6 +75,18 @@ TEST(Dispatch, SerialQueueRunsJobsInOrderAndSyncWaitsForItsOwn) {
   std::iota(expected.begin(), expected.end(), 0);
   EXPECT_EQ(std::erase(order, 1000), 1U);
   EXPECT_EQ(order, expected);
+}
+
+TEST(Dispatch, QueuesLeaveTheHostsSignalsToTheHostsThreads) {
+  const auto queue = dispatch_queue_create("vlm.test", DispatchQoS::standard);
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  queue->sync([&] { pthread_sigmask(SIG_SETMASK, nullptr, &blocked); });
+  for (const int each : {SIGUSR1, SIGTERM, SIGINT, SIGALRM, SIGCHLD, SIGPIPE}) {
+    EXPECT_EQ(sigismember(&blocked, each), 1) << each;
+  }
+  // A crash handler must run on the thread that failed.
+  EXPECT_EQ(sigismember(&blocked, SIGSEGV), 0);
 }
 
 }  // namespace

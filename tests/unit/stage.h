@@ -9,7 +9,7 @@
 #include "VelmoraMacNative.h"
 #include "codec/bitstream.h"
 #include "platform/portable/media.h"
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 // What the tests of the families share: callbacks that note what reached the host in the machine's
 // journal, beside what reached the platform, so that one list shows the order of both.

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "VelmoraMacNative.h"
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 #include "platform/security.h"
 
 namespace {

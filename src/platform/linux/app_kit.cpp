@@ -4,6 +4,9 @@
 #include <utility>
 
 #include "platform/dispatch.h"
+#include "platform/linux/desktop/applications.h"
+#include "platform/linux/desktop/settings_pages.h"
+#include "platform/linux/input/key_monitors.h"
 #include "platform/linux/view/view_thread.h"
 
 namespace vlm::platform {
@@ -15,7 +18,7 @@ constexpr double kScale = 1.0;
 }  // namespace
 
 struct NSView::Impl {
-  std::unique_ptr<ViewThread> thread;
+  std::unique_ptr<view::ViewThread> thread;
   std::uint32_t window = 0;
 };
 
@@ -23,7 +26,7 @@ NSView::NSView() = default;
 NSView::~NSView() = default;
 
 bool NSView::initWithFrame(CGRect) {
-  auto thread = ViewThread::start([view = weak_from_this()] {
+  auto thread = view::ViewThread::start([view = weak_from_this()] {
     dispatch_get_main_queue()->async([view] {
       if (const auto self = view.lock()) self->viewDidMoveToWindow();
     });
@@ -43,7 +46,7 @@ void NSView::viewDidMoveToWindow() {}
 void NSView::viewDidChangeBackingProperties() {}
 
 void NSView::setLayer(std::shared_ptr<AVSampleBufferDisplayLayer> layer) {
-  impl_->thread->setLayer(std::static_pointer_cast<DisplayLayer>(std::move(layer)));
+  impl_->thread->setLayer(std::static_pointer_cast<view::DisplayLayer>(std::move(layer)));
 }
 
 // A view shows its layer from the moment it has one.
@@ -69,6 +72,36 @@ void* NSView::hostPointer() const {
 std::optional<double> mainScreenBackingScaleFactor() {
   if (!x11::Connection::open()) return std::nullopt;
   return kScale;
+}
+
+bool NSWorkspace::openURL(const NSURL& url) {
+  return desktop::open(url);
+}
+
+std::vector<NSRunningApplication> NSWorkspace::runningApplications() {
+  return desktop::runningApplications();
+}
+
+std::optional<NSRunningApplication> NSWorkspace::frontmostApplication() {
+  return desktop::frontmostApplication();
+}
+
+std::shared_ptr<NSEventMonitor> NSEventMonitor::addGlobalMonitorForEventsMatchingMask(
+    NSEventMask mask, std::function<void(const NSEvent&)> handler) {
+  if (mask != NSEventMaskKeyDown) return nullptr;
+  return input::addKeyMonitor(false, std::move(handler));
+}
+
+// What is recorded has been delivered already: the event goes on whatever the handler returns.
+std::shared_ptr<NSEventMonitor> NSEventMonitor::addLocalMonitorForEventsMatchingMask(
+    NSEventMask mask, std::function<const NSEvent*(const NSEvent&)> handler) {
+  if (mask != NSEventMaskKeyDown) return nullptr;
+  return input::addKeyMonitor(
+      true, [handler = std::move(handler)](const NSEvent& event) { handler(event); });
+}
+
+void NSEventMonitor::removeMonitor(const std::shared_ptr<NSEventMonitor>& monitor) {
+  if (monitor) input::removeKeyMonitor(*monitor);
 }
 
 }  // namespace vlm::platform

@@ -5,7 +5,7 @@
 namespace vlm::platform {
 
 std::shared_ptr<AVSampleBufferDisplayLayer> AVSampleBufferDisplayLayer::make() {
-  return std::make_shared<DisplayLayer>();
+  return std::make_shared<view::DisplayLayer>();
 }
 
 }  // namespace vlm::platform

@@ -2,16 +2,22 @@
 
 #include <cmath>
 
-#include "platform/linux/desktop/display.h"
 #include "platform/linux/input/event.h"
 #include "platform/linux/input/poster.h"
+#include "platform/linux/x11/display.h"
 #include "platform/linux/x11/reply.h"
 #include "platform/portable/object.h"
 
 namespace vlm::platform {
+
+class CGEvent final : public input::Event {
+ public:
+  using Event::Event;
+};
+
 namespace {
 
-using desktop::Display;
+using x11::Display;
 
 // Used only under the display's lock.
 input::Poster& poster() {
@@ -38,16 +44,16 @@ Ref<CGEvent> CGEventCreate() {
 
 Ref<CGEvent> CGEventCreateMouseEvent(CGEventType type, CGPoint position, CGMouseButton) {
   if (!isPlace(position)) return nullptr;
-  return makeRef<CGEvent>(MouseInput{type, position}, position);
+  return makeRef<CGEvent>(input::MouseInput{type, position}, position);
 }
 
 Ref<CGEvent> CGEventCreateScrollWheelEvent2(CGScrollEventUnit, std::uint32_t, std::int32_t wheel1,
                                             std::int32_t wheel2, std::int32_t) {
-  return makeRef<CGEvent>(ScrollInput{wheel1, wheel2});
+  return makeRef<CGEvent>(input::ScrollInput{wheel1, wheel2});
 }
 
 Ref<CGEvent> CGEventCreateKeyboardEvent(std::uint16_t keyCode, bool keyDown) {
-  return makeRef<CGEvent>(KeyInput{keyCode, keyDown});
+  return makeRef<CGEvent>(input::KeyInput{keyCode, keyDown});
 }
 
 void CGEventSetFlags(CGEvent& event, CGEventFlags flags) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/desktop/display.h"
+#include "platform/linux/x11/display.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/window_list.h"
 
@@ -56,7 +56,7 @@ CFArray oneWindow(const x11::Connection& connection, CGWindowID window) {
 std::optional<CFArray> CGWindowListCopyWindowInfo(CGWindowListOption options,
                                                   CGWindowID relativeToWindow) {
   using Answer = std::optional<CFArray>;
-  return desktop::Display::shared().with<Answer>(std::nullopt, [&](const auto& connection) {
+  return x11::Display::shared().with<Answer>(std::nullopt, [&](const auto& connection) {
     const bool one = (options & kCGWindowListOptionIncludingWindow) != 0;
     if (one) return Answer(oneWindow(connection, relativeToWindow));
     return Answer(

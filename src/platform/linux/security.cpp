@@ -3,12 +3,12 @@
 #include <memory>
 #include <optional>
 
-#include "platform/linux/secret_service.h"
+#include "platform/linux/secrets/conversation.h"
 
 namespace vlm::platform {
 namespace {
 
-using linux_secrets::Conversation;
+using secrets::Conversation;
 
 struct UnrefSecret {
   void operator()(SecretValue* secret) const { secret_value_unref(secret); }

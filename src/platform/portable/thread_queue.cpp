@@ -1,15 +1,12 @@
 #include "platform/portable/thread_queue.h"
 
-#include <pthread.h>
-
-#include <algorithm>
 #include <condition_variable>
 #include <deque>
-#include <thread>
 #include <utility>
 
 #include "platform/mutex.h"
 #include "platform/portable/semaphore.h"
+#include "platform/portable/thread.h"
 
 namespace vlm::platform {
 namespace {
@@ -32,37 +29,19 @@ struct State {
   }
 };
 
-void nameThread(std::string label) {
-#if defined(__APPLE__)
-  pthread_setname_np(label.c_str());
-#else
-  label.resize(std::min<std::size_t>(label.size(), 15));  // the kernel takes no longer name
-  pthread_setname_np(pthread_self(), label.c_str());
-#endif
-}
-
 class ThreadQueue final : public DispatchQueue {
  public:
   explicit ThreadQueue(std::string label)
       : label_(std::move(label)), state_(std::make_shared<State>()) {
-    thread_ = std::thread([state = state_, label = label_] {
-      nameThread(label);
+    thread_ = Thread(label_.c_str(), [state = state_] {
       while (auto job = state->next()) job();
     });
   }
 
   ~ThreadQueue() override {
-    {
-      MutexLock lock(state_->mutex);
-      state_->closed = true;
-      state_->changed.notify_one();
-    }
-    // The last reference can go in a job of this very queue, which then ends after it.
-    if (thread_.get_id() == std::this_thread::get_id()) {
-      thread_.detach();
-    } else {
-      thread_.join();
-    }
+    const MutexLock lock(state_->mutex);
+    state_->closed = true;
+    state_->changed.notify_one();
   }
 
   const std::string& label() const override { return label_; }
@@ -85,7 +64,7 @@ class ThreadQueue final : public DispatchQueue {
  private:
   const std::string label_;
   const std::shared_ptr<State> state_;
-  std::thread thread_;
+  Thread thread_;  // ended after the queue is closed
 };
 
 }  // namespace

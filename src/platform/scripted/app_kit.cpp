@@ -1,8 +1,9 @@
 #include "platform/app_kit.h"
 
+#include <algorithm>
 #include <utility>
 
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/question.h"
 
 namespace vlm::platform {
 namespace {
@@ -14,6 +15,16 @@ scripted::Fault enterOnMain(const char* operation, std::initializer_list<CFValue
 
 scripted::DisplayStage& displayStage() {
   return scripted::Machine::current().display;
+}
+
+std::shared_ptr<NSEventMonitor> addMonitor(const char* kind, NSEventMask mask, bool local,
+                                           std::function<const NSEvent*(const NSEvent&)> handler) {
+  auto& machine = scripted::Machine::current();
+  const auto line = std::string(scripted::offMainPrefix()) + "NSEvent add" + kind + "Monitor";
+  if (machine.journal.enter(line, {static_cast<std::int64_t>(mask)}).nothing) return nullptr;
+  auto monitor = std::make_shared<scripted::ScriptedMonitor>(local, std::move(handler));
+  machine.desktop.monitors.push_back(monitor);
+  return monitor;
 }
 
 }  // namespace
@@ -69,6 +80,38 @@ void* NSView::hostPointer() const {
 
 std::optional<double> mainScreenBackingScaleFactor() {
   return displayStage().mainScreenScale;
+}
+
+bool NSWorkspace::openURL(const NSURL& url) {
+  return scripted::ask("NSWorkspace openURL", {url.absoluteString}).opensUrls;
+}
+
+std::vector<NSRunningApplication> NSWorkspace::runningApplications() {
+  return scripted::Machine::current().desktop.running;
+}
+
+std::optional<NSRunningApplication> NSWorkspace::frontmostApplication() {
+  return scripted::Machine::current().desktop.frontmost;
+}
+
+std::shared_ptr<NSEventMonitor> NSEventMonitor::addGlobalMonitorForEventsMatchingMask(
+    NSEventMask mask, std::function<void(const NSEvent&)> handler) {
+  return addMonitor("Global", mask, false,
+                    [handler = std::move(handler)](const NSEvent& event) -> const NSEvent* {
+                      handler(event);
+                      return nullptr;
+                    });
+}
+
+std::shared_ptr<NSEventMonitor> NSEventMonitor::addLocalMonitorForEventsMatchingMask(
+    NSEventMask mask, std::function<const NSEvent*(const NSEvent&)> handler) {
+  return addMonitor("Local", mask, true, std::move(handler));
+}
+
+void NSEventMonitor::removeMonitor(const std::shared_ptr<NSEventMonitor>& monitor) {
+  auto& machine = scripted::Machine::current();
+  machine.journal.enter(std::string(scripted::offMainPrefix()) + "NSEvent removeMonitor");
+  std::erase(machine.desktop.monitors, monitor);
 }
 
 }  // namespace vlm::platform

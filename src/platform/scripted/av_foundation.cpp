@@ -1,8 +1,7 @@
-#include "platform/scripted/av_foundation.h"
-
 #include <utility>
 
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/display_stage.h"
+#include "platform/scripted/machine/machine.h"
 
 namespace vlm::platform {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 namespace vlm::platform {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 namespace vlm::platform {
 

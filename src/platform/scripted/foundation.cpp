@@ -4,7 +4,7 @@
 #include <cctype>
 #include <string>
 
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 namespace vlm::platform {
 
@@ -37,6 +37,11 @@ bool canonicallyEqual(std::string_view a, std::string_view b) {
     return result;
   };
   return composed(a) == composed(b);
+}
+
+std::optional<NSURL> NSURL::URLWithString(std::string_view text) {
+  const auto fault = scripted::Machine::current().journal.enter("NSURL", {text});
+  return fault.nothing ? std::nullopt : std::optional(NSURL{std::string(text)});
 }
 
 }  // namespace vlm::platform

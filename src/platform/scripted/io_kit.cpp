@@ -1,6 +1,6 @@
 #include "platform/io_kit.h"
 
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 namespace vlm::platform {
 namespace {

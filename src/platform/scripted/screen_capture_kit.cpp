@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "platform/portable/media.h"
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
 
 namespace vlm::platform {
 namespace {

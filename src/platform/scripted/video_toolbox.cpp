@@ -1,10 +1,9 @@
-#include "platform/scripted/video_toolbox.h"
-
 #include <array>
 #include <map>
 
 #include "platform/portable/media.h"
-#include "platform/scripted/machine.h"
+#include "platform/scripted/machine/machine.h"
+#include "platform/scripted/machine/video_stage.h"
 
 namespace vlm::platform {
 namespace {

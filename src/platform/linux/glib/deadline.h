@@ -2,10 +2,10 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <thread>
 
 #include "platform/linux/glib/handles.h"
 #include "platform/mutex.h"
+#include "platform/portable/thread.h"
 
 namespace vlm::platform::glib {
 
@@ -27,7 +27,7 @@ class Deadline {
   Mutex mutex_;
   std::condition_variable_any changed_;
   bool over_ VLM_GUARDED_BY(mutex_) = false;
-  std::thread watcher_;
+  Thread watcher_;
 };
 
 }  // namespace vlm::platform::glib

@@ -9,7 +9,7 @@ extern "C" {
 #include <libavutil/mem.h>
 }
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -66,7 +66,7 @@ bool setConfiguration(AVCodecContext& context, const std::vector<std::uint8_t>& 
 
 }  // namespace
 
-AvcDecoder::AvcDecoder(AVCodecContextPtr context)
+AvcDecoder::AvcDecoder(media::AVCodecContextPtr context)
     : context_(std::move(context)),
       packet_(av_packet_alloc()),
       picture_(av_frame_alloc()),
@@ -81,7 +81,7 @@ std::unique_ptr<AvcDecoder> AvcDecoder::open(
   const auto record = configurationRecord(parameterSets);
   const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_H264);
   if (record.empty() || codec == nullptr) return nullptr;
-  AVCodecContextPtr context(avcodec_alloc_context3(codec));
+  media::AVCodecContextPtr context(avcodec_alloc_context3(codec));
   if (!context || !setConfiguration(*context, record)) return nullptr;
   // A picture may be cropped at any side, and begins there, aligned or not.
   context->flags |= AV_CODEC_FLAG_LOW_DELAY | AV_CODEC_FLAG_UNALIGNED;
@@ -89,7 +89,7 @@ std::unique_ptr<AvcDecoder> AvcDecoder::open(
   context->thread_count = 1;
   // Damaged parameter sets are refused here instead of being guessed at.
   context->err_recognition = AV_EF_EXPLODE;
-  silence(*context);
+  media::silence(*context);
   if (avcodec_open2(context.get(), codec, nullptr) < 0) return nullptr;
   return std::unique_ptr<AvcDecoder>(new AvcDecoder(std::move(context)));
 }
@@ -146,4 +146,4 @@ AvcDecoder::Outcome AvcDecoder::decode(Bytes accessUnit) {
   return isCropped ? Outcome::picture : Outcome::damaged;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -5,9 +5,9 @@
 #include <span>
 #include <vector>
 
-#include "platform/linux/libav.h"
+#include "platform/linux/media/libav.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // H.264 in length-prefixed form into pictures. Every access unit gives its own picture at once, in
 // the order of decoding: streams that reorder are not waited for. Used by one thread at a time.
@@ -31,21 +31,21 @@ class AvcDecoder {
   const AVFrame& picture() const noexcept { return *picture_; }
 
  private:
-  explicit AvcDecoder(AVCodecContextPtr context);
+  explicit AvcDecoder(media::AVCodecContextPtr context);
 
   bool send(std::span<const std::uint8_t> accessUnit);
   bool receive();
   static int recordBuffer(AVCodecContext* context, AVFrame* frame, int flags);
 
-  const AVCodecContextPtr context_;
-  const AVPacketPtr packet_;
-  const AVFramePtr picture_;
-  const AVFramePtr received_;
+  const media::AVCodecContextPtr context_;
+  const media::AVPacketPtr packet_;
+  const media::AVFramePtr picture_;
+  const media::AVFramePtr received_;
   // The buffer that the decoder asked for last, and how many it asked for, in this access unit.
-  const AVFramePtr recorded_;
+  const media::AVFramePtr recorded_;
   int recordedCount_ = 0;
   std::vector<std::uint8_t> padded_;
   bool synchronised_ = false;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

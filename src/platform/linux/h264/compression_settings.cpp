@@ -6,7 +6,7 @@
 
 #include "platform/video_toolbox.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 constexpr double kHighestFrameRate = 1000;
@@ -105,4 +105,4 @@ OSStatus applyProperty(CompressionSettings& settings, std::string_view key, cons
   return property->apply(settings, value);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -6,7 +6,7 @@
 #include "platform/cf_value.h"
 #include "platform/foundation.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // What the properties of a compression session say. Zero stands for "no such limit".
 struct CompressionSettings {
@@ -25,4 +25,4 @@ struct CompressionSettings {
 // stay as they were.
 OSStatus applyProperty(CompressionSettings& settings, std::string_view key, const CFValue& value);
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

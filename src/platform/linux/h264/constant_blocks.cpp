@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 constexpr std::size_t kBlock = ChangeMap::kBlockSize;
@@ -77,4 +77,4 @@ void ConstantBlocks::compare(const YCbCrPicture& picture, const YCbCrPicture& pr
   }
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -8,7 +8,7 @@
 #include "platform/linux/h264/encoder_input.h"
 #include "platform/portable/change_map.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // Finds the macroblocks whose pixels are those of the picture that was encoded before, so that the
 // encoder need not look at them. Blocks of which nothing is known count as changed.
@@ -33,4 +33,4 @@ class ConstantBlocks {
   std::uint64_t encodedPicture_ = 0;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

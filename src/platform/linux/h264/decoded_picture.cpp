@@ -4,9 +4,9 @@
 
 #include <algorithm>
 
-#include "platform/linux/ycbcr_encoding.h"
+#include "platform/linux/media/ycbcr_encoding.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 constexpr std::size_t kMostPooled = 8;
@@ -53,7 +53,7 @@ bool toBiPlanar(const AVFrame& from, const CVPixelBuffer& to) {
 
 bool toBgra(const AVFrame& from, const CVPixelBuffer& to) {
   const auto& plane = to.plane(0);
-  const auto& constants = yuvConstants({matrixOf(from), isFullRange(from)});
+  const auto& constants = media::yuvConstants({matrixOf(from), isFullRange(from)});
   return libyuv::I420ToARGBMatrix(from.data[0], from.linesize[0], from.data[1], from.linesize[1],
                                   from.data[2], from.linesize[2], plane.base,
                                   static_cast<int>(plane.bytesPerRow), &constants, from.width,
@@ -108,4 +108,4 @@ bool PictureConverter::write(const AVFrame& picture, const CVPixelBuffer& image)
   return scaler_ && scale(scaler_.get(), picture, image);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <vector>
 
-#include "platform/linux/libav.h"
+#include "platform/linux/media/libav.h"
 #include "platform/portable/pixel_buffer.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // Pixel buffers that are used again when nobody else holds them any more. What callers keep is
 // theirs; the pool holds no more than a few.
@@ -33,7 +33,7 @@ class PictureConverter {
 
   const OSType format_;
   PixelBufferPool pool_;
-  SwsContextPtr scaler_;
+  media::SwsContextPtr scaler_;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <utility>
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 constexpr std::size_t evenUp(std::size_t size) {
@@ -15,8 +15,9 @@ constexpr std::size_t evenUp(std::size_t size) {
 YCbCrPicture inPlace(const CVPixelBuffer& buffer) {
   const auto& luma = buffer.plane(0);
   const auto& chroma = buffer.plane(1);
-  return {luma.base,      luma.bytesPerRow, chroma.base,       chroma.bytesPerRow,
-          buffer.width(), buffer.height(),  encodingOf(buffer)};
+  return {
+      luma.base,       luma.bytesPerRow,         chroma.base, chroma.bytesPerRow, buffer.width(),
+      buffer.height(), media::encodingOf(buffer)};
 }
 
 void convert(const CVPixelBuffer& bgra, const CVPixelBuffer& to) {
@@ -94,4 +95,4 @@ std::optional<EncoderInput::Source> EncoderInput::read(const CVPixelBuffer& buff
   return source;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -5,10 +5,10 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/linux/ycbcr_encoding.h"
+#include "platform/linux/media/ycbcr_encoding.h"
 #include "platform/portable/pixel_buffer.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // 4:2:0 with interleaved chroma, of even size, in memory that somebody else keeps.
 struct YCbCrPicture {
@@ -18,7 +18,7 @@ struct YCbCrPicture {
   std::size_t chromaStride;
   std::size_t width;
   std::size_t height;
-  YCbCrEncoding encoding;
+  media::YCbCrEncoding encoding;
 };
 
 // Makes pixel buffers into what an encoder takes: in place where possible, else in memory of its
@@ -49,4 +49,4 @@ class EncoderInput {
   bool lastWasCopy_ = false;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

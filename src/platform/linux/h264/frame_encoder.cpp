@@ -8,7 +8,7 @@
 #include "platform/read_lock.h"
 #include "platform/video_toolbox.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 Ref<CMFormatDescription> describe(const X264Encoder& stream) {
@@ -49,7 +49,8 @@ void FrameEncoder::prepare(const CompressionSettings& settings) {
   }
 }
 
-bool FrameEncoder::openStream(const YCbCrEncoding& encoding, const CompressionSettings& settings) {
+bool FrameEncoder::openStream(const media::YCbCrEncoding& encoding,
+                              const CompressionSettings& settings) {
   const X264Encoder::Format format{.width = (width_ + 1) / 2 * 2,
                                    .height = (height_ + 1) / 2 * 2,
                                    .encoding = encoding,
@@ -107,4 +108,4 @@ bool FrameEncoder::keyFrameIsDue(const Frame& frame, const CompressionSettings& 
          (settings.keyFrameIntervalSeconds > 0 && passed >= settings.keyFrameIntervalSeconds);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

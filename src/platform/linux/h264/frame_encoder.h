@@ -12,7 +12,7 @@
 #include "platform/linux/h264/quantiser_control.h"
 #include "platform/linux/h264/x264_encoder.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // Turns pixel buffers into samples, one after the other: decides on key frames and quantisers and
 // keeps the x264 stream. Used by one thread at a time.
@@ -34,7 +34,7 @@ class FrameEncoder {
                   Ref<CMSampleBuffer>& sample);
 
  private:
-  bool openStream(const YCbCrEncoding& encoding, const CompressionSettings& settings);
+  bool openStream(const media::YCbCrEncoding& encoding, const CompressionSettings& settings);
   bool keyFrameIsDue(const Frame& frame, const CompressionSettings& settings) const;
   OSStatus encodeLocked(const Frame& frame, const CompressionSettings& settings,
                         Ref<CMSampleBuffer>& sample);
@@ -51,4 +51,4 @@ class FrameEncoder {
   double keyFrameSeconds_ = 0;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 // Nobody sees a finer one, on text either.
@@ -157,4 +157,4 @@ void QuantiserControl::learn(std::size_t bytes) {
       seen > changedBlock_ ? seen : changedBlock_ + kForgetting * (seen - changedBlock_);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -9,7 +9,7 @@
 
 #include "platform/linux/h264/compression_settings.h"
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // Chooses each picture's quantiser so that the stream keeps to its average bit rate and to the
 // limit on any window of time, and never goes beyond the worst quantiser that is allowed, which
@@ -67,4 +67,4 @@ class QuantiserControl {
   int quantiserBefore_ = 0;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -6,7 +6,7 @@ extern "C" {
 #include <x264.h>
 }
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 namespace {
 
 constexpr int kBestQuantiser = 1;
@@ -29,7 +29,7 @@ int codePoint(YCbCrMatrix matrix) {
   }
 }
 
-void describeColour(x264_param_t& param, const YCbCrEncoding& encoding) {
+void describeColour(x264_param_t& param, const media::YCbCrEncoding& encoding) {
   param.vui.b_fullrange = encoding.fullRange ? 1 : 0;
   param.vui.i_colorprim = kPrimariesBt709;
   param.vui.i_transfer = kTransferSrgb;
@@ -140,4 +140,4 @@ std::optional<std::vector<std::uint8_t>> X264Encoder::encode(const YCbCrPicture&
   return bytes;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

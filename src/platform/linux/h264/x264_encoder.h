@@ -11,7 +11,7 @@
 
 struct x264_t;
 
-namespace vlm::platform {
+namespace vlm::platform::h264 {
 
 // One H.264 stream: Main profile, CABAC, automatic level, a single reference, nothing reordered and
 // no delay, so that every picture is out when encode() returns. The quantiser of every picture is
@@ -23,7 +23,7 @@ class X264Encoder {
   struct Format {
     std::size_t width;  // even, as the height
     std::size_t height;
-    YCbCrEncoding encoding;
+    media::YCbCrEncoding encoding;
     double framesPerSecond;
     int worstQuantiser;
     friend bool operator==(const Format&, const Format&) = default;
@@ -59,4 +59,4 @@ class X264Encoder {
   std::int64_t pictures_ = 0;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::h264

@@ -5,7 +5,7 @@
 #include "platform/cg_event.h"
 #include "platform/portable/object.h"
 
-namespace vlm::platform {
+namespace vlm::platform::input {
 
 struct MouseInput {
   CGEventType type;
@@ -22,14 +22,14 @@ struct KeyInput {
   bool down = false;
 };
 
-class CGEvent : public Object {
+class Event : public Object {
  public:
   using Input = std::variant<std::monostate, MouseInput, ScrollInput, KeyInput>;
-  explicit CGEvent(Input what, CGPoint at = {}) : input(what), location(at) {}
+  explicit Event(Input what, CGPoint at = {}) : input(what), location(at) {}
 
   const Input input;
   const CGPoint location;
   CGEventFlags flags = 0;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::input

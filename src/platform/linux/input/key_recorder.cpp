@@ -7,6 +7,7 @@
 
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/event.h"
+#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::input {
@@ -16,12 +17,7 @@ constexpr std::uint8_t kCategoryFromServer = 0;
 constexpr std::size_t kEventSize = 32;
 
 bool canRecord(const x11::Connection& connection) {
-  const auto* extension = xcb_get_extension_data(connection.get(), &xcb_record_id);
-  if (extension == nullptr || extension->present == 0) return false;
-  const auto asked = xcb_record_query_version(connection.get(), 1, 13);
-  const x11::Reply<xcb_record_query_version_reply_t> reply(
-      xcb_record_query_version_reply(connection.get(), asked, nullptr));
-  return reply != nullptr;
+  return supports(connection, x11::Extension::record);
 }
 
 }  // namespace
@@ -51,7 +47,7 @@ bool KeyRecorder::enable() {
   if (error || control_->isLost()) return false;
   sequence_ = xcb_record_enable_context(stream_->get(), context_).sequence;
   xcb_flush(stream_->get());
-  source_ = makeRef<CFRunLoopSource>(stream_->descriptor(), [this] {
+  source_ = makeRef<glib::DescriptorSource>(stream_->descriptor(), [this] {
     read();
     return false;
   });

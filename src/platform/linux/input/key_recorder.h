@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/linux/desktop/run_loop.h"
+#include "platform/linux/glib/descriptor_source.h"
 #include "platform/linux/x11/connection.h"
 
 namespace vlm::platform::input {
@@ -39,7 +39,7 @@ class KeyRecorder {
   const Handler handler_;
   xcb_record_context_t context_ = XCB_NONE;
   unsigned sequence_ = 0;
-  Ref<CFRunLoopSource> source_;
+  Ref<glib::DescriptorSource> source_;
   // Tells a reading underway that the recorder has gone: a handler may end it.
   std::shared_ptr<bool> ended_ = std::make_shared<bool>(false);
 };

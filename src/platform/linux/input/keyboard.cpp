@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/linux/input/key_places.h"
+#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 #include "platform/linux/x11/xkb.h"
 
@@ -27,18 +28,9 @@ constexpr std::array kModifierKeys{
 
 using Names = std::array<std::string, 256>;
 
-bool useXkb(xcb_connection_t* c) {
-  const auto* extension = xcb_get_extension_data(c, &xcb_xkb_id);
-  if (extension == nullptr || extension->present == 0) return false;
-  const auto asked = xcb_xkb_use_extension(c, XCB_XKB_MAJOR_VERSION, XCB_XKB_MINOR_VERSION);
-  const x11::Reply<xcb_xkb_use_extension_reply_t> reply(
-      xcb_xkb_use_extension_reply(c, asked, nullptr));
-  return reply && reply->supported != 0;
-}
-
 std::optional<Names> keyNames(const x11::Connection& connection) {
   auto* c = connection.get();
-  if (!useXkb(c)) return std::nullopt;
+  if (!supports(connection, x11::Extension::keyboard)) return std::nullopt;
   const auto asked = xcb_xkb_get_names(c, XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_NAME_DETAIL_KEY_NAMES);
   const x11::Reply<xcb_xkb_get_names_reply_t> reply(xcb_xkb_get_names_reply(c, asked, nullptr));
   if (!reply) return std::nullopt;

@@ -8,6 +8,7 @@
 
 #include "platform/linux/input/held_modifiers.h"
 #include "platform/linux/input/keyboard.h"
+#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::input {
@@ -19,15 +20,6 @@ constexpr std::uint8_t kWheelLeft = 6;
 constexpr std::uint8_t kWheelRight = 7;
 // No wheel turns further at once; it bounds what one call can make the server do.
 constexpr std::int32_t kMostSteps = 100;
-
-bool hasTestExtension(xcb_connection_t* c) {
-  const auto* extension = xcb_get_extension_data(c, &xcb_test_id);
-  if (extension == nullptr || extension->present == 0) return false;
-  const auto asked = xcb_test_get_version(c, 2, 2);
-  const x11::Reply<xcb_test_get_version_reply_t> reply(
-      xcb_test_get_version_reply(c, asked, nullptr));
-  return reply != nullptr;
-}
 
 void moveTo(const x11::Connection& connection, CGPoint position) {
   xcb_test_fake_input(connection.get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME,
@@ -87,7 +79,7 @@ std::optional<Button> buttonOf(CGEventType type) {
   }
 }
 
-bool isMove(const CGEvent& event) {
+bool isMove(const Event& event) {
   const auto* input = std::get_if<MouseInput>(&event.input);
   return input != nullptr && input->type == CGEventType::mouseMoved;
 }
@@ -106,10 +98,10 @@ std::int16_t coordinate(double points) {
   return static_cast<std::int16_t>(std::clamp(std::floor(points), -32768.0, 32767.0));
 }
 
-void Poster::post(const x11::Connection& connection, unsigned generation, const CGEvent& event) {
+void Poster::post(const x11::Connection& connection, unsigned generation, const Event& event) {
   if (generation != generation_) {
     generation_ = generation;
-    supported_ = hasTestExtension(connection.get());
+    supported_ = supports(connection, x11::Extension::test);
   }
   if (!supported_) return;
   if (const auto* input = std::get_if<MouseInput>(&event.input)) mouse(connection, *input);

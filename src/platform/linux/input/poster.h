@@ -13,7 +13,7 @@ std::int16_t coordinate(double points);
 // Posts events through XTEST, over the display's shared connection and under its lock.
 class Poster {
  public:
-  void post(const x11::Connection& connection, unsigned generation, const CGEvent& event);
+  void post(const x11::Connection& connection, unsigned generation, const Event& event);
 
  private:
   void mouse(const x11::Connection& connection, const MouseInput& input);

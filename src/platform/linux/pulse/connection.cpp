@@ -1,7 +1,9 @@
 #include "platform/linux/pulse/connection.h"
 
-#include <thread>
 #include <utility>
+
+#include "platform/portable/thread.h"
+#include "platform/portable/thread_names.h"
 
 namespace vlm::platform::pulse {
 namespace {
@@ -63,7 +65,10 @@ std::unique_ptr<Connection> Connection::open() {
 
 bool Connection::connect() {
   mainloop_.reset(pa_threaded_mainloop_new());
-  if (!mainloop_ || pa_threaded_mainloop_start(mainloop_.get()) != 0) return false;
+  if (!mainloop_) return false;
+  pa_threaded_mainloop_set_name(mainloop_.get(), thread_names::kSound);
+  // Its thread blocks the signals of the host by itself.
+  if (pa_threaded_mainloop_start(mainloop_.get()) != 0) return false;
   const Lock lock(*this);
   context_.reset(pa_context_new(pa_threaded_mainloop_get_api(mainloop_.get()), nullptr));
   if (!context_) return false;
@@ -83,7 +88,8 @@ Connection::~Connection() {
   }
   // The last reference can go in a callback. The thread can't wait for its own end.
   if (pa_threaded_mainloop_in_thread(mainloop_.get()) != 0) {
-    std::thread([mainloop = std::move(mainloop_)] {}).detach();
+    const std::shared_ptr<pa_threaded_mainloop> mainloop = std::move(mainloop_);
+    Thread::startAlone(thread_names::kSound, [mainloop] {});
   }
 }
 

@@ -1,12 +1,11 @@
+#include "platform/linux/pulse/engine.h"
+
 #include <utility>
 
 #include "platform/linux/pulse/engine_nodes.h"
 
-namespace vlm::platform {
+namespace vlm::platform::pulse {
 namespace {
-
-using pulse::Connection;
-using pulse::SourceNode;
 
 class Engine final : public AVAudioEngine {
  public:
@@ -56,21 +55,16 @@ class Engine final : public AVAudioEngine {
     connection_ = nullptr;
   }
 
-  pulse::InputNode input_;
-  pulse::OutputNode output_;
+  InputNode input_;
+  OutputNode output_;
   std::shared_ptr<SourceNode> attached_;
   std::unique_ptr<Connection> connection_;
 };
 
 }  // namespace
 
-std::shared_ptr<AVAudioSourceNode> AVAudioSourceNode::initWithFormat(
-    const AVAudioFormat& format, AVAudioSourceNodeRenderBlock block) {
-  return std::make_shared<SourceNode>(format, std::move(block));
-}
-
-std::shared_ptr<AVAudioEngine> AVAudioEngine::make() {
+std::shared_ptr<AVAudioEngine> makeEngine() {
   return std::make_shared<Engine>();
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::pulse

@@ -1,16 +1,13 @@
+#include "platform/linux/pulse/player.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "platform/avf_audio.h"
 #include "platform/linux/pulse/connection.h"
-#include "platform/linux/pulse/sound_file.h"
 
-namespace vlm::platform {
+namespace vlm::platform::pulse {
 namespace {
-
-using pulse::Connection;
-using pulse::Sound;
 
 // What the server keeps ahead: a change of place or volume is heard this much later.
 constexpr pa_usec_t kAhead = 40 * PA_USEC_PER_MSEC;
@@ -55,7 +52,7 @@ class Run {
   std::size_t written_ = 0;
   bool allWritten_ = false;
   bool allHeard_ = false;
-  pulse::Stream stream_;
+  Stream stream_;
 };
 
 bool Run::start(std::size_t frame, std::int64_t loops, float volume) {
@@ -228,9 +225,8 @@ class Player final : public AVAudioPlayer {
 
 }  // namespace
 
-std::shared_ptr<AVAudioPlayer> AVAudioPlayer::initWithContentsOfFile(std::string_view path) {
-  auto sound = pulse::readSound(path);
-  return sound ? std::make_shared<Player>(std::move(*sound)) : nullptr;
+std::shared_ptr<AVAudioPlayer> makePlayer(Sound sound) {
+  return std::make_shared<Player>(std::move(sound));
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::pulse

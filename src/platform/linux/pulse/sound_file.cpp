@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/linux/libav.h"
+#include "platform/linux/media/libav.h"
 
 namespace vlm::platform::pulse {
 namespace {
@@ -29,7 +29,7 @@ class Reader {
     const auto* stream = format->streams[stream_];
     if (!codec_ || avcodec_parameters_to_context(codec_.get(), stream->codecpar) < 0) return false;
     codec_->pkt_timebase = stream->time_base;
-    silence(*codec_);
+    media::silence(*codec_);
     return avcodec_open2(codec_.get(), decoder, nullptr) >= 0;
   }
 
@@ -88,12 +88,12 @@ class Reader {
            swr_convert_frame(converter_.get(), converted_.get(), decoded_.get()) >= 0;
   }
 
-  AVFormatContextPtr format_;
-  AVCodecContextPtr codec_;
-  const SwrContextPtr converter_{swr_alloc()};
-  const AVPacketPtr packet_{av_packet_alloc()};
-  const AVFramePtr decoded_{av_frame_alloc()};
-  const AVFramePtr converted_{av_frame_alloc()};
+  media::AVFormatContextPtr format_;
+  media::AVCodecContextPtr codec_;
+  const media::SwrContextPtr converter_{swr_alloc()};
+  const media::AVPacketPtr packet_{av_packet_alloc()};
+  const media::AVFramePtr decoded_{av_frame_alloc()};
+  const media::AVFramePtr converted_{av_frame_alloc()};
   int stream_ = -1;
   Sound sound_;
 };

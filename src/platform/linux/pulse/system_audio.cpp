@@ -4,8 +4,12 @@
 #include <exception>
 #include <utility>
 
+#include "platform/portable/thread_names.h"
+
 namespace vlm::platform::pulse {
 namespace {
+
+using Opening = std::packaged_task<std::unique_ptr<StreamMonitors>()>;
 
 constexpr std::size_t kBlockFrames = 960;
 constexpr std::chrono::milliseconds kBlockTime{20};
@@ -18,7 +22,7 @@ constexpr std::chrono::milliseconds kMostBehind{200};
 SystemAudio::SystemAudio(bool excludesOwnProcess, Sink sink)
     : excludesOwnProcess_(excludesOwnProcess),
       sink_(std::move(sink)),
-      thread_([this](const std::stop_token& stop) { run(stop); }) {}
+      thread_(thread_names::kMixture, [this] { run(stop_.get_token()); }) {}
 
 void SystemAudio::run(const std::stop_token& stop) {
   auto due = Clock::now();
@@ -49,7 +53,10 @@ void SystemAudio::lookForServer(Clock::time_point now) {
     monitors_ = opening_.get();
   } else if (now >= nextLook_) {
     // A server that does not answer must not hold the blocks up.
-    opening_ = std::async(std::launch::async, StreamMonitors::open, excludesOwnProcess_);
+    auto open = std::make_shared<Opening>(
+        [own = excludesOwnProcess_] { return StreamMonitors::open(own); });
+    opening_ = open->get_future();
+    opener_ = Thread(thread_names::kSearch, [open] { (*open)(); });
   }
 }
 

@@ -7,9 +7,10 @@
 #include <memory>
 #include <mutex>
 #include <span>
-#include <thread>
+#include <stop_token>
 
 #include "platform/linux/pulse/stream_monitors.h"
+#include "platform/portable/thread.h"
 
 namespace vlm::platform::pulse {
 
@@ -25,6 +26,9 @@ class SystemAudio {
   using Sink = std::function<void(std::span<const float> samples, Clock::time_point time)>;
 
   SystemAudio(bool excludesOwnProcess, Sink sink);
+  ~SystemAudio() { stop_.request_stop(); }
+  SystemAudio(const SystemAudio&) = delete;
+  SystemAudio& operator=(const SystemAudio&) = delete;
 
  private:
   void run(const std::stop_token& stop);
@@ -39,7 +43,9 @@ class SystemAudio {
   Clock::time_point nextLook_;
   std::mutex mutex_;
   std::condition_variable_any wake_;
-  std::jthread thread_;
+  Thread opener_;
+  std::stop_source stop_;
+  Thread thread_;  // ended first: it uses all the others
 };
 
 }  // namespace vlm::platform::pulse

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/linux/content_filter.h"
+#include "platform/linux/screen/content_filter.h"
 #include "platform/linux/screen/display_source.h"
 #include "platform/linux/screen/layered_reader.h"
 #include "platform/linux/screen/redirected_window.h"

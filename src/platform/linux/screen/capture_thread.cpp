@@ -1,7 +1,5 @@
 #include "platform/linux/screen/capture_thread.h"
 
-#include <pthread.h>
-
 #include <exception>
 #include <string>
 #include <utility>
@@ -10,6 +8,7 @@
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/mutex.h"
+#include "platform/portable/thread_names.h"
 
 namespace vlm::platform::screen {
 namespace {
@@ -73,7 +72,6 @@ class CaptureThread::Run {
         interruption_(std::move(interruption)) {}
 
   void operator()() {
-    pthread_setname_np(pthread_self(), "vlm.screen");
     const x11::BrokenPipeGuard guard;
     std::string reason;
     try {
@@ -117,15 +115,11 @@ class CaptureThread::Run {
 CaptureThread::CaptureThread(std::shared_ptr<const ContentFilter> filter,
                              const SCStreamConfiguration& configuration, Handlers handlers)
     : interruption_(std::make_shared<Interruption>()),
-      thread_(Run(std::move(filter), configuration, std::move(handlers), interruption_)) {}
+      thread_(thread_names::kScreen,
+              Run(std::move(filter), configuration, std::move(handlers), interruption_)) {}
 
 CaptureThread::~CaptureThread() {
   interruption_->ask();
-  if (thread_.get_id() == std::this_thread::get_id()) {
-    thread_.detach();
-  } else {
-    thread_.join();
-  }
 }
 
 }  // namespace vlm::platform::screen

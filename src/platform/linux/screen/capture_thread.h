@@ -3,10 +3,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <thread>
 
-#include "platform/linux/content_filter.h"
 #include "platform/linux/screen/capture_loop.h"
+#include "platform/linux/screen/content_filter.h"
+#include "platform/portable/thread.h"
 #include "platform/screen_capture_kit.h"
 
 namespace vlm::platform::screen {
@@ -36,7 +36,7 @@ class CaptureThread {
   class Run;
 
   const std::shared_ptr<Interruption> interruption_;
-  std::thread thread_;
+  Thread thread_;
 };
 
 }  // namespace vlm::platform::screen

@@ -5,39 +5,12 @@
 #include "platform/linux/screen/display_source.h"
 #include "platform/linux/screen/window_source.h"
 #include "platform/linux/x11/extensions.h"
+#include "platform/linux/x11/visuals.h"
 
 namespace vlm::platform::screen {
 namespace {
 
 using x11::Extension;
-
-const xcb_visualtype_t* rootVisual(const xcb_screen_t& screen) {
-  auto depths = xcb_screen_allowed_depths_iterator(&screen);
-  for (; depths.rem > 0; xcb_depth_next(&depths)) {
-    auto visuals = xcb_depth_visuals_iterator(depths.data);
-    for (; visuals.rem > 0; xcb_visualtype_next(&visuals)) {
-      if (visuals.data->visual_id == screen.root_visual) return visuals.data;
-    }
-  }
-  return nullptr;
-}
-
-int bitsPerPixel(const xcb_setup_t& setup, int depth) {
-  auto formats = xcb_setup_pixmap_formats_iterator(&setup);
-  for (; formats.rem > 0; xcb_format_next(&formats)) {
-    if (formats.data->depth == depth) return formats.data->bits_per_pixel;
-  }
-  return 0;
-}
-
-// Every current desktop has its pixels as bytes blue, green, red and one unused.
-bool hasUsualPixels(const x11::Connection& connection) {
-  const auto& screen = connection.screen();
-  const auto* visual = rootVisual(screen);
-  return visual != nullptr && visual->red_mask == 0xFF0000 && visual->green_mask == 0xFF00 &&
-         visual->blue_mask == 0xFF && bitsPerPixel(connection.setup(), screen.root_depth) == 32 &&
-         connection.setup().image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
-}
 
 // Makes the source for each kind of target, or says why it can't.
 struct Maker {
@@ -81,7 +54,7 @@ struct Maker {
 
 std::unique_ptr<Source> makeSource(const x11::Connection& connection, const ContentFilter& filter,
                                    std::string& reason) {
-  if (!hasUsualPixels(connection)) {
+  if (!x11::hasBlueFirstPixels(connection)) {
     reason = "the X server's pixels are not of the 32-bit kind";
     return nullptr;
   }

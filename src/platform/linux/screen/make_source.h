@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/linux/content_filter.h"
+#include "platform/linux/screen/content_filter.h"
 #include "platform/linux/screen/source.h"
 #include "platform/linux/x11/connection.h"
 

@@ -4,7 +4,7 @@
 
 #include "platform/linux/view/picture_drawing.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 using Status = AVQueuedSampleBufferRenderingStatus;
 
@@ -91,4 +91,4 @@ void DisplayLayer::wake() const {
   if (wakeUp_) wakeUp_->signal();
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

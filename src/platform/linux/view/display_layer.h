@@ -6,7 +6,7 @@
 #include "platform/linux/view/wake_up.h"
 #include "platform/mutex.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 // The place where pictures wait for the thread of the view that shows them. It holds at most one
 // that is not on the screen yet; a newer one takes the place of an older.
@@ -59,4 +59,4 @@ class DisplayLayer final : public AVSampleBufferDisplayLayer {
   double contentsScale_ VLM_GUARDED_BY(mutex_) = 1;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

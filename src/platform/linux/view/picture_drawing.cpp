@@ -5,10 +5,10 @@
 #include <libyuv/scale.h>
 #include <libyuv/scale_argb.h>
 
-#include "platform/linux/ycbcr_encoding.h"
+#include "platform/linux/media/ycbcr_encoding.h"
 #include "platform/read_lock.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 namespace {
 
 // Bilinear, and the mean of all pixels where a picture is made less than half as large.
@@ -48,7 +48,7 @@ BiPlanar biPlanarPixels(const CVPixelBuffer& picture) {
           asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 1)),
           asInt(CVPixelBufferGetWidth(picture)),
           asInt(CVPixelBufferGetHeight(picture)),
-          &yuvConstants(encodingOf(picture))};
+          &media::yuvConstants(media::encodingOf(picture))};
 }
 
 template <class Source>
@@ -126,4 +126,4 @@ bool PictureDrawing::draw(CVPixelBuffer& picture, const PixelTarget& target) {
   return true;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

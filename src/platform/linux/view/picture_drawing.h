@@ -6,7 +6,7 @@
 
 #include "platform/core_video.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 // Memory for one picture on the screen: 4 bytes a pixel in the order blue, green, red and one that
 // is not looked at.
@@ -31,4 +31,4 @@ class PictureDrawing {
   std::vector<std::uint8_t> between_;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

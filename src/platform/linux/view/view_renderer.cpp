@@ -5,7 +5,7 @@
 
 #include "platform/linux/x11/reply.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 std::unique_ptr<ViewRenderer> ViewRenderer::make(std::shared_ptr<x11::Connection> connection) {
   auto window = ViewWindow::make(*connection);
@@ -110,4 +110,4 @@ void ViewRenderer::lose() {
   if (layer_) layer_->lose();
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

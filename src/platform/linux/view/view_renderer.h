@@ -8,7 +8,7 @@
 #include "platform/linux/view/window_image.h"
 #include "platform/linux/x11/connection.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 // Keeps a view's window showing the last picture of the view's layer, in the window's size of the
 // moment. Lives on one thread.
@@ -50,4 +50,4 @@ class ViewRenderer {
   bool lost_ = false;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

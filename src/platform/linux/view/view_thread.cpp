@@ -1,34 +1,20 @@
 #include "platform/linux/view/view_thread.h"
 
 #include <poll.h>
-#include <pthread.h>
 
 #include <array>
-#include <csignal>
 #include <utility>
 
 #include "platform/linux/view/view_renderer.h"
+#include "platform/portable/thread_names.h"
 
-namespace vlm::platform {
-namespace {
-
-// The host's signals are handled on the host's threads, and writing to a lost server is an error
-// here, not the signal that would end the process.
-void blockSignals() {
-  sigset_t all;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, nullptr);
-}
-
-}  // namespace
-
+namespace vlm::platform::view {
 std::unique_ptr<ViewThread> ViewThread::start(std::function<void()> moved) {
   std::unique_ptr<ViewThread> view(new ViewThread(std::move(moved)));
-  std::promise<xcb_window_t> started;
-  auto window = started.get_future();
-  view->thread_ = std::thread([self = view.get(), started = std::move(started)]() mutable {
-    self->main(std::move(started));
-  });
+  const auto started = std::make_shared<std::promise<xcb_window_t>>();
+  auto window = started->get_future();
+  view->thread_ = Thread(thread_names::kView,
+                         [self = view.get(), started] { self->main(std::move(*started)); });
   view->window_ = window.get();
   return view->window_ != XCB_NONE ? std::move(view) : nullptr;
 }
@@ -42,7 +28,7 @@ ViewThread::~ViewThread() {
   // A thread that waits for an answer of the server hears that there will be none. The server ends
   // the window, and the memory shared for it, together with the connection.
   if (connection_) connection_->hangUp();
-  if (thread_.joinable()) thread_.join();
+  thread_ = {};
 }
 
 bool ViewThread::isInHost() const {
@@ -69,8 +55,6 @@ void ViewThread::takeOut() {
 }
 
 void ViewThread::main(std::promise<xcb_window_t> started) {
-  pthread_setname_np(pthread_self(), "vlm.view");
-  blockSignals();
   const auto renderer = makeRenderer();
   started.set_value(renderer ? renderer->window().id() : XCB_NONE);
   if (!renderer) return;
@@ -117,4 +101,4 @@ void ViewThread::sleep(const ViewRenderer& renderer) const {
   poll(sources.data(), sources.size(), -1);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

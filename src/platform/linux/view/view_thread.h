@@ -4,15 +4,15 @@
 #include <functional>
 #include <future>
 #include <memory>
-#include <thread>
 
 #include "platform/core_graphics.h"
 #include "platform/linux/view/display_layer.h"
 #include "platform/linux/view/wake_up.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/mutex.h"
+#include "platform/portable/thread.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 class ViewRenderer;
 
@@ -58,7 +58,7 @@ class ViewThread {
   bool inHost_ VLM_GUARDED_BY(mutex_) = false;
   CGSize size_ VLM_GUARDED_BY(mutex_);
 
-  std::thread thread_;
+  Thread thread_;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

@@ -6,9 +6,11 @@
 #include <array>
 
 #include "platform/linux/x11/event.h"
+#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
+#include "platform/linux/x11/visuals.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 namespace {
 
 using x11::Reply;
@@ -18,35 +20,10 @@ const Event& as(const xcb_generic_event_t& event) {
   return reinterpret_cast<const Event&>(event);
 }
 
-bool storesBlueFirst(const xcb_setup_t& setup) {
-  if (setup.image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST) return false;
-  const auto* formats = xcb_setup_pixmap_formats(&setup);
-  return std::any_of(formats, formats + xcb_setup_pixmap_formats_length(&setup), [](const auto& f) {
-    return f.depth == ViewWindow::kDepth && f.bits_per_pixel == 32;
-  });
-}
-
-// XCB_NONE when there is none whose pixels are blue, green, red and a spare byte in memory.
-xcb_visualid_t findVisual(const x11::Connection& connection) {
-  if (!storesBlueFirst(connection.setup())) return XCB_NONE;
-  auto depths = xcb_screen_allowed_depths_iterator(&connection.screen());
-  for (; depths.rem > 0; xcb_depth_next(&depths)) {
-    if (depths.data->depth != ViewWindow::kDepth) continue;
-    const auto* visuals = xcb_depth_visuals(depths.data);
-    const auto* end = visuals + xcb_depth_visuals_length(depths.data);
-    const auto* found = std::find_if(visuals, end, [](const xcb_visualtype_t& visual) {
-      return visual._class == XCB_VISUAL_CLASS_TRUE_COLOR && visual.red_mask == 0xff0000 &&
-             visual.green_mask == 0xff00 && visual.blue_mask == 0xff;
-    });
-    if (found != end) return found->visual_id;
-  }
-  return XCB_NONE;
-}
-
 }  // namespace
 
 std::unique_ptr<ViewWindow> ViewWindow::make(const x11::Connection& connection) {
-  const auto visual = findVisual(connection);
+  const auto visual = x11::findBlueFirstVisual(connection, kDepth);
   if (visual == XCB_NONE) return nullptr;
   std::unique_ptr<ViewWindow> window(new ViewWindow(connection));
   window->create(visual);
@@ -86,11 +63,7 @@ void ViewWindow::create(xcb_visualid_t visual) {
 }
 
 void ViewWindow::refuseInput() {
-  const auto* extension = xcb_get_extension_data(connection_, &xcb_xfixes_id);
-  if (extension == nullptr || extension->present == 0) return;
-  xcb_discard_reply(connection_, xcb_xfixes_query_version(connection_, XCB_XFIXES_MAJOR_VERSION,
-                                                          XCB_XFIXES_MINOR_VERSION)
-                                     .sequence);
+  if (!supports(connection_, x11::Extension::fixes)) return;
   const xcb_xfixes_region_t nothing = xcb_generate_id(connection_);
   xcb_xfixes_create_region(connection_, nothing, 0, nullptr);
   xcb_xfixes_set_window_shape_region(connection_, window_, XCB_SHAPE_SK_INPUT, 0, 0, nothing);
@@ -209,4 +182,4 @@ void ViewWindow::takeOut() {
   xcb_reparent_window(connection_, window_, root_, 0, 0);
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

@@ -7,7 +7,7 @@
 
 #include "platform/linux/x11/connection.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 // The X11 window that stands for a view. It is made unmapped on the root; wherever the host moves
 // it, it fills its parent and follows the parent's size. No input ever lands in it.
@@ -25,9 +25,7 @@ class ViewWindow {
   int height() const noexcept { return height_; }
   bool isInHost() const noexcept { return parent_ != root_; }
   // False when nothing that is drawn could be seen.
-  bool isVisible() const noexcept {
-    return mapped_ && parentMapped_ && !covered_ && width_ > 0 && height_ > 0;
-  }
+  bool isVisible() const noexcept { return mapped_ && parentMapped_ && !covered_; }
 
   enum class Change {
     none,
@@ -66,4 +64,4 @@ class ViewWindow {
   bool covered_ = false;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

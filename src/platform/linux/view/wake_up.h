@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <system_error>
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 // Wakes a thread that sleeps in poll(). Any number of signals before it looks are one.
 class WakeUp {
@@ -29,4 +29,4 @@ class WakeUp {
   const int descriptor_;
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

@@ -5,9 +5,10 @@
 
 #include "platform/linux/view/view_window.h"
 #include "platform/linux/x11/event.h"
+#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 namespace {
 
 // The server's answer to a request it has just got comes when it has done all the earlier ones.
@@ -70,12 +71,12 @@ void WindowImage::putThroughConnection(const PixelTarget& target, xcb_window_t w
 
 WindowImage::Outcome WindowImage::handle(const xcb_generic_event_t& event) {
   if (!underWay_) return Outcome::none;
-  const auto* extension = xcb_get_extension_data(connection_, &xcb_shm_id);
-  const bool shown = x11::typeOf(event) == extension->first_event + XCB_SHM_COMPLETION;
+  const bool shown =
+      x11::typeOf(event) == firstEventOf(connection_, x11::Extension::memory) + XCB_SHM_COMPLETION;
   const bool refused = event.response_type == 0 && event.full_sequence == sequence_;
   if (!shown && !refused) return Outcome::none;
   underWay_ = false;
   return shown ? Outcome::shown : Outcome::refused;
 }
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

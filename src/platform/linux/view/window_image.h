@@ -10,7 +10,7 @@
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/shared_pixels.h"
 
-namespace vlm::platform {
+namespace vlm::platform::view {
 
 // The pixels that the server copies into a window. One copy is under way at a time: the pixels may
 // be touched only while none is.
@@ -42,4 +42,4 @@ class WindowImage {
   std::uint32_t sequence_ = 0;  // of the copy under way
 };
 
-}  // namespace vlm::platform
+}  // namespace vlm::platform::view

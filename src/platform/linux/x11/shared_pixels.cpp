@@ -4,6 +4,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::x11 {
@@ -24,18 +25,10 @@ class FileDescriptor {
   const int descriptor_;
 };
 
-bool canPassDescriptors(xcb_connection_t* connection) {
-  const auto* extension = xcb_get_extension_data(connection, &xcb_shm_id);
-  if (extension == nullptr || extension->present == 0) return false;
-  const Reply<xcb_shm_query_version_reply_t> version(
-      xcb_shm_query_version_reply(connection, xcb_shm_query_version(connection), nullptr));
-  return version && (version->major_version > 1 || version->minor_version >= 2);
-}
-
 }  // namespace
 
 std::unique_ptr<SharedPixels> SharedPixels::make(xcb_connection_t* connection, std::size_t size) {
-  if (!canPassDescriptors(connection)) return nullptr;
+  if (!supports(connection, Extension::memory)) return nullptr;
   const FileDescriptor memory(memfd_create("vlm-pixels", MFD_CLOEXEC));
   if (memory.get() < 0 || ftruncate(memory.get(), static_cast<off_t>(size)) != 0) return nullptr;
   void* data = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);

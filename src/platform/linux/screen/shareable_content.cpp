@@ -1,0 +1,61 @@
+#include "platform/linux/screen/shareable_content.h"
+
+#include <map>
+#include <utility>
+
+#include "platform/linux/screen/core_rectangle.h"
+#include "platform/linux/x11/broken_pipe.h"
+#include "platform/linux/x11/monitors.h"
+#include "platform/linux/x11/window_list.h"
+
+namespace vlm::platform::screen {
+namespace {
+
+using Applications =
+    std::map<std::pair<std::string, std::int32_t>, std::shared_ptr<const SCRunningApplication>>;
+
+// The application that a window tells to belong to; null when it tells nothing at all.
+std::shared_ptr<const SCRunningApplication> applicationOf(const x11::Window& window,
+                                                          SCShareableContent& content,
+                                                          Applications& known) {
+  if (!window.className && window.processId == 0) return nullptr;
+  const SCRunningApplication application{window.className.value_or(""), window.processId};
+  auto& entry = known[{application.bundleIdentifier, application.processID}];
+  if (entry == nullptr) {
+    entry = std::make_shared<SCRunningApplication>(application);
+    content.applications.push_back(entry);
+  }
+  return entry;
+}
+
+void addWindows(const x11::Connection& connection, bool onScreenOnly, SCShareableContent& content) {
+  Applications known;
+  for (const auto& window : x11::listManagedWindows(connection)) {
+    // An application runs also while all its windows are minimised.
+    auto application = applicationOf(window, content, known);
+    if (onScreenOnly && !window.isOnScreen) continue;
+    content.windows.push_back(std::make_shared<SCWindow>(
+        SCWindow{window.id, window.title, pointsOf(window.frame), std::move(application)}));
+  }
+}
+
+std::shared_ptr<const SCShareableContent> contentOf(const x11::Connection& connection,
+                                                    bool onScreenOnly) {
+  auto content = std::make_shared<SCShareableContent>();
+  addWindows(connection, onScreenOnly, *content);
+  for (const auto& monitor : x11::listMonitors(connection)) {
+    content->displays.push_back(
+        std::make_shared<SCDisplay>(SCDisplay{monitor.id, pointsOf(monitor.frame)}));
+  }
+  return connection.isLost() ? nullptr : content;
+}
+
+}  // namespace
+
+std::shared_ptr<const SCShareableContent> currentContent(bool onScreenWindowsOnly) {
+  const x11::BrokenPipeGuard guard;
+  const auto connection = x11::Connection::open();
+  return connection ? contentOf(*connection, onScreenWindowsOnly) : nullptr;
+}
+
+}  // namespace vlm::platform::screen

@@ -1,0 +1,19 @@
+#include "platform/core_foundation.h"
+
+#include "platform/scripted/machine/machine.h"
+
+namespace vlm::platform {
+
+using scripted::Machine;
+
+void CFRunLoopAddSourceToMain(CFRunLoopSource& source) {
+  Machine::current().journal.enter("CFRunLoopAddSource");
+  source.added = true;
+}
+
+void CFRunLoopRemoveSourceFromMain(CFRunLoopSource& source) {
+  Machine::current().journal.enter("CFRunLoopRemoveSource");
+  source.added = false;
+}
+
+}  // namespace vlm::platform

@@ -1,0 +1,92 @@
+#include "platform/scripted/machine/stepped_queue.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+#include <utility>
+
+namespace vlm::platform::scripted {
+namespace {
+
+class SteppedQueue final : public DispatchQueue {
+ public:
+  SteppedQueue(Stepper& stepper, std::string label, bool isMain)
+      : stepper_(stepper),
+        lane_(std::make_shared<Stepper::Lane>(Stepper::Lane{std::move(label), isMain})) {}
+
+  const std::string& label() const override { return lane_->label; }
+  void async(std::function<void()> job) override { stepper_.submit(lane_, std::move(job)); }
+  void sync(const std::function<void()>& job) override {
+    auto done = std::make_shared<bool>(false);
+    stepper_.submit(lane_, [&job, done] {
+      job();
+      *done = true;
+    });
+    stepper_.stepUntil([done] { return *done; }, "a synchronous job of queue " + label());
+  }
+
+ private:
+  Stepper& stepper_;
+  const std::shared_ptr<Stepper::Lane> lane_;
+};
+
+class SteppedSemaphore final : public DispatchSemaphore {
+ public:
+  SteppedSemaphore(Stepper& stepper, int count) : stepper_(stepper), count_(count) {}
+  void wait() override {
+    stepper_.stepUntil([this] { return count_ > 0; }, "a semaphore");
+    --count_;
+  }
+  void signal() override { ++count_; }
+
+ private:
+  Stepper& stepper_;
+  int count_;
+};
+
+}  // namespace
+
+std::shared_ptr<DispatchQueue> Stepper::makeQueue(std::string label, bool isMain) {
+  return std::make_shared<SteppedQueue>(*this, std::move(label), isMain);
+}
+
+std::shared_ptr<DispatchSemaphore> Stepper::makeSemaphore(int count) {
+  return std::make_shared<SteppedSemaphore>(*this, count);
+}
+
+void Stepper::submit(std::shared_ptr<Lane> lane, std::function<void()> job) {
+  const MutexLock lock(mutex_);
+  jobs_.push_back({std::move(lane), std::move(job)});
+}
+
+bool Stepper::step() {
+  std::optional<Job> job;
+  {
+    const MutexLock lock(mutex_);
+    const auto ready =
+        std::ranges::find_if(jobs_, [](const Job& each) { return !each.lane->running; });
+    if (ready == jobs_.end()) return false;
+    job = std::move(*ready);
+    jobs_.erase(ready);
+  }
+  job->lane->running = true;
+  const bool before = std::exchange(onMainThread_, job->lane->isMain);
+  job->run();
+  // What the job owns ends where it ran.
+  job->run = nullptr;
+  onMainThread_ = before;
+  job->lane->running = false;
+  return true;
+}
+
+void Stepper::stepUntil(const std::function<bool()>& done, const std::string& what) {
+  while (!done()) {
+    if (step()) continue;
+    std::fprintf(stderr, "scripted machine: nothing left to run can end the wait for %s\n",
+                 what.c_str());
+    std::abort();
+  }
+}
+
+}  // namespace vlm::platform::scripted
