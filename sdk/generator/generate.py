@@ -27,6 +27,8 @@ for _hand in glob.glob(os.path.join(ROOT, 'by-hand', '*.h')):
             GIVEN |= set(_names.split())
 CRATES = {'IOKit': 'objc2-io-kit', 'AudioToolbox': 'objc2-audio-toolbox', 'CoreAudioTypes':
           'objc2-core-audio-types', 'CoreFoundation': 'objc2-core-foundation'}
+# Where a framework's own header is not called like it.
+HEADER = {'IOKit': 'IOKitLib'}
 BINARY = {'HIServices': 'ApplicationServices', 'CoreAudioTypes': None}
 
 
@@ -181,9 +183,9 @@ class Generator:
         source, variadic = None, ''
         if record:
             result = self.result_of(name, record)
-            args = [(a.get('name') or '', a.get('type_name') or ctypes_of.encoded(a['typestr'])[0])
-                    for a in record['args']]
-            variadic = ', ...' if record.get('variadic') else ''
+            args = [(a.get('name') or '', plain(a.get('type_name') or ctypes_of.encoded(a['typestr'])[0]))
+                    for a in record['args'] if a.get('typestr') != 'v']
+            variadic = ', ...' if record.get('variadic') and args else ''
             source, since = f'PyObjC {where}', record.get('introduced')
         elif name in self.crates.functions:
             types, result = self.crates.functions[name]
@@ -278,6 +280,7 @@ class Generator:
         elif parent in self.home and self.home[parent] != framework:
             header.uses.add(self.home[parent])
         header.objects.add(name)
+        header.classes.add(name)
         return header.interfaces.append(f'@interface {name} : {parent}\n{body}\n@end')
 
     def all_methods(self, record, framework):
@@ -382,7 +385,7 @@ class Generator:
             binary = BINARY.get(framework, framework)
             name = binary or framework
             folder = os.path.join(target, 'Frameworks', name + '.framework')
-            write(os.path.join(folder, 'Headers', name + '.h'), self.header_text(framework))
+            write(os.path.join(folder, 'Headers', HEADER.get(name, name) + '.h'), self.header_text(framework))
             if binary:
                 write(os.path.join(folder, name + '.tbd'), self.stub_text(binary, self.headers[framework]))
         lines = [f'{name}: {"; ".join(s)}' for name, s in sorted(self.sources.items())]
@@ -392,6 +395,10 @@ class Generator:
 def order(framework):
     names = bindings.FRAMEWORKS
     return names.index(framework) if framework in names else len(names)
+
+
+def plain(kind):
+    return re.sub(r'\b_Bool\b', 'bool', kind)
 
 
 def since_text(record):

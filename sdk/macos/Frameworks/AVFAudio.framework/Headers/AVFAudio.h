@@ -5,6 +5,7 @@
 #import <CoreAudioTypes/CoreAudioTypes.h>
 #import <AudioToolbox/AudioToolbox.h>
 
+@class AVAudioBuffer, AVAudioChannelLayout, AVAudioConverter, AVAudioEngine, AVAudioFormat, AVAudioIONode, AVAudioInputNode, AVAudioMixerNode, AVAudioNode, AVAudioOutputNode, AVAudioPCMBuffer, AVAudioPlayer, AVAudioSourceNode, AVAudioTime;
 #ifdef __cplusplus
 extern "C" {
 #endif

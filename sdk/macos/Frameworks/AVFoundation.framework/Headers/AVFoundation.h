@@ -5,6 +5,7 @@
 #import <CoreMedia/CoreMedia.h>
 #import <QuartzCore/QuartzCore.h>
 
+@class AVSampleBufferDisplayLayer;
 #ifdef __cplusplus
 extern "C" {
 #endif

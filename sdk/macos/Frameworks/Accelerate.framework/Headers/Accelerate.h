@@ -42,8 +42,6 @@ enum { kvImageNoError = 0, kvImageNoFlags = 0 };
 #ifdef __cplusplus
 extern "C" {
 #endif
-extern const vImage_YpCbCrToARGBMatrix *kvImage_YpCbCrToARGBMatrix_ITU_R_601_4
-    __attribute__((availability(macos, introduced = 10.10)));
 vImage_Error vImageConvert_YpCbCrToARGB_GenerateConversion(
     const vImage_YpCbCrToARGBMatrix *matrix, const vImage_YpCbCrPixelRange *pixelRange,
     vImage_YpCbCrToARGB *outInfo, vImageYpCbCrType inYpCbCrType, vImageARGBType outARGBType,

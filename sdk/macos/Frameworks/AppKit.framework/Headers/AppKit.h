@@ -4,6 +4,7 @@
 #import <Foundation/Foundation.h>
 #import <QuartzCore/QuartzCore.h>
 
+@class NSEvent, NSRunningApplication, NSScreen, NSView, NSWindow, NSWorkspace;
 #ifdef __cplusplus
 extern "C" {
 #endif

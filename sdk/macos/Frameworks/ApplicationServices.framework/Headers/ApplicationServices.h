@@ -11,7 +11,7 @@ typedef const struct __AXUIElement * AXUIElementRef;
 AXUIElementRef AXUIElementCreateApplication(pid_t pid);
 int32_t AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef  _Nullable * value);
 CFTypeID AXUIElementGetTypeID(void);
-CFTypeID AXValueGetTypeID(void, ...) __attribute__((availability(macos,introduced=10.3)));
+CFTypeID AXValueGetTypeID(void) __attribute__((availability(macos,introduced=10.3)));
 typedef const struct __AXValue * AXValueRef;
 uint32_t AXValueGetType(AXValueRef value);
 typedef enum AXValueType : uint32_t AXValueType;

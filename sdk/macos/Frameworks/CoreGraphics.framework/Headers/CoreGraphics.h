@@ -59,7 +59,7 @@ enum CGScrollEventUnit : uint32_t {
 };
 CGEventRef CGEventCreateScrollWheelEvent2(CGEventSourceRef source, CGScrollEventUnit units, uint32_t wheelCount, int32_t wheel1, int32_t wheel2, int32_t wheel3) __attribute__((availability(macos,introduced=10.13)));
 typedef uint16_t CGKeyCode;
-CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode virtualKey, _Bool keyDown) __attribute__((availability(macos,introduced=10.4)));
+CGEventRef CGEventCreateKeyboardEvent(CGEventSourceRef source, CGKeyCode virtualKey, bool keyDown) __attribute__((availability(macos,introduced=10.4)));
 typedef enum CGEventFlags : uint64_t CGEventFlags;
 enum CGEventFlags : uint64_t {
   kCGEventFlagMaskNonCoalesced = 256,

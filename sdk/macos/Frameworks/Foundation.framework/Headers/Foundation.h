@@ -26,6 +26,7 @@ typedef struct NSFastEnumerationState {
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
 @end
 
+@class NSData, NSError, NSException, NSJSONSerialization, NSLocale, NSString, NSThread, NSURL;
 #ifdef __cplusplus
 extern "C" {
 #endif

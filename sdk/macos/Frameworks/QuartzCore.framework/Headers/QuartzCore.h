@@ -3,6 +3,7 @@
 #import <CoreFoundation/CoreFoundation.h>
 #import <CoreGraphics/CoreGraphics.h>
 
+@class CALayer;
 #ifdef __cplusplus
 extern "C" {
 #endif

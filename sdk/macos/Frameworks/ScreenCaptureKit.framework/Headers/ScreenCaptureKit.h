@@ -5,6 +5,7 @@
 #import <CoreGraphics/CoreGraphics.h>
 #import <CoreMedia/CoreMedia.h>
 
+@class SCContentFilter, SCDisplay, SCRunningApplication, SCShareableContent, SCStream, SCStreamConfiguration, SCWindow;
 @protocol SCStreamDelegate, SCStreamOutput;
 #ifdef __cplusplus
 extern "C" {
