@@ -31,9 +31,7 @@ OSStatus makeSample(std::span<const std::uint8_t> bytes, Ref<CMFormatDescription
   status =
       CMSampleBufferCreateReady(std::move(block), std::move(description), timing, sizes, sample);
   if (status != noErr || keyFrame) return status;
-  auto* attachments = CMSampleBufferGetSampleAttachmentsArray(*sample, true);
-  (*attachments->as<CFArray>()->front().as<CFDictionary>())[std::string(
-      kCMSampleAttachmentKey_NotSync)] = true;
+  helpers::setSampleAttachment(*sample, kCMSampleAttachmentKey_NotSync, true);
   return noErr;
 }
 
