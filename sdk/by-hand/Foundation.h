@@ -1,9 +1,13 @@
 // By hand: classes with type parameters, which the metadata has without them, and what the language
 // itself asks for. The comparison looks the methods up like all others.
-// names: NSArray NSDictionary NSErrorDomain NSFastEnumerationState NSUInteger NSInteger
+// names: NSPoint NSSize NSRect NSArray NSDictionary NSErrorDomain NSFastEnumerationState NSUInteger NSInteger
 #import <objc/NSObject.h>
 #include <stdint.h>
 #include <sys/types.h>
+// On 64-bit systems these are one type each.
+typedef CGPoint NSPoint;
+typedef CGSize NSSize;
+typedef CGRect NSRect;
 @class NSString;
 typedef NSString *NSErrorDomain;
 typedef struct NSFastEnumerationState {

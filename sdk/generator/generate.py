@@ -166,13 +166,17 @@ class Generator:
         kind = record['retval'].get('type_name')
         if kind:
             return kind
+        crate = self.crates.functions.get(name, ((), ''))[1]
+        counted = re.search(r'(?:CFRetained<|NonNull<|&)(\w+)', crate)
+        if counted and self.is_reference(counted.group(1)):
+            return counted.group(1) + 'Ref'
         reference = re.fullmatch(r'r?\^r?\{(\w+)=.*\}', typestr)
         if reference:
             return self.references.get(reference.group(1), f'struct {reference.group(1)} *')
         if typestr == '@':
             return 'CFTypeRef'
-        crate = self.crates.functions.get(name, ((), ''))[1]
-        if re.fullmatch(r'[A-Z]\w+', crate) and (crate in self.crates.types or crate in self.home):
+        if re.fullmatch(r'[A-Z]\w+', crate) and (
+                crate in self.crates.types or self.pyobjc.look('enum_type', crate)[0]):
             return crate
         if crate == 'usize':
             return 'size_t'

@@ -8,6 +8,7 @@
 #include "platform/macos/bridge/native.h"
 #include "platform/macos/bridge/owned.h"
 #include "platform/macos/bridge/queue.h"
+#include "platform/macos/bridge/values.h"
 
 namespace vlm::platform::bridge {
 

@@ -9,23 +9,23 @@
 
 namespace {
 
-using vlm::platform::AXObserverCallback;
+using Callback = vlm::platform::AXObserverCallback;
 using vlm::platform::Mutex;
 using vlm::platform::MutexLock;
 
 // The callbacks of all observers, by number. A number is never used again.
 class Callbacks {
  public:
-  std::uintptr_t add(AXObserverCallback callback) {
+  std::uintptr_t add(Callback callback) {
     const MutexLock lock(mutex_);
-    callbacks_[++last_] = std::make_shared<const AXObserverCallback>(std::move(callback));
+    callbacks_[++last_] = std::make_shared<const Callback>(std::move(callback));
     return last_;
   }
   void remove(std::uintptr_t number) {
     const MutexLock lock(mutex_);
     callbacks_.erase(number);
   }
-  std::shared_ptr<const AXObserverCallback> find(std::uintptr_t number) {
+  std::shared_ptr<const Callback> find(std::uintptr_t number) {
     const MutexLock lock(mutex_);
     const auto found = callbacks_.find(number);
     return found == callbacks_.end() ? nullptr : found->second;
@@ -34,7 +34,7 @@ class Callbacks {
  private:
   Mutex mutex_;
   std::uintptr_t last_ VLM_GUARDED_BY(mutex_) = 0;
-  std::map<std::uintptr_t, std::shared_ptr<const AXObserverCallback>> callbacks_
+  std::map<std::uintptr_t, std::shared_ptr<const Callback>> callbacks_
       VLM_GUARDED_BY(mutex_);
 };
 
@@ -55,7 +55,7 @@ void deliver(AXObserverRef, AXUIElementRef, CFStringRef notification, void* numb
 
 @implementation VLMAccessibilityObserver
 
-- (AXError)watch:(pid_t)pid callback:(AXObserverCallback)callback {
+- (AXError)watch:(pid_t)pid callback:(Callback)callback {
   const auto error = ::AXObserverCreate(pid, deliver, observer_.out());
   if (error == kAXErrorSuccess) number_ = callbacks().add(std::move(callback));
   return error;

@@ -106,7 +106,7 @@ CFValue fromGeometry(AXValueRef value) {
 }  // namespace
 
 CFStringRef constantFor(Keys keys, std::string_view name) {
-  const auto* const found =
+  const auto found =
       std::find_if(keys.begin(), keys.end(), [&](const Key& key) { return key.name == name; });
   return found == keys.end() ? nullptr : found->constant;
 }

@@ -9,28 +9,6 @@ Boolean AXIsProcessTrusted(void) __attribute__((availability(macos,introduced=10
 Boolean AXIsProcessTrustedWithOptions(CFDictionaryRef options) __attribute__((availability(macos,introduced=10.9)));
 typedef const struct __AXUIElement * AXUIElementRef;
 AXUIElementRef AXUIElementCreateApplication(pid_t pid);
-int32_t AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef  _Nullable * value);
-CFTypeID AXUIElementGetTypeID(void);
-CFTypeID AXValueGetTypeID(void) __attribute__((availability(macos,introduced=10.3)));
-typedef const struct __AXValue * AXValueRef;
-uint32_t AXValueGetType(AXValueRef value);
-typedef enum AXValueType : uint32_t AXValueType;
-enum AXValueType : uint32_t {
-  kAXValueTypeIllegal = 0,
-  kAXValueTypeCGPoint = 1,
-  kAXValueTypeCGSize = 2,
-  kAXValueTypeCGRect = 3,
-  kAXValueTypeCFRange = 4,
-  kAXValueTypeAXError = 5
-};
-Boolean AXValueGetValue(AXValueRef value, AXValueType theType, void * valuePtr);
-AXValueRef AXValueCreate(AXValueType theType, const void * valuePtr);
-typedef struct __AXObserver * AXObserverRef;
-typedef void (*AXObserverCallback)(AXObserverRef _Nonnull, AXUIElementRef _Nonnull, CFStringRef _Nonnull, void * _Nullable);
-int32_t AXObserverCreate(pid_t application, AXObserverCallback callback, AXObserverRef  _Nullable * outObserver);
-int32_t AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element, CFStringRef notification, void * refcon);
-CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef observer);
-extern CFStringRef kAXTrustedCheckOptionPrompt __attribute__((availability(macos,introduced=10.9)));
 typedef enum AXError : int32_t AXError;
 enum AXError : int32_t {
   kAXErrorNotEnoughPrecision = -25214,
@@ -50,6 +28,28 @@ enum AXError : int32_t {
   kAXErrorFailure = -25200,
   kAXErrorSuccess = 0
 };
+AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef  _Nullable * value);
+CFTypeID AXUIElementGetTypeID(void);
+CFTypeID AXValueGetTypeID(void) __attribute__((availability(macos,introduced=10.3)));
+typedef enum AXValueType : uint32_t AXValueType;
+enum AXValueType : uint32_t {
+  kAXValueTypeIllegal = 0,
+  kAXValueTypeCGPoint = 1,
+  kAXValueTypeCGSize = 2,
+  kAXValueTypeCGRect = 3,
+  kAXValueTypeCFRange = 4,
+  kAXValueTypeAXError = 5
+};
+typedef const struct __AXValue * AXValueRef;
+AXValueType AXValueGetType(AXValueRef value);
+Boolean AXValueGetValue(AXValueRef value, AXValueType theType, void * valuePtr);
+AXValueRef AXValueCreate(AXValueType theType, const void * valuePtr);
+typedef struct __AXObserver * AXObserverRef;
+typedef void (*AXObserverCallback)(AXObserverRef _Nonnull, AXUIElementRef _Nonnull, CFStringRef _Nonnull, void * _Nullable);
+AXError AXObserverCreate(pid_t application, AXObserverCallback callback, AXObserverRef  _Nullable * outObserver);
+AXError AXObserverAddNotification(AXObserverRef observer, AXUIElementRef element, CFStringRef notification, void * refcon);
+CFRunLoopSourceRef AXObserverGetRunLoopSource(AXObserverRef observer);
+extern CFStringRef kAXTrustedCheckOptionPrompt __attribute__((availability(macos,introduced=10.9)));
 #define kAXMainWindowAttribute CFSTR("AXMainWindow")
 #define kAXFocusedWindowAttribute CFSTR("AXFocusedWindow")
 #define kAXWindowsAttribute CFSTR("AXWindows")

@@ -2,8 +2,9 @@
 #pragma once
 
 // By hand: Darwin's own headers, and the literal that the compiler makes constants of.
-// names: CGFloat
+// names: CGFloat boolean_t
 #include <MacTypes.h>
+#include <mach/boolean.h>
 #include <stdbool.h>
 #include <stdint.h>
 typedef double CGFloat;
@@ -12,6 +13,18 @@ typedef double CGFloat;
 #ifdef __cplusplus
 extern "C" {
 #endif
+typedef struct CGPoint {
+  double x;
+  double y;
+} CGPoint;
+typedef struct CGSize {
+  double width;
+  double height;
+} CGSize;
+typedef struct CGRect {
+  struct CGPoint origin;
+  struct CGSize size;
+} CGRect;
 typedef const void * CFTypeRef;
 CFTypeRef CFRetain(CFTypeRef cf);
 void CFRelease(CFTypeRef cf);
@@ -64,7 +77,7 @@ CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8 * bytes, CFIndex le
 CFIndex CFDataGetLength(CFDataRef theData);
 uint8_t * CFDataGetBytePtr(CFDataRef theData);
 CFTypeID CFArrayGetTypeID(void);
-typedef const struct __CFArray * CFArrayRef;
+typedef struct __CFArray * CFMutableArrayRef;
 typedef const void *(*CFArrayRetainCallBack)(CFAllocatorRef, const void *);
 typedef void (*CFArrayReleaseCallBack)(CFAllocatorRef, const void *);
 typedef CFStringRef (*CFArrayCopyDescriptionCallBack)(const void *);
@@ -76,13 +89,13 @@ typedef struct CFArrayCallBacks {
   CFArrayCopyDescriptionCallBack copyDescription;
   CFArrayEqualCallBack equal;
 } CFArrayCallBacks;
-CFArrayRef CFArrayCreateMutable(CFAllocatorRef allocator, CFIndex capacity, const CFArrayCallBacks * callBacks);
-typedef struct __CFArray * CFMutableArrayRef;
+CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef allocator, CFIndex capacity, const CFArrayCallBacks * callBacks);
 void CFArrayAppendValue(CFMutableArrayRef theArray, const void * value);
+typedef const struct __CFArray * CFArrayRef;
 CFIndex CFArrayGetCount(CFArrayRef theArray);
 void * CFArrayGetValueAtIndex(CFArrayRef theArray, CFIndex idx);
 CFTypeID CFDictionaryGetTypeID(void);
-typedef const struct __CFDictionary * CFDictionaryRef;
+typedef struct __CFDictionary * CFMutableDictionaryRef;
 typedef const void *(*CFDictionaryRetainCallBack)(CFAllocatorRef, const void *);
 typedef void (*CFDictionaryReleaseCallBack)(CFAllocatorRef, const void *);
 typedef CFStringRef (*CFDictionaryCopyDescriptionCallBack)(const void *);
@@ -104,9 +117,9 @@ typedef struct CFDictionaryValueCallBacks {
   CFDictionaryCopyDescriptionCallBack copyDescription;
   CFDictionaryEqualCallBack equal;
 } CFDictionaryValueCallBacks;
-CFDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity, const CFDictionaryKeyCallBacks * keyCallBacks, const CFDictionaryValueCallBacks * valueCallBacks);
-typedef struct __CFDictionary * CFMutableDictionaryRef;
+CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity, const CFDictionaryKeyCallBacks * keyCallBacks, const CFDictionaryValueCallBacks * valueCallBacks);
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void * key, const void * value);
+typedef const struct __CFDictionary * CFDictionaryRef;
 void * CFDictionaryGetValue(CFDictionaryRef theDict, const void * key);
 CFIndex CFDictionaryGetCount(CFDictionaryRef theDict);
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void ** keys, const void ** values);
@@ -143,18 +156,6 @@ extern const CFArrayCallBacks kCFTypeArrayCallBacks;
 extern const CFDictionaryKeyCallBacks kCFTypeDictionaryKeyCallBacks;
 extern const CFDictionaryValueCallBacks kCFTypeDictionaryValueCallBacks;
 extern const CFRunLoopMode kCFRunLoopDefaultMode;
-typedef struct CGPoint {
-  double x;
-  double y;
-} CGPoint;
-typedef struct CGSize {
-  double width;
-  double height;
-} CGSize;
-typedef struct CGRect {
-  struct CGPoint origin;
-  struct CGSize size;
-} CGRect;
 #ifdef __cplusplus
 }
 #endif

@@ -73,7 +73,7 @@ enum CGEventFlags : uint64_t {
   kCGEventFlagMaskSecondaryFn = 8388608
 };
 void CGEventSetFlags(CGEventRef event, CGEventFlags flags) __attribute__((availability(macos,introduced=10.4)));
-CGPoint CGEventGetLocation(CGEventRef event) __attribute__((availability(macos,introduced=10.4)));
+struct CGPoint CGEventGetLocation(CGEventRef event) __attribute__((availability(macos,introduced=10.4)));
 typedef enum CGEventTapLocation : uint32_t CGEventTapLocation;
 enum CGEventTapLocation : uint32_t {
   kCGHIDEventTap = 0,
@@ -81,16 +81,6 @@ enum CGEventTapLocation : uint32_t {
   kCGAnnotatedSessionEventTap = 2
 };
 void CGEventPost(CGEventTapLocation tap, CGEventRef event) __attribute__((availability(macos,introduced=10.4)));
-int32_t CGWarpMouseCursorPosition(CGPoint newCursorPosition) __attribute__((availability(macos,introduced=10.0)));
-typedef int boolean_t;
-int32_t CGAssociateMouseAndMouseCursorPosition(boolean_t connected) __attribute__((availability(macos,introduced=10.0)));
-typedef struct CGColor * CGColorRef;
-CGColorRef CGColorCreateSRGB(CGFloat red, CGFloat green, CGFloat blue, CGFloat alpha) __attribute__((availability(macos,introduced=10.15)));
-void CGColorRelease(CGColorRef color) __attribute__((availability(macos,introduced=10.3)));
-extern const CFStringRef kCGWindowOwnerPID __attribute__((availability(macos,introduced=10.5)));
-extern const CFStringRef kCGWindowNumber __attribute__((availability(macos,introduced=10.5)));
-extern const CFStringRef kCGWindowBounds __attribute__((availability(macos,introduced=10.5)));
-enum { kCGNullWindowID = 0 };
 typedef enum CGError : int32_t CGError;
 enum CGError : int32_t {
   kCGErrorSuccess = 0,
@@ -105,6 +95,15 @@ enum CGError : int32_t {
   kCGErrorInvalidOperation = 1010,
   kCGErrorNoneAvailable = 1011
 };
+CGError CGWarpMouseCursorPosition(CGPoint newCursorPosition) __attribute__((availability(macos,introduced=10.0)));
+CGError CGAssociateMouseAndMouseCursorPosition(boolean_t connected) __attribute__((availability(macos,introduced=10.0)));
+typedef struct CGColor * CGColorRef;
+CGColorRef CGColorCreateSRGB(CGFloat red, CGFloat green, CGFloat blue, CGFloat alpha) __attribute__((availability(macos,introduced=10.15)));
+void CGColorRelease(CGColorRef color) __attribute__((availability(macos,introduced=10.3)));
+extern const CFStringRef kCGWindowOwnerPID __attribute__((availability(macos,introduced=10.5)));
+extern const CFStringRef kCGWindowNumber __attribute__((availability(macos,introduced=10.5)));
+extern const CFStringRef kCGWindowBounds __attribute__((availability(macos,introduced=10.5)));
+enum { kCGNullWindowID = 0 };
 typedef uint32_t CGDirectDisplayID;
 #ifdef __cplusplus
 }

@@ -46,9 +46,9 @@ int32_t CMSampleBufferCreateReady(CFAllocatorRef allocator, CMBlockBufferRef dat
 int32_t CMSampleBufferCreateReadyWithImageBuffer(CFAllocatorRef allocator, CVImageBufferRef imageBuffer, CMVideoFormatDescriptionRef formatDescription, const CMSampleTimingInfo * sampleTiming, CMSampleBufferRef  _Nullable * sampleBufferOut) __attribute__((availability(macos,introduced=10.10)));
 Boolean CMSampleBufferIsValid(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
 CMBlockBufferRef CMSampleBufferGetDataBuffer(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
-CVBufferRef CMSampleBufferGetImageBuffer(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
+CVImageBufferRef CMSampleBufferGetImageBuffer(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
 CMFormatDescriptionRef CMSampleBufferGetFormatDescription(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
-CMTime CMSampleBufferGetPresentationTimeStamp(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
+struct CMTime CMSampleBufferGetPresentationTimeStamp(CMSampleBufferRef sbuf) __attribute__((availability(macos,introduced=10.7)));
 CFArrayRef CMSampleBufferGetSampleAttachmentsArray(CMSampleBufferRef sbuf, Boolean createIfNecessary) __attribute__((availability(macos,introduced=10.7)));
 typedef CMFormatDescriptionRef CMAudioFormatDescriptionRef;
 struct AudioStreamBasicDescription * CMAudioFormatDescriptionGetStreamBasicDescription(CMAudioFormatDescriptionRef desc) __attribute__((availability(macos,introduced=10.7)));

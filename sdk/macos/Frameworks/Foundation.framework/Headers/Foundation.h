@@ -4,10 +4,14 @@
 
 // By hand: classes with type parameters, which the metadata has without them, and what the language
 // itself asks for. The comparison looks the methods up like all others.
-// names: NSArray NSDictionary NSErrorDomain NSFastEnumerationState NSUInteger NSInteger
+// names: NSPoint NSSize NSRect NSArray NSDictionary NSErrorDomain NSFastEnumerationState NSUInteger NSInteger
 #import <objc/NSObject.h>
 #include <stdint.h>
 #include <sys/types.h>
+// On 64-bit systems these are one type each.
+typedef CGPoint NSPoint;
+typedef CGSize NSSize;
+typedef CGRect NSRect;
 @class NSString;
 typedef NSString *NSErrorDomain;
 typedef struct NSFastEnumerationState {
@@ -55,12 +59,6 @@ enum NSJSONWritingOptions : uint64_t {
   NSJSONWritingWithoutEscapingSlashes = 8
 };
 void NSLog(NSString * format, ...);
-typedef struct NSRect {
-
-} NSRect;
-typedef struct NSPoint {
-
-} NSPoint;
 typedef double NSTimeInterval;
 #ifdef __cplusplus
 }

@@ -5,6 +5,9 @@
 #import <CoreGraphics/CoreGraphics.h>
 #import <CoreMedia/CoreMedia.h>
 
+// By hand: Darwin's own header of the queues.
+#include <dispatch/dispatch.h>
+
 @class SCContentFilter, SCDisplay, SCRunningApplication, SCShareableContent, SCStream, SCStreamConfiguration, SCWindow;
 @protocol SCStreamDelegate, SCStreamOutput;
 #ifdef __cplusplus
