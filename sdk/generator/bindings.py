@@ -57,6 +57,7 @@ class Crates:
                         r'(?:: Self)? =\s*(?:Self\()?([^;]+?)\)?;')
     TYPE = re.compile(r'pub type (\w+)(?:<[^=]*>)? =\s*([^;]+);')
     STRUCT = re.compile(r'pub struct (\w+) \{\n((?:    pub \w+: [^\n]+,\n)+)\}')
+    NEWTYPE = re.compile(r'pub struct (\w+)\(pub ([^)]+)\);')
     CLASS = re.compile(r'pub (?:unsafe )?(?:struct|trait) (\w+)|^impl(?:<[^\n]*>)? (\w+)', re.M)
     METHOD = re.compile(r'method\(([\w:]+)\)\)\](?:\s*#\[[^\n]*\])*\s*(?:pub )?(?:unsafe )?'
                         r'fn \w+(?:<[^(]*>)?\(([^;{]*?)\)(?:\s*->\s*([^;{]+?))?\s*(?:where [^;]*)?;', re.S)
@@ -64,6 +65,7 @@ class Crates:
     def __init__(self, folder):
         self.functions, self.statics, self.constants = {}, {}, {}
         self.types, self.structs, self.methods, self.where = {}, {}, {}, {}
+        self.kinds = {}  # what a named type of the crates is made of
         for path in sorted(glob.glob(os.path.join(folder, 'crates', '*', 'src', '**', '*.rs'),
                                      recursive=True)):
             with open(path, encoding='utf-8') as file:
@@ -89,6 +91,8 @@ class Crates:
             self._note(self.constants, name, value, crate)
         for name, kind in self.TYPE.findall(text):
             self._note(self.types, name, ' '.join(kind.split()), crate)
+        for name, kind in self.TYPE.findall(text) + self.NEWTYPE.findall(text):
+            self.kinds.setdefault(name, ' '.join(kind.split()))
         for name, fields in self.STRUCT.findall(text):
             self._note(self.structs, name, re.findall(r'pub (\w+): ([^\n]+),', fields), crate)
         self._methods(text, crate)
@@ -114,6 +118,8 @@ class Crates:
             text = cast.group(1) if cast else text
             if re.fullmatch(r'[-\s\dxa-fA-F<|()+~*]+', text):
                 return eval(text)  # pylint: disable=eval-used
+            if not re.fullmatch(r'[\w:]+', text):
+                return None
             name = text.split('::')[-1]
         return None
 
