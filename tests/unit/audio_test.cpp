@@ -50,8 +50,8 @@ TEST(AudioDevices, AreThoseWithChannelsAndAName) {
       {"AudioObjectGetPropertyData(1, dev#, glob)", "[]"},
       {"AudioObjectGetPropertyDataSize(5, slay, outp)", kHeadset},
       {"AudioObjectGetPropertyData(5, slay, outp)", kHeadset},
-      {"AudioObjectGetPropertyText(5, lnam, glob)", kHeadset},
-      {"AudioObjectGetPropertyText(5, uid , glob)",
+      {"AudioObjectGetPropertyData(5, lnam, glob)", kHeadset},
+      {"AudioObjectGetPropertyData(5, uid , glob)",
        R"([{"name":"Speakers","uid":""},{"name":"Headset","uid":"head"}])"},
   };
   for (const auto& [fault, expected] : cases) {
@@ -78,7 +78,7 @@ TEST(AudioDevices, AreFoundByTheFirstEqualUidOfTheDirection) {
   EXPECT_EQ(findDevice("same", Direction::output), 5U);
   EXPECT_EQ(findDevice("\xC3\xA9", Direction::input), 8U) << "the same letter, composed";
   EXPECT_EQ(findDevice("Same", Direction::input), std::nullopt);
-  machine.refuse("AudioObjectGetPropertyText(6, uid ", -50);
+  machine.refuse("AudioObjectGetPropertyData(6, uid ", -50);
   EXPECT_EQ(findDevice("same", Direction::input), 7U);
   machine.journal.take();
   EXPECT_EQ(findDevice("", Direction::input), std::nullopt);
