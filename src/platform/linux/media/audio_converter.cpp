@@ -10,6 +10,7 @@ extern "C" {
 
 #include "platform/linux/media/channel_places.h"
 #include "platform/linux/media/libav.h"
+#include "platform/portable/audio_format.h"
 
 namespace vlm::platform::media {
 namespace {
@@ -17,18 +18,18 @@ namespace {
 // Of a buffer, as far as the resampler can see.
 constexpr std::uint32_t kMostChannels = 64;
 
-AVSampleFormat formatOf(const AVAudioFormat& format) {
+AVSampleFormat formatOf(const PcmShape& format) {
   return format.interleaved ? AV_SAMPLE_FMT_FLT : AV_SAMPLE_FMT_FLTP;
 }
 
-bool canConvert(const AVAudioFormat& format) {
+bool canConvert(const PcmShape& format) {
   return format.commonFormat == AVAudioCommonFormat::pcmFloat32 && format.sampleRate >= 1 &&
          format.channelCount >= 1 && format.channelCount <= kMostChannels;
 }
 
 // What each channel of the input counts for in each of the output; empty for the usual weights.
 // Those leave out a subwoofer, and know nothing of many channels.
-std::vector<double> matrixFor(const AVAudioFormat& from, const AVAudioFormat& to,
+std::vector<double> matrixFor(const PcmShape& from, const PcmShape& to,
                               const ChannelPlaces& places) {
   if (from.channelCount == to.channelCount) return {};
   if (to.channelCount == 1) {
@@ -43,8 +44,7 @@ std::vector<double> matrixFor(const AVAudioFormat& from, const AVAudioFormat& to
                              1.0 / from.channelCount);
 }
 
-SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to,
-                            const ChannelPlaces& places) {
+SwrContextPtr makeResampler(const PcmShape& from, const PcmShape& to, const ChannelPlaces& places) {
   if (!canConvert(from) || !canConvert(to)) return nullptr;
   AVChannelLayout input{};
   AVChannelLayout output{};
@@ -68,7 +68,7 @@ SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to,
 using Planes = std::array<std::uint8_t*, kMostChannels>;
 
 Planes planesOf(AVAudioPCMBuffer& buffer, std::uint32_t fromFrame) {
-  const auto& format = buffer.format();
+  const auto format = shapeOf(buffer.format());
   const std::size_t step = format.interleaved ? format.channelCount : 1;
   Planes planes{};
   for (std::uint32_t channel = 0; channel < format.channelCount; ++channel) {
@@ -80,7 +80,7 @@ Planes planesOf(AVAudioPCMBuffer& buffer, std::uint32_t fromFrame) {
 
 class Converter final : public AVAudioConverter {
  public:
-  Converter(SwrContextPtr resampler, const AVAudioFormat& from, const AVAudioFormat& to)
+  Converter(SwrContextPtr resampler, const PcmShape& from, const PcmShape& to)
       : resampler_(std::move(resampler)), from_(from), to_(to) {}
 
   std::optional<NSError> convertToBuffer(AVAudioPCMBuffer& output,
@@ -88,7 +88,7 @@ class Converter final : public AVAudioConverter {
     output.setFrameLength(0);
     auto status = AVAudioConverterInputStatus::haveData;
     while (const auto piece = input(status)) {
-      if (piece->format() != from_) return NSError{"the input has another format"};
+      if (shapeOf(piece->format()) != from_) return NSError{"the input has another format"};
       learnPlaces(*piece);
       auto from = planesOf(*piece, 0);
       if (!convert(output, from.data(), piece->frameLength())) {
@@ -121,8 +121,8 @@ class Converter final : public AVAudioConverter {
   }
 
   SwrContextPtr resampler_;
-  const AVAudioFormat from_;
-  const AVAudioFormat to_;
+  const PcmShape from_;
+  const PcmShape to_;
   bool knowsPlaces_ = false;
 };
 
@@ -130,8 +130,10 @@ class Converter final : public AVAudioConverter {
 
 std::shared_ptr<AVAudioConverter> makeAudioConverter(const AVAudioFormat& from,
                                                      const AVAudioFormat& to) {
-  auto resampler = makeResampler(from, to, {});
-  return resampler ? std::make_shared<Converter>(std::move(resampler), from, to) : nullptr;
+  const auto source = shapeOf(from);
+  const auto target = shapeOf(to);
+  auto resampler = makeResampler(source, target, {});
+  return resampler ? std::make_shared<Converter>(std::move(resampler), source, target) : nullptr;
 }
 
 }  // namespace vlm::platform::media

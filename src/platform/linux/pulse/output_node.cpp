@@ -23,8 +23,8 @@ constexpr std::chrono::seconds kMostMissed{1};
 }  // namespace
 
 bool OutputNode::start(Connection& connection) {
-  const auto& wanted = source_->format;
-  planes_.assign(wanted.channelCount, std::vector<float>(kLongestPiece));
+  const auto& wanted = *source_->format;
+  planes_.assign(wanted.channelCount(), std::vector<float>(kLongestPiece));
   list_.clear();
   for (auto& plane : planes_) list_.push_back({1, kLongestPiece * 4, plane.data()});
 
@@ -40,7 +40,7 @@ bool OutputNode::start(Connection& connection) {
 void OutputNode::begin() {
   const auto& device = choice_.device();
   const pa_sample_spec format{PA_SAMPLE_FLOAT32NE,
-                              static_cast<std::uint32_t>(source_->format.sampleRate),
+                              static_cast<std::uint32_t>(source_->format->sampleRate()),
                               static_cast<std::uint8_t>(planes_.size())};
   pa_buffer_attr sizes{};
   sizes.maxlength = sizes.prebuf = static_cast<std::uint32_t>(-1);
@@ -85,7 +85,7 @@ void OutputNode::renderIntoNothing() {
   std::chrono::duration<double> missed = Clock::now() - rendered_;
   if (isAsked_ && isAlive(stream_) && missed < kHangs) return;
   missed = std::min<std::chrono::duration<double>>(missed, kMostMissed);
-  auto frames = static_cast<std::uint64_t>(missed.count() * source_->format.sampleRate);
+  auto frames = static_cast<std::uint64_t>(missed.count() * source_->format->sampleRate());
   while (frames > 0) {
     const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames, kLongestPiece));
     render(count);

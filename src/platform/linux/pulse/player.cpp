@@ -15,7 +15,7 @@ class Player final : public AVAudioPlayer {
   ~Player() override { stop(); }
 
   // The sound is in memory already.
-  void prepareToPlay() override {}
+  bool prepareToPlay() override { return true; }
 
   bool play() override {
     if (isPlaying()) return true;

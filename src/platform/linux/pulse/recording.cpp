@@ -8,8 +8,8 @@ namespace vlm::platform::pulse {
 namespace {
 
 pa_sample_spec specOf(const AVAudioFormat& format) {
-  return {PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format.sampleRate),
-          static_cast<std::uint8_t>(format.channelCount)};
+  return {PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format.sampleRate()),
+          static_cast<std::uint8_t>(format.channelCount())};
 }
 
 media::ChannelPlace placeOf(pa_channel_position_t position) {
@@ -66,7 +66,7 @@ bool Recording::start() {
 }
 
 void Recording::begin() {
-  const auto format = specOf(tap_.format);
+  const auto format = specOf(*tap_.format);
   // Half a tap's worth at a time keeps the pieces evenly spaced.
   pa_buffer_attr sizes{};
   sizes.maxlength = static_cast<std::uint32_t>(-1);
@@ -147,7 +147,7 @@ void Recording::read() {
     std::size_t bytes = 0;
     if (pa_stream_peek(stream_.get(), &data, &bytes) < 0 || bytes == 0) return;
     if (isMicrophone_) {
-      append(static_cast<const float*>(data), bytes / sizeof(float) / tap_.format.channelCount);
+      append(static_cast<const float*>(data), bytes / sizeof(float) / tap_.format->channelCount());
     }
     if (stream_) pa_stream_drop(stream_.get());
   }
@@ -155,7 +155,7 @@ void Recording::read() {
 
 // Null samples stand for a hole in the recording: silence.
 void Recording::append(const float* samples, std::size_t frames) {
-  const std::size_t channels = tap_.format.channelCount;
+  const std::size_t channels = tap_.format->channelCount();
   while (frames > 0 && !isEnding_) {
     const std::uint32_t begin = filling_->frameLength();
     const auto count =
