@@ -486,13 +486,20 @@ VLM_API void* vlm_present_create(void);
  * What:       The view, for the host to place in a window of its own.
  * Parameters: handle  a presenter.
  * Result:     on macOS the NSView. On Linux a pointer to the uint32_t id of an X11 window, which
- *             the host reparents into its own window and maps; the view then fills it and follows
- *             its size by itself.
+ *             the host reparents into its own window and maps. A host that does no more gets a view
+ *             that fills its window and follows its size. Once the host sizes the view itself, as
+ *             QWidget::createWindowContainer does, that size holds, and the host goes on sizing it.
  * Errors:     NULL for a NULL handle.
- * Thread:     any.
- * Lifetime:   lent: the host never ends it. It lives as long as its presenter. On Linux a host that
- *             destroys its window destroys the view in it, as X does: frames are then answered
- *             with VLM_PRESENT_BUSY. To keep the view, reparent it elsewhere first.
+ * Thread:     any; on Linux it asks the X server, for a second at most.
+ * Lifetime:   lent: the host never ends it. It lives as long as its presenter. On Linux the id at
+ *             the pointer may change with a call of this function, and only then. X destroys the
+ *             view together with a window that it is in. A new one is then made, outside of every
+ *             window: until the host has asked for its id here and placed it, frames are answered
+ *             with VLM_PRESENT_BUSY. Among the calls that destroy a host's X window are
+ *             gtk_container_remove, QWidget::setWindowFlag and SDL_CreateRenderer. A host asks
+ *             after such a call (and after XSync, where the toolkit sends its requests late), and
+ *             never uses an id from before. To keep the view as it is, reparent it to the root
+ *             window before the call.
  */
 VLM_API void* vlm_present_view(void* handle);
 
@@ -502,7 +509,7 @@ VLM_API void* vlm_present_view(void* handle);
  *             pixbuf  the frame; may be released after the call.
  *             ptsNs   not used: frames are shown as they come.
  * Result:     VLM_PRESENT_OK, or VLM_PRESENT_BUSY when the display still works on an earlier
- *             frame or is recovering from a failure.
+ *             frame, is recovering from a failure, or (on Linux) has lost its window.
  * Errors:     VLM_PRESENT_FAIL, VLM_PRESENT_ARG.
  * Thread:     any; never waits for the display.
  * Lifetime:   borrows both handles.

@@ -40,7 +40,8 @@ class NSView : public std::enable_shared_from_this<NSView> {
   void removeFromSuperview();
 
   // What the host is given to place the view with: the platform's own view, or a
-  // pointer that represents it. Lives as long as the view.
+  // pointer that represents it. Lives as long as the view; what is at the pointer is up to date
+  // when this returns.
   void* hostPointer() const;
 
  protected:

@@ -2,6 +2,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -31,12 +32,17 @@ class Canvas {
 
   // What a host does with the pointer that vlm_present_view returns.
   void adopt(const void* view, std::int16_t x = 7, std::int16_t y = 5);
+  // Sizes the adopted view, as a host does that keeps room around it.
+  void resizeChild(std::uint16_t width, std::uint16_t height);
+  // The view's pixel at the lower right as it is seen now, blue first.
+  std::array<std::uint8_t, 3> lastPixelOfChild();
   // The button presses on the window itself that have arrived since the last call.
   int clicks();
 
  private:
   void sync();
 
+  xcb_window_t child_ = XCB_NONE;
   xcb_connection_t* const connection_;
   xcb_window_t window_;
   xcb_pixmap_t pixmap_;
