@@ -15,6 +15,9 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvelmoramacnative${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# Loaded with the first sound file, so that no tool finds it.
+string(REGEX MATCH "^[0-9]+" libavformat "${LIBAVFORMAT_VERSION}")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS libavformat${libavformat})
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "The shared library that screen-sharing applications load.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvelmoramacnative-dev)

@@ -62,8 +62,8 @@ class Recording : public std::enable_shared_from_this<Recording> {
   std::atomic<bool> isEnding_ = false;
   // Under the connection's lock.
   Stream stream_;
-  // What the stream records is known to be a microphone. The server moves a stream to the monitor
-  // of an output when nothing else is left: nobody said that what the machine plays may be heard.
+  // The server has said that the stream's source is no monitor of an output. It moves a stream to
+  // such a monitor when nothing else is left, and what the machine plays is not the host's to have.
   bool isMicrophone_ = false;
   Operation question_;
   std::optional<RepeatingTimer> timer_;
