@@ -73,7 +73,8 @@ class Session : public Channel::Listener {
     if (clipboard_ != nullptr) clipboard_->askForText();
     clock_ = Source::every(Milliseconds(1000), [this, &target] {
       channel_->send(Alive{});
-      if (!target.exists()) channel_->end("the shared window was closed");
+      // The viewer comes back and gets it as it is now.
+      if (!target.isAsCaptured()) channel_->end("what is shared has gone or has another size");
     });
   }
 

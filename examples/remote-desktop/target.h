@@ -47,25 +47,31 @@ class Target {
       throw std::runtime_error("another display would be shared");
     }
     frame_ = seen;
+    screenSize_ = screenSize();
     return made;
   }
 
-  // False when a window has been closed.
-  bool exists() const {
-    return choice_.window == 0 ||
-           vlm_window_get_bounds(choice_.window, nullptr, nullptr, nullptr, nullptr);
+  // False when it has gone or got another size, for which the capture's pictures have no shape.
+  bool isAsCaptured() {
+    if (choice_.window == 0) return screenSize() == screenSize_;
+    const auto now = frame();
+    return now.width == frame_.width && now.height == frame_.height;
   }
 
   // Where it is now, in points.
   Frame frame() const {
-    Frame now = frame_;
-    if (choice_.window != 0) {
-      vlm_window_get_bounds(choice_.window, &now.x, &now.y, &now.width, &now.height);
-    }
+    if (choice_.window == 0) return frame_;
+    Frame now;
+    vlm_window_get_bounds(choice_.window, &now.x, &now.y, &now.width, &now.height);
     return now;
   }
 
  private:
+  std::pair<int, int> screenSize() {
+    const auto size = x_.ask(xcb_get_geometry_reply, xcb_get_geometry(x_.get(), x_.root()));
+    return size ? std::pair<int, int>(size->width, size->height) : std::pair(0, 0);
+  }
+
   Frame findMonitor() {
     display_ = x_.atom(choice_.display);
     const auto all =
@@ -82,7 +88,8 @@ class Target {
   X& x_;
   const Choice choice_;
   std::uint32_t display_ = 0;
-  Frame frame_;
+  Frame frame_;  // when it was captured
+  std::pair<int, int> screenSize_;
 };
 
 }  // namespace remote

@@ -258,7 +258,7 @@ TEST(RemoteDesktop, AWindowThatIsSharedIsAllThatIsSeenAndEndsTheSharingWhenItClo
   copyOn(viewing, "not for the other side");
   outputOf(on(shared, {"xdotool", "windowclose", window}));
   EXPECT_EQ(view.process().wait(), 0);
-  EXPECT_TRUE(share.eventuallyLogs("the shared window was closed"));
+  EXPECT_TRUE(share.eventuallyLogs("what is shared has gone"));
   EXPECT_TRUE(outputOf(on(shared, {"xdotool", "getmouselocation"})).starts_with("x:5 y:5 "));
   EXPECT_NE(clipboardOf(shared), "not for the other side");
   Role other(viewing, {"view", share.invitation()});
