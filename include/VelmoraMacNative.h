@@ -359,6 +359,12 @@ VLM_API void* vlm_enc_create(int32_t width, int32_t height, int32_t fps, int32_t
 /*
  * What:       Submits one frame. A size other than the last frame's first delivers what is in
  *             flight and then rebuilds the encoder; the frame becomes a key frame.
+ *             A still screen yields no frames, and what it shows last is often too large to be
+ *             sent sharp at once. So keep the last frame and, while no other comes, submit it
+ *             again at the frame rate with new time stamps: each time the encoder sharpens a part
+ *             of what is shown, and what changed last comes first. That is worth while until no
+ *             access unit of the last two seconds had more than 500 bytes. From then on, until the
+ *             screen changes, it would bring nothing that can be seen.
  * Parameters: handle         an encoder.
  *             pixbuf         the frame, '420v', '420f' or 'BGRA'; may be released after the call.
  *             ptsNs          its time stamp in nanoseconds, rising from frame to frame.

@@ -22,7 +22,8 @@ struct Counts {
   std::uint64_t dropped = 0;  // decoded, but replaced by a newer frame while the view was busy
   Size size;                  // of the last frame
   Latency latency;            // from grab (or reading) to shown
-  // When the last repeated frame was submitted: it has no grab that a latency could count from.
+  // When the last captured frame was first submitted again, 0 when it was not: repetitions have no
+  // grab that a latency could count from.
   std::int64_t repeatedPts = 0;
 };
 

@@ -17,6 +17,10 @@ namespace {
 constexpr std::chrono::milliseconds kLossCheck{250};
 constexpr std::chrono::nanoseconds kLostAfter = std::chrono::seconds(1);
 
+// A still frame is as sharp as it gets when access units have been no larger for two seconds.
+constexpr std::size_t kNothingNew = 500;
+constexpr std::int32_t kQuietSeconds = 2;
+
 // Keeps time stamps rising where a grab and a repetition meet, in nanoseconds.
 constexpr std::int64_t kShortestStep = 1'000;
 
@@ -136,6 +140,11 @@ void Sharer::onEncoded(const std::uint8_t* data, std::int32_t size, bool keyfram
   const AccessUnit unit{{data, static_cast<std::size_t>(size)}, keyframe};
   if (keyframe) sharer.keyframePts_ = ptsNs;
   sharer.encodedPts_ = ptsNs;
+  if (unit.bytes.size() > kNothingNew) {
+    sharer.quiet_ = 0;
+  } else {
+    ++sharer.quiet_;
+  }
   sharer.counts_.change([&](Counts& counts) {
     ++counts.encoded;
     counts.bytes += unit.bytes.size();
@@ -150,6 +159,7 @@ void Sharer::encodeNew(void* pixbuf, Size size, std::int64_t ptsNs) {
   counts_.change([&](Counts& counts) {
     ++counts.captured;
     counts.size = size;
+    counts.repeatedPts = 0;
   });
   encoding_.with([&](Encoding& encoding) {
     if (!encoding.encoder) {
@@ -163,6 +173,8 @@ void Sharer::encodeNew(void* pixbuf, Size size, std::int64_t ptsNs) {
     const bool isPassedOver = encodedPts_ > encoding.forcedPts && isKeyframeMissing(encoding);
     submit(encoding, pixbuf, ptsNs, isPassedOver);
   });
+  quiet_ = 0;
+  if (!sharpens_.exchange(true)) sharpenLater();
 }
 
 // A frame grabbed before the last one was submitted again would turn time back.
@@ -179,7 +191,7 @@ void Sharer::repeatLast(Encoding& encoding, bool forceKeyframe) {
   const std::int64_t now = std::max(monotonicNow(), encoding.lastPts + kShortestStep);
   counts_.change([&](Counts& counts) {
     ++counts.repeated;
-    counts.repeatedPts = now;
+    if (counts.repeatedPts == 0) counts.repeatedPts = now;
   });
   submit(encoding, encoding.lastFrame.get(), now, forceKeyframe);
 }
@@ -196,6 +208,25 @@ void Sharer::repeatIfLost() {
                         monotonicNow() - encoding.lastPts > kLostAfter.count();
     if (isLost) repeatLast(encoding, isKeyframeMissing(encoding));
   });
+}
+
+void Sharer::sharpenLater() {
+  const std::chrono::milliseconds frame{1000 / std::max(options_.fps, 1)};
+  loop_.after(frame, [this] { sharpen(); });
+}
+
+// Submits the last frame again when no other has come for a frame's time.
+void Sharer::sharpen() {
+  const std::int64_t frame = 1'000'000'000 / std::max(options_.fps, 1);
+  const bool goesOn = encoding_.with([&](Encoding& encoding) {
+    if (!encoding.lastFrame) return false;
+    if (monotonicNow() - encoding.lastPts > frame / 2) repeatLast(encoding, false);
+    return quiet_ < kQuietSeconds * std::max(options_.fps, 1);
+  });
+  if (goesOn) return sharpenLater();
+  sharpens_ = false;
+  // A frame that has come meanwhile counted on this.
+  if (quiet_ == 0 && !sharpens_.exchange(true)) sharpenLater();
 }
 
 }  // namespace vlm::tools

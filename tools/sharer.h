@@ -34,8 +34,9 @@ struct SharingOptions {
 
 std::string description(const Target& target);
 
-// The sharing side: captures a target and encodes what comes, into one stream. Public members are
-// for the main thread.
+// The sharing side: captures a target and encodes what comes, into one stream. While the screen is
+// still, the last frame is submitted again until it is as sharp as it gets. Public members are for
+// the main thread.
 class Sharer {
  public:
   // Gets each access unit on a codec thread, in order. False asks for a key frame. What it throws
@@ -81,6 +82,8 @@ class Sharer {
   void repeatLast(Encoding& encoding, bool forceKeyframe);
   bool isKeyframeMissing(const Encoding& encoding) const;
   void repeatIfLost();
+  void sharpenLater();
+  void sharpen();
 
   SharingOptions options_;
   MainLoop& loop_;
@@ -89,6 +92,10 @@ class Sharer {
   TargetWatch watch_;
   std::atomic<std::int64_t> encodedPts_ = 0;
   std::atomic<std::int64_t> keyframePts_ = 0;
+  // Access units on end that brought nothing to be seen.
+  std::atomic<std::int32_t> quiet_ = 0;
+  // Whether sharpen() is due.
+  std::atomic<bool> sharpens_ = false;
   Locked<Encoding> encoding_;
   // Of the capture's queue while a capture runs.
   std::optional<WavFile> audio_;

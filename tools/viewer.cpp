@@ -108,7 +108,7 @@ void Viewer::countShown(std::int64_t ptsNs) {
   const std::int64_t now = monotonicNow();
   counts_.change([&](Counts& counts) {
     ++counts.shown;
-    if (!isSameTime(ptsNs, counts.repeatedPts)) {
+    if (counts.repeatedPts == 0 || ptsNs < counts.repeatedPts - 1) {
       counts.latency.add(std::chrono::nanoseconds(now - ptsNs));
     }
   });

@@ -16,7 +16,7 @@ using platform::CVPixelBuffer;
 
 constexpr std::size_t kBlock = ChangeMap::kBlockSize;
 // A host stops to submit a still picture when so little has come for two seconds.
-constexpr std::size_t kNothing = 200;
+constexpr std::size_t kNothing = 500;
 constexpr int kPatience = 2 * Content::kFramesPerSecond;
 
 bool blockDiffers(const Picture& a, const Picture& b, std::size_t x, std::size_t y) {
