@@ -717,7 +717,8 @@ VLM_API void vlm_hotkey_monitor_stop(void);
  *             data, size        its bytes, any number from 0; data must not be NULL.
  * Result:     true when the secret was stored.
  * Errors:     false; a secret that stood there before may then be gone. A keychain that is locked
- *             or missing is a failure at once: nobody is asked for a password.
+ *             or missing, or that would ask a person, is a failure at once, and a secret that
+ *             another process could not read back is not stored.
  * Thread:     any.
  * Lifetime:   kept until it is deleted, beyond the end of the process.
  */

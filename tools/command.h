@@ -25,6 +25,7 @@ void addLoopback(CLI::App& program, Job& chosen);
 void addRecord(CLI::App& program, Job& chosen);
 void addPlay(CLI::App& program, Job& chosen);
 void addFindWindow(CLI::App& program, Job& chosen);
+void addDisplays(CLI::App& program, Job& chosen);
 void addWindows(CLI::App& program, Job& chosen);
 void addBounds(CLI::App& program, Job& chosen);
 void addTrack(CLI::App& program, Job& chosen);

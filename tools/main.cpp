@@ -5,6 +5,7 @@
 
 #include "VelmoraMacNative.h"
 #include "command.h"
+#include "description.h"
 #include "failure.h"
 
 namespace {
@@ -12,9 +13,9 @@ namespace {
 using namespace vlm::tools;
 
 constexpr void (*kCommands[])(CLI::App& program, Job& chosen) = {
-    addLoopback, addRecord,    addPlay,    addFindWindow, addWindows,     addBounds,
-    addTrack,    addType,      addPointer, addHotkeys,    addDevices,     addMic,
-    addTone,     addPlaySound, addSecret,  addMachineId,  addPermissions,
+    addLoopback, addRecord, addPlay,      addDisplays, addFindWindow, addWindows,
+    addBounds,   addTrack,  addType,      addPointer,  addHotkeys,    addDevices,
+    addMic,      addTone,   addPlaySound, addSecret,   addMachineId,  addPermissions,
 };
 
 constexpr int kUsageError = 2;
@@ -26,6 +27,18 @@ int parseAndRun(int argc, char** argv) {
                                             std::to_string(vlm_abi_version()) + ")");
   Job chosen;
   for (const auto add : kCommands) add(program, chosen);
+  // For the build, which makes manual page and completions of it: in no group, so not in the help.
+  program.add_option("--describe")->group("")->each([&](const std::string& form) {
+    std::fputs(describe(program, form).c_str(), stdout);
+    throw CLI::Success();
+  });
+  if (argc > 1 && argv[1][0] != '-') {
+    const auto complaint = complaintAbout(program, argv[1]);
+    if (!complaint.empty()) {
+      std::fprintf(stderr, "vlm: %s\n", complaint.c_str());
+      return kUsageError;
+    }
+  }
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

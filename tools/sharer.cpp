@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <optional>
 #include <utility>
 
+#include "displays.h"
 #include "failure.h"
 
 namespace vlm::tools {
@@ -31,6 +33,13 @@ std::string whyNotStarted(const Target& target) {
     return "no application whose name begins with '" + *target.application + "' can be captured";
   }
   return "the display can't be captured";
+}
+
+Rectangle capturedFrame(void* capture) {
+  double x = 0, y = 0, width = 0, height = 0;
+  vlm_capture_bounds(capture, &x, &y, &width, &height);
+  const auto whole = [](double points) { return static_cast<std::int32_t>(points); };
+  return {whole(x), whole(y), {whole(width), whole(height)}};
 }
 
 }  // namespace
@@ -66,8 +75,12 @@ void Sharer::startCapture() {
     capture_.reset(
         vlm_capture_start_app(target.application->c_str(), fps, maxW, maxH, onFrame, audio, this));
   } else {
+    const auto wanted =
+        target.display != 0 ? std::optional(displayWithId(target.display)) : std::nullopt;
     capture_.reset(
         vlm_capture_start_display(target.display, fps, maxW, maxH, onFrame, audio, this));
+    // The library takes the first display for one that is gone.
+    if (capture_ && wanted && capturedFrame(capture_.get()) != wanted->frame) capture_.reset();
   }
   if (!capture_) throw Failure(whyNotStarted(target));
 }

@@ -28,6 +28,9 @@ inline constexpr CGEventFlags kCGEventFlagMaskShift = 0x20000;
 inline constexpr CGEventFlags kCGEventFlagMaskControl = 0x40000;
 inline constexpr CGEventFlags kCGEventFlagMaskAlternate = 0x80000;
 inline constexpr CGEventFlags kCGEventFlagMaskCommand = 0x100000;
+// Beside kCGEventFlagMaskAlternate: which of the two option keys.
+inline constexpr CGEventFlags NX_DEVICELALTKEYMASK = 0x20;
+inline constexpr CGEventFlags NX_DEVICERALTKEYMASK = 0x40;
 
 enum class CGEventTapLocation : std::uint32_t { hidEventTap = 0 };
 

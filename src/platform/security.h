@@ -30,7 +30,8 @@ inline constexpr std::string_view kSecMatchLimitOne = "m_LimitOne";
 // answer a keychain that is missing, locked or silent with a failure within a second. Only bytes
 // that the caller passed or asked for leave copies of a secret in ordinary memory.
 
-// Stores a new item.
+// Stores a new item; one that another process could not read back, unless a person were asked, is a
+// failure and is not kept.
 OSStatus SecItemAdd(const CFValue& attributes);
 // The bytes of the first item that has the query's attributes. `result` is written on success.
 OSStatus SecItemCopyMatching(const CFValue& query, CFValue& result);

@@ -19,8 +19,8 @@ using Lines = std::vector<std::string>;
 
 const PrivateDesktop::Options kManaged{.width = 1000, .height = 700, .windowManager = true};
 constexpr std::uint64_t kShift = 0x20000, kControl = 0x40000, kOption = 0x80000,
-                        kCommand = 0x100000;
-constexpr std::uint16_t kKeyA = 0;
+                        kRightOption = 0x40, kCommand = 0x100000;
+constexpr std::uint16_t kKeyA = 0, kKeyB = 11, kKeyE = 14;
 
 // A client with the keyboard, whose output goes to a file.
 class Listener {
@@ -61,19 +61,19 @@ TEST(Typing, ArrivesAsItWasMeantUnderEachLayout) {
   }
 }
 
-// What xev reports, one line each: "KeyPress 0x1 a", "ButtonPress 4". Those of modifiers are left
-// out.
+// What xev reports, one line each: "down A 0x1", "button 4". Those of modifiers are left out.
 Lines reported(const Listener& xev) {
   static const std::regex kEvent(
       "(KeyPress|KeyRelease|ButtonPress) event[^]*?state (0x[0-9a-f]+), "
       "(?:keycode \\d+ \\(keysym 0x[0-9a-f]+, (\\w+)\\)|button (\\d))");
+  static const std::regex kModifier("(Shift|Control|Alt|Super|Caps|ISO)_\\w+");
   Lines lines;
   const auto output = xev.heard();
   for (std::sregex_iterator at(output.begin(), output.end(), kEvent), end; at != end; ++at) {
     const auto& event = *at;
     if (event[4].matched) {
       lines.push_back("button " + event[4].str());
-    } else if (event[3].length() == 1) {
+    } else if (!std::regex_match(event[3].str(), kModifier)) {
       lines.push_back((event[1] == "KeyPress" ? "down " : "up ") + event[3].str() + " " +
                       event[2].str());
     }
@@ -137,12 +137,81 @@ TEST(Injection, IsSeenWithExactlyTheFlagsGiven) {
   vlm_input_mouse_wheel(0, 40);
   vlm_input_mouse_wheel(0, -80);
   expectReported(xev, all, {"button 4", "button 5", "button 5"});
+  vlm_input_mouse_wheel(0, 30);
+  vlm_input_mouse_wheel(0, -40);  // what was left over the other way takes nothing of it
+  expectReported(xev, all, {"button 5"});
   for (int i = 0; i < 16; ++i) vlm_input_mouse_wheel(10, 5);  // 160 and 80 pixels
   const auto before = all.size();
   eventually([&] { return reported(xev).size() >= before + 6; });
   all = reported(xev);
   EXPECT_EQ(std::count(all.begin() + before, all.end(), "button 6"), 4);
   EXPECT_EQ(std::count(all.begin() + before, all.end(), "button 4"), 2);
+}
+
+TEST(Injection, APressKeepsItsModifiersUntilItsRelease) {
+  PrivateDesktop desktop(kManaged);
+  const Listener xev(desktop, "exec stdbuf -oL xev -event keyboard >OUT", "Event Tester");
+  Lines all;
+  outputOf({"xset", "r", "off"});
+  for (int i = 0; i < 6; ++i) vlm_input_key(kKeyA, true, 0);
+  vlm_input_key(kKeyA, false, 0);
+  eventually([&] { return timesIn(xev.heard(), "KeyPress event") >= 6; });
+  EXPECT_EQ(std::ranges::count(reported(xev), "down a 0x0"), 6) << "one press a call";
+  all = reported(xev);
+  const std::tuple<std::uint16_t, bool, std::uint64_t, std::string> posts[] = {
+      {kKeyA, true, kShift, "down A 0x1"},   {kKeyB, true, 0, "down b 0x0"},
+      {kKeyA, false, kShift, "up a 0x0"},    {kKeyB, false, kOption, "up b 0x0"},
+      {kKeyA, true, kShift, "down A 0x1"},   {kKeyB, true, kShift, "down B 0x1"},
+      {kKeyA, false, kShift, "up A 0x1"},    {kKeyB, false, kShift, "up B 0x1"},
+      {kKeyA, true, kControl, "down a 0x4"}, {kKeyA, false, 0, "up a 0x0"},
+      {kKeyB, true, kOption, "down b 0x8"},  {kKeyB, false, kOption, "up b 0x8"}};
+  for (const auto& [key, down, flags, seen] : posts) {
+    vlm_input_key(key, down, flags);
+    expectReported(xev, all, {seen});
+  }
+  EXPECT_EQ(timesIn(xev.heard(), "Alt_L)"), 2U) << "pressed once and released once";
+  outputOf({"xset", "r", "on"});
+  outputOf({"xset", "r", "rate", "200", "50"});
+  vlm_input_key(kKeyA, true, kShift);
+  EXPECT_TRUE(eventually([&] { return reported(xev).size() > all.size() + 6; })) << "repeats";
+  vlm_input_key(kKeyA, false, kShift);
+  vlm_input_key(kKeyB, true, 0);
+  eventually([&] { return reported(xev).back() == "down b 0x0"; });
+  const auto more = reported(xev);
+  vlm_input_key(kKeyB, false, 0);
+  for (auto i = all.size(); i + 1 < more.size(); ++i) EXPECT_TRUE(more[i].ends_with("A 0x1")) << i;
+}
+
+TEST(Injection, AltGrIsTheRightOptionKey) {
+  PrivateDesktop desktop(kManaged);
+  const Listener xev(desktop, "exec stdbuf -oL xev -event keyboard >OUT", "Event Tester");
+  const auto pressed = [&](const auto& press) {
+    const auto before = reported(xev).size();
+    press();
+    eventually([&] { return reported(xev).size() >= before + 2; });
+    return reported(xev).back();
+  };
+  const auto ours = [&](std::uint64_t flags) {
+    return pressed([&] {
+      vlm_input_key(kKeyE, true, flags);
+      vlm_input_key(kKeyE, false, flags);
+    });
+  };
+  for (const char* layout : {"de", "fr", "gb", "pl", "us -variant intl"}) {
+    SCOPED_TRACE(layout);
+    outputOf({"sh", "-c", std::string("setxkbmap ") + layout});
+    const auto asTyped = pressed([] {
+      outputOf(
+          {"xdotool", "keydown", "ISO_Level3_Shift", "key", "26", "keyup", "ISO_Level3_Shift"});
+    });
+    EXPECT_NE(asTyped, "up e 0x0");
+    EXPECT_EQ(ours(kOption | kRightOption), asTyped);
+    EXPECT_EQ(ours(kOption), "up e 0x8");
+    vlm_input_key(0x3D, true, kOption | kRightOption);
+    EXPECT_EQ(ours(kOption), asTyped);
+    EXPECT_EQ(ours(0), "up e 0x0");
+    vlm_input_key(0x3D, false, 0);
+  }
 }
 
 TEST(Injection, MovesThePointerAsOthersSeeIt) {
@@ -198,6 +267,8 @@ TEST(HotKeys, ComeOnceWhoeverHasTheKeyboard) {
   EXPECT_TRUE(pumpUntil([] { return !keys.empty() && keys.back() == 0x23; }));
   EXPECT_EQ(std::ranges::count(keys, 'X') + 1, std::ssize(keys));
   EXPECT_TRUE(otherKeys.empty());
+  outputOf({"setxkbmap", "de"});
+  pressed({"ISO_Level3_Shift", "q"}, {'Q'});
 
   std::thread([] { EXPECT_TRUE(vlm_hotkey_monitor_start(noteOtherKey)); }).join();
   runMainLoop();

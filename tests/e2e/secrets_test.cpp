@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <stdexcept>
+
 #include "VelmoraMacNative.h"
+#include "support/private_desktop.h"
 #include "support/private_session_bus.h"
+#include "support/scratch_folder.h"
 
 namespace vlm::test {
 namespace {
@@ -98,6 +103,53 @@ TEST(Secrets, AKeyringThatIsMissingLockedSilentOrGoneIsAFailureAtOnce) {
   bus.startKeyring();
   EXPECT_TRUE(set({4})) << "started again";
   EXPECT_EQ(get(), Bytes{4});
+}
+
+// KeePassXC as it is by default, with a database that holds nothing: it asks before another program
+// gets at an item, and for the password when a locked database is searched.
+class PasswordManager {
+ public:
+  explicit PasswordManager(bool isLocked) {
+    constexpr const char* kDatabase =
+        "<KeePassFile><Meta><CustomData><Item><Key>FDO_SECRETS_EXPOSED_GROUP</Key>"
+        "<Value>{00000000-0000-0000-0000-000000000001}</Value></Item></CustomData></Meta><Root>"
+        "<Group><UUID>AAAAAAAAAAAAAAAAAAAAAQ==</UUID><Name>All</Name></Group></Root></KeePassFile>";
+    writeFile(folder_.file("db.xml"), std::string(kDatabase));
+    writeFile(folder_.file("keys"), std::string("pw\npw\n"));
+    writeFile(folder_.file("ini"), std::string("[FdoSecrets]\nEnabled=true\n"));
+    run("keepassxc-cli import -q -p -t 100 db.xml db.kdbx <keys");
+    manager_.emplace(inFolder(std::string("exec keepassxc --config ini --localconfig local") +
+                              (isLocked ? "" : " --pw-stdin") + " db.kdbx <keys >log 2>&1"));
+    outputOf({"gdbus", "wait", "--session", "--timeout", "20", "org.freedesktop.secrets"});
+    if (!eventually([] { return windows() == 1; })) throw std::runtime_error("no KeePassXC");
+  }
+
+  static std::size_t windows() {
+    return timesIn(
+        runCommand({"xdotool", "search", "--onlyvisible", "--class", "KeePassXC"}).output, "\n");
+  }
+  std::string contents() const { return run("keepassxc-cli ls -q -R db.kdbx <keys"); }
+
+ private:
+  std::vector<std::string> inFolder(const std::string& command) const {
+    return {"sh", "-c", "cd " + folder_.file("") + " && " + command};
+  }
+  std::string run(const std::string& command) const { return outputOf(inFolder(command)); }
+
+  const ScratchFolder folder_;
+  std::optional<ChildProcess> manager_;
+};
+
+TEST(Secrets, AStoreThatWouldAskAPersonIsAFailureAtOnce) {
+  const PrivateDesktop desktop({.width = 1200, .height = 900, .windowManager = false});
+  for (const bool isLocked : {false, true}) {
+    const PrivateSessionBus bus;
+    const PasswordManager manager(isLocked);
+    expectFailuresAtOnce(isLocked ? "locked database" : "open database");
+    outputOf({"sleep", "1"});
+    EXPECT_EQ(PasswordManager::windows(), 1U) << "no window but its own";
+    EXPECT_EQ(manager.contents(), "[empty]");
+  }
 }
 
 }  // namespace

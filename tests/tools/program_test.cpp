@@ -149,6 +149,7 @@ TEST(Program, SaysInOneSentenceWhyItCantAndReturnsNonZero) {
             1,
             "no window 0x123 is on the screen"},
            {{"record", folder.file("x"), "--app", "Nobody"}, 1, "no application whose name"},
+           {{"record", folder.file("x"), "--display", "99"}, 1, "there is no display 99"},
            {{"find-window", "--title", "nowhere"}, 1, "no such window is on the screen"},
            {{"record", "/nowhere/x.h264"}, 1, "can't write /nowhere/x.h264: No such file"},
            {{"record", "/dev/full", "--seconds", "1"}, 1, "can't write /dev/full: No space left"},
@@ -165,6 +166,27 @@ TEST(Program, SaysInOneSentenceWhyItCantAndReturnsNonZero) {
   const auto unreachable = runCommand(vlm({"loopback"}));
   EXPECT_EQ(unreachable.status, 1);
   EXPECT_NE(unreachable.output.find("can't be reached"), std::string::npos) << unreachable.output;
+}
+
+TEST(Program, ListsTheDisplaysThatItShares) {
+  PrivateDesktop desktop({640, 480, false});
+  outputOf({"xrandr", "--setmonitor", "left", "400/100x480/100+0+0", "screen"});
+  outputOf({"xrandr", "--setmonitor", "right", "240/60x300/75+400+50", "none"});
+  const ScratchFolder folder;
+  Words names;
+  for (const Json& display : Json::parse(outputOf(vlm({"displays", "--json"})))) {
+    names.push_back(display["name"].get<std::string>());
+    const auto at = [&](const char* key) { return std::to_string(display[key].get<int>()); };
+    const auto frame = " " + at("width") + "/\\d+x" + at("height") + "/\\d+\\+" + at("x") + "\\+" +
+                       at("y") + "  ?";
+    EXPECT_TRUE(std::regex_search(outputOf({"xrandr", "--listmonitors"}),
+                                  std::regex(names.back() + frame)));
+    const auto stream = folder.file(names.back());
+    outputOf(vlm({"record", stream, "--display", at("id"), "--seconds", "0.5"}));
+    const auto probed = probe(stream);
+    EXPECT_EQ(probed["streams"][0]["width"], display["width"]);
+  }
+  EXPECT_EQ(names, (Words{"left", "right"}));
 }
 
 // What ffprobe says of the one stream of a WAV file.

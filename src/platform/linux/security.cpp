@@ -1,5 +1,6 @@
 #include "platform/security.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -9,6 +10,9 @@ namespace vlm::platform {
 namespace {
 
 using secrets::Conversation;
+
+// Leaves room for everything else within the second that a caller may have to wait.
+constexpr std::chrono::milliseconds kPatience{800};
 
 struct UnrefSecret {
   void operator()(SecretValue* secret) const { secret_value_unref(secret); }
@@ -37,11 +41,28 @@ std::optional<Address> addressOf(const CFValue& query) {
   return Address{*service, *account};
 }
 
+bool isSame(SecretValue* a, SecretValue* b) {
+  gsize sizeOfA = 0, sizeOfB = 0;
+  const auto* first = secret_value_get(a, &sizeOfA);
+  const auto* second = secret_value_get(b, &sizeOfB);
+  return std::equal(first, first + sizeOfA, second, second + sizeOfB);
+}
+
 // Where libsecret keeps them, the bytes are in memory that is never swapped out.
 CFData bytesOf(SecretValue* secret) {
   gsize size = 0;
   const auto* data = reinterpret_cast<const std::uint8_t*>(secret_value_get(secret, &size));
   return CFData(data, data + size);
+}
+
+// Whether a new client, as the next process will be, gets these bytes at the address. Some services
+// hand an item only to the client that stored it, until a person has been asked.
+bool canBeRead(const glib::Deadline& deadline, const Address& address, SecretValue* secret) {
+  Conversation conversation(deadline);
+  const auto items = conversation.find(address.service, address.account, true);
+  if (!items) return false;
+  const OwnedSecret found(secret_item_get_secret(SECRET_ITEM(items->data)));
+  return found && isSame(found.get(), secret);
 }
 
 }  // namespace
@@ -54,13 +75,20 @@ OSStatus SecItemAdd(const CFValue& attributes) {
   const OwnedSecret secret(secret_value_new(reinterpret_cast<const gchar*>(data->data()),
                                             static_cast<gssize>(data->size()),
                                             "application/octet-stream"));
-  return Conversation().create(address->service, address->account, secret.get());
+  const glib::Deadline deadline(kPatience);
+  Conversation conversation(deadline);
+  const auto item = conversation.create(address->service, address->account, secret.get());
+  if (!item) return conversation.status();
+  if (canBeRead(deadline, *address, secret.get())) return errSecSuccess;
+  conversation.remove(item.get());
+  return errSecInteractionNotAllowed;
 }
 
 OSStatus SecItemCopyMatching(const CFValue& query, CFValue& result) {
   const auto address = addressOf(query);
   if (!address) return errSecParam;
-  Conversation conversation;
+  const glib::Deadline deadline(kPatience);
+  Conversation conversation(deadline);
   const auto items = conversation.find(address->service, address->account, true);
   if (conversation.status() != errSecSuccess) return conversation.status();
   if (!items) return errSecItemNotFound;
@@ -73,7 +101,8 @@ OSStatus SecItemCopyMatching(const CFValue& query, CFValue& result) {
 OSStatus SecItemDelete(const CFValue& query) {
   const auto address = addressOf(query);
   if (!address) return errSecParam;
-  Conversation conversation;
+  const glib::Deadline deadline(kPatience);
+  Conversation conversation(deadline);
   const auto items = conversation.find(address->service, address->account, false);
   if (conversation.status() != errSecSuccess) return conversation.status();
   if (!items) return errSecItemNotFound;

@@ -36,6 +36,7 @@ class Error {
     return &error_;
   }
   explicit operator bool() const { return error_ != nullptr; }
+  bool is(GQuark domain, int code) const { return g_error_matches(error_, domain, code) != FALSE; }
 
  private:
   GError* error_ = nullptr;

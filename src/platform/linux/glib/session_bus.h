@@ -10,4 +10,23 @@ namespace vlm::platform::glib {
 // it meanwhile.
 Object<GDBusConnection> safeSessionBus(GCancellable* cancellable, GError** error);
 
+// A connection to the session bus that nothing else in the process uses, so that services take its
+// owner for a client of its own. It is closed when this goes, if the bus takes that before
+// `cancellable` is cancelled.
+class OwnSessionBus {
+ public:
+  // Null and an error when there is no bus.
+  OwnSessionBus(GCancellable* cancellable, GError** error);
+  ~OwnSessionBus();
+  OwnSessionBus(const OwnSessionBus&) = delete;
+  OwnSessionBus& operator=(const OwnSessionBus&) = delete;
+
+  GDBusConnection* get() const { return bus_.get(); }
+  explicit operator bool() const { return bus_ != nullptr; }
+
+ private:
+  const Object<GCancellable> cancellable_;
+  Object<GDBusConnection> bus_;
+};
+
 }  // namespace vlm::platform::glib

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <optional>
 
-#include "platform/linux/input/held_modifiers.h"
 #include "platform/linux/input/keyboard.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
@@ -101,6 +100,8 @@ std::int16_t coordinate(double points) {
 void Poster::post(const x11::Connection& connection, unsigned generation, const Event& event) {
   if (generation != generation_) {
     generation_ = generation;
+    modifiers_ = {};
+    pressed_.reset();
     supported_ = supports(connection, x11::Extension::test);
   }
   if (!supported_) return;
@@ -130,13 +131,22 @@ void Poster::key(const x11::Connection& connection, const KeyInput& input, CGEve
   const auto keyboard = Keyboard::ask(connection);
   const auto keycode = keyboard ? keyboard->keycodeOf(input.keyCode) : std::nullopt;
   if (!keycode) return;
-  // A modifier itself: its flags tell what it makes of the keyboard, not how it is to be seen.
   if (keyboard->isModifier(*keycode)) {
+    // Its flags say what it makes of the keyboard, not how it is to be seen.
+    modifiers_.leave(*keycode);
     fakeKey(connection, *keycode, input.down);
     return;
   }
-  const ExactModifiers modifiers(connection, *keyboard, flags);
-  fakeKey(connection, *keycode, input.down);
+  modifiers_.take(connection, *keyboard, flags, input.down);
+  // A key that is down already is pressed as the server repeats it, released first.
+  if (!input.down || heldKeys(connection).test(*keycode)) fakeKey(connection, *keycode, false);
+  if (input.down) {
+    fakeKey(connection, *keycode, true);
+    pressed_ = *keycode;
+  } else if (!pressed_ || pressed_ == keycode) {
+    modifiers_.giveBack(connection, *keyboard);
+    pressed_.reset();
+  }
 }
 
 }  // namespace vlm::platform::input

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <optional>
+
 #include "platform/linux/input/event.h"
+#include "platform/linux/input/press_modifiers.h"
 #include "platform/linux/input/wheel.h"
 #include "platform/linux/x11/connection.h"
 
@@ -24,6 +27,8 @@ class Poster {
   bool supported_ = false;
   WheelAxis vertical_;
   WheelAxis horizontal_;
+  PressModifiers modifiers_;
+  std::optional<xcb_keycode_t> pressed_;  // last, and not released yet
 };
 
 }  // namespace vlm::platform::input

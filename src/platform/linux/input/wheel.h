@@ -5,7 +5,8 @@
 namespace vlm::platform::input {
 
 // One axis of a wheel that knows steps only. Pixels add up until they make a step, so that nothing
-// of a slow scroll is lost; turning back starts from what is left over.
+// of a slow scroll is lost. Turning back starts afresh: what was left over of the other direction
+// would swallow the beginning.
 class WheelAxis {
  public:
   // About what toolkits scroll for one step.
@@ -13,7 +14,8 @@ class WheelAxis {
 
   // The steps that are due with these pixels; negative the other way.
   std::int32_t turn(std::int32_t pixels) {
-    const std::int64_t all = std::int64_t{rest_} + pixels;
+    const bool turnsBack = (rest_ < 0 && pixels > 0) || (rest_ > 0 && pixels < 0);
+    const std::int64_t all = (turnsBack ? 0 : std::int64_t{rest_}) + pixels;
     rest_ = static_cast<std::int32_t>(all % kPixelsPerStep);
     return static_cast<std::int32_t>(all / kPixelsPerStep);
   }

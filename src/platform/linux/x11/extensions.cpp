@@ -8,6 +8,7 @@
 #include <xcb/shape.h>
 #include <xcb/shm.h>
 #include <xcb/xfixes.h>
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include <tuple>
@@ -68,6 +69,11 @@ Needed neededOf(Extension extension) {
       return {&xcb_xfixes_id, {2, 0}, [](C c) {
                 return versionIn(
                     xcb_xfixes_query_version_reply(c, xcb_xfixes_query_version(c, 5, 0), nullptr));
+              }};
+    case Extension::input:
+      return {&xcb_input_id, {2, 0}, [](C c) {
+                return versionIn(xcb_input_xi_query_version_reply(
+                    c, xcb_input_xi_query_version(c, 2, 0), nullptr));
               }};
     case Extension::keyboard:
       return {&xcb_xkb_id, {1, 0}, [](C c) {

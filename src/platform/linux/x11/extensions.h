@@ -13,6 +13,7 @@ enum class Extension {
   composite,  // 0.2: windows named as pixmaps
   damage,     // 1.1
   fixes,      // 2.0: regions
+  input,      // 2.0: devices
   keyboard,   // 1.0: names of keys
   memory,     // 1.2: memory passed as a file
   randr,      // 1.5: monitors
