@@ -2,6 +2,8 @@
 // what changed, property values of every kind.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <limits>
 
@@ -22,9 +24,11 @@ constexpr std::size_t kHeight = 192;
 constexpr OSType kVideoRange = kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange;
 constexpr OSType kFullRange = kCVPixelFormatType_420YpCbCr8BiPlanarFullRange;
 
-Ref<VTCompressionSession> makeSession() {
+Ref<VTCompressionSession> makeSession(std::size_t width = kWidth, std::size_t height = kHeight) {
   Ref<VTCompressionSession> session;
-  EXPECT_EQ(VTCompressionSessionCreate(kWidth, kHeight, kCMVideoCodecType_H264, {}, session),
+  EXPECT_EQ(VTCompressionSessionCreate(static_cast<std::int32_t>(width),
+                                       static_cast<std::int32_t>(height), kCMVideoCodecType_H264,
+                                       {}, session),
             noErr);
   return session;
 }
@@ -107,6 +111,26 @@ TEST(CompressionSession, RangeIsSignalledAndAChangeOfItBeginsAnew) {
                         "csv=p=0", folder.file("range.h264")}),
               ranges[i]);
   }
+}
+
+TEST(CompressionSession, CopiesOfOddSizesKeepNoEarlierMatrix) {
+  constexpr std::size_t kOdd = 65;
+  const auto session = makeSession(kOdd, kOdd);
+  auto planes = CVPixelBuffer::make(kOdd, kOdd, kVideoRange);
+  planes->setMatrix(YCbCrMatrix::bt709);
+  auto red = CVPixelBuffer::make(kOdd, kOdd, kCVPixelFormatType_32BGRA);
+  for (std::size_t at = 0; at < red->plane(0).bytesPerRow * kOdd; at += 4) {
+    std::ranges::copy(std::array<std::uint8_t, 4>{0, 0, 221, 255}, red->plane(0).base + at);
+  }
+  Decoder decoder(true);
+  for (std::int64_t i = 0; i < 4; ++i) {
+    const auto unit = encode(*session, i < 2 ? planes : red, static_cast<double>(i));
+    EXPECT_TRUE(decoder.decode(unit.bytes, i));
+  }
+  const auto pictures = decoder.pictures();
+  ASSERT_EQ(pictures.size(), 4U);
+  const int wanted[] = {0, 0, 221};
+  for (int i = 0; i < 3; ++i) EXPECT_NEAR(pictures[3].pixels[i], wanted[i], 8) << i;
 }
 
 // A grey picture that its source says to have changed in the left half only.

@@ -2,9 +2,17 @@
 
 #include <algorithm>
 #include <array>
+#include <sstream>
 #include <stdexcept>
 
+#include "support/child_process.h"
+
 namespace vlm::test {
+
+std::string ffprobe(const std::string& file, const std::string& entries) {
+  return outputOf({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries", entries,
+                   "-of", "csv=p=0", file});
+}
 
 Bytes joined(const std::vector<AccessUnit>& units) {
   Bytes stream;
@@ -47,6 +55,49 @@ Bytes testPicture(int width, int height, int step) {
     }
   }
   return pixels;
+}
+
+void makeClip(const ScratchFolder& folder, const Command& encoder) {
+  Command encode{"ffmpeg", "-v", "error"};
+  if (encoder.empty()) {
+    outputOf({"gst-launch-1.0", "-q", "videotestsrc", "num-buffers=25", "pattern=ball", "!",
+              "video/x-raw,format=I420,width=322,height=244", "!", "openh264enc",
+              "slice-mode=n-slices", "num-slices=2", "!", "filesink",
+              "location=" + folder.file("clip.264")});
+    encode.insert(encode.end(), {"-i", folder.file("clip.264"), "-c", "copy"});
+  } else {
+    encode.insert(encode.end(), {"-f", "lavfi", "-i", "testsrc2=s=322x244:r=25:d=1", "-c:v",
+                                 "libx264", "-pix_fmt", "yuv420p"});
+    encode.insert(encode.end(), encoder.begin(), encoder.end());
+  }
+  encode.push_back(folder.file("clip.mp4"));
+  outputOf(encode);
+}
+
+std::vector<AccessUnit> accessUnitsOf(const ScratchFolder& folder, bool shortStartCodes) {
+  outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-c", "copy", "-bsf:v",
+            "h264_mp4toannexb,h264_metadata=aud=insert", folder.file("clip.h264")});
+  std::istringstream times(ffprobe(folder.file("clip.mp4"), "packet=pts"));
+  std::vector<AccessUnit> units;
+  for (auto& bytes : splitAtDelimiters(contentsOf<Bytes>(folder.file("clip.h264")))) {
+    std::string time;
+    std::getline(times, time);
+    Bytes stream;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+      const bool longStartCode = i + 3 < bytes.size() && bytes[i] == 0 && bytes[i + 1] == 0 &&
+                                 bytes[i + 2] == 0 && bytes[i + 3] == 1;
+      if (!shortStartCodes || !longStartCode) stream.push_back(bytes[i]);
+    }
+    units.push_back({std::move(stream), false, std::stoll(time) * 1000});
+  }
+  return units;
+}
+
+Bytes decodedByFfmpeg(const ScratchFolder& folder) {
+  outputOf({"ffmpeg", "-v", "error", "-flags", "unaligned", "-i", folder.file("clip.mp4"), "-f",
+            "rawvideo", "-pix_fmt", "nv12", "-vf", "scale=out_range=tv:flags=bilinear",
+            folder.file("clip.raw")});
+  return contentsOf<Bytes>(folder.file("clip.raw"));
 }
 
 Encoder::Encoder(const Options& options) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <mutex>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "VelmoraMacNative.h"
@@ -26,6 +27,17 @@ std::vector<Bytes> splitAtDelimiters(const Bytes& stream);
 
 // Packed BGRA of soft shapes and hard-edged noise that move with `step`.
 Bytes testPicture(int width, int height, int step);
+
+using Command = std::vector<std::string>;
+
+std::string ffprobe(const std::string& file, const std::string& entries);
+// Makes clip.mp4 with 25 pictures of 322 by 244, by ffmpeg's libx264 with these arguments; by
+// OpenH264 without any.
+void makeClip(const ScratchFolder& folder, const Command& encoder);
+// The access units of clip.mp4, with delimiters and times.
+std::vector<AccessUnit> accessUnitsOf(const ScratchFolder& folder, bool shortStartCodes = false);
+// The pictures of clip.mp4 in order of time, packed NV12 in video range.
+Bytes decodedByFfmpeg(const ScratchFolder& folder);
 
 class Encoder {
  public:

@@ -17,11 +17,6 @@ namespace {
 
 constexpr std::int64_t kFrameNs = 33'333'333;
 
-std::string ffprobe(const std::string& file, const std::string& entries) {
-  return outputOf({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries", entries,
-                   "-of", "csv=p=0", file});
-}
-
 // The types of a stream's NAL units, all with start codes of four bytes.
 std::vector<int> unitTypes(const Bytes& unit) {
   std::vector<int> types;
@@ -143,8 +138,6 @@ TEST(Codec, NewSizeBeginsAStreamOfItsOwn) {
   }
 }
 
-using Command = std::vector<std::string>;
-
 struct ForeignStream {
   const char* name;
   Command encoder;  // arguments of ffmpeg for libx264; none for OpenH264
@@ -159,57 +152,19 @@ const ForeignStream kForeignStreams[] = {
     {"OpenGroups", {"-x264-params", "open-gop=1:keyint=8:bframes=2"}, true},
     {"AllChroma", {"-profile:v", "high444", "-pix_fmt", "yuv444p"}},
     {"DeepColour", {"-profile:v", "high422", "-pix_fmt", "yuv422p10le"}},
+    {"FullRange", {"-pix_fmt", "yuvj420p"}},
+    {"DeepFullRange", {"-profile:v", "high10", "-pix_fmt", "yuv420p10le", "-color_range", "pc"}},
     {"Cropped", {"-x264-params", "crop-rect=32,16,2,2:bframes=0"}},
     {"CroppedReordered", {"-x264-params", "crop-rect=32,16,2,2:bframes=2"}},
     {"OpenH264", {}},
 };
-
-// Makes clip.mp4 with 25 pictures.
-void makeClip(const ScratchFolder& folder, const Command& encoder) {
-  Command encode{"ffmpeg", "-v", "error"};
-  if (encoder.empty()) {
-    outputOf({"gst-launch-1.0", "-q", "videotestsrc", "num-buffers=25", "pattern=ball", "!",
-              "video/x-raw,format=I420,width=322,height=244", "!", "openh264enc",
-              "slice-mode=n-slices", "num-slices=2", "!", "filesink",
-              "location=" + folder.file("clip.264")});
-    encode.insert(encode.end(), {"-i", folder.file("clip.264"), "-c", "copy"});
-  } else {
-    encode.insert(encode.end(), {"-f", "lavfi", "-i", "testsrc2=s=322x244:r=25:d=1", "-c:v",
-                                 "libx264", "-pix_fmt", "yuv420p"});
-    encode.insert(encode.end(), encoder.begin(), encoder.end());
-  }
-  encode.push_back(folder.file("clip.mp4"));
-  outputOf(encode);
-}
-
-// Writes `clip`.mp4, makes it a stream with delimiters, and lists the access units with their
-// times.
-std::vector<AccessUnit> accessUnitsOf(const ScratchFolder& folder, bool shortStartCodes) {
-  outputOf({"ffmpeg", "-v", "error", "-i", folder.file("clip.mp4"), "-c", "copy", "-bsf:v",
-            "h264_mp4toannexb,h264_metadata=aud=insert", folder.file("clip.h264")});
-  std::istringstream times(ffprobe(folder.file("clip.mp4"), "packet=pts"));
-  std::vector<AccessUnit> units;
-  for (auto& bytes : splitAtDelimiters(contentsOf<Bytes>(folder.file("clip.h264")))) {
-    std::string time;
-    std::getline(times, time);
-    Bytes stream;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-      const bool longStartCode = i + 3 < bytes.size() && bytes[i] == 0 && bytes[i + 1] == 0 &&
-                                 bytes[i + 2] == 0 && bytes[i + 3] == 1;
-      if (!shortStartCodes || !longStartCode) stream.push_back(bytes[i]);
-    }
-    units.push_back({std::move(stream), false, std::stoll(time) * 1000});
-  }
-  return units;
-}
 
 TEST(Codec, ForeignStreamsComeOutAsFfmpegDecodesThem) {
   for (const auto& foreign : kForeignStreams) {
     SCOPED_TRACE(foreign.name);
     const ScratchFolder folder;
     makeClip(folder, foreign.encoder);
-    outputOf({"ffmpeg", "-v", "error", "-flags", "unaligned", "-i", folder.file("clip.mp4"), "-f",
-              "rawvideo", "-pix_fmt", "nv12", "-sws_flags", "bilinear", folder.file("clip.raw")});
+    const Bytes expected = decodedByFfmpeg(folder);
     Decoder decoder(false);
     std::size_t submitted = 0;
     for (const auto& unit : accessUnitsOf(folder, foreign.shortStartCodes)) {
@@ -224,7 +179,7 @@ TEST(Codec, ForeignStreamsComeOutAsFfmpegDecodesThem) {
       shown.insert(shown.end(), picture.pixels.begin(), picture.pixels.end());
     }
     EXPECT_EQ(pictures.size(), 25U);
-    EXPECT_TRUE(shown == contentsOf<Bytes>(folder.file("clip.raw")));
+    EXPECT_TRUE(shown == expected);
   }
 }
 

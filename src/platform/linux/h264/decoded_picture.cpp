@@ -3,6 +3,11 @@
 #include <libyuv.h>
 
 #include <algorithm>
+#include <utility>
+
+extern "C" {
+#include <libavutil/opt.h>
+}
 
 #include "platform/linux/media/ycbcr_encoding.h"
 
@@ -60,6 +65,25 @@ bool toBgra(const AVFrame& from, const CVPixelBuffer& to) {
                                   from.height) == 0;
 }
 
+// A scaler's own quick ways are chosen when it is made, and look at the ranges.
+media::SwsContextPtr makeScaler(const AVFrame& from, AVPixelFormat format, AVPixelFormat to) {
+  media::SwsContextPtr scaler(sws_alloc_context());
+  if (!scaler) return nullptr;
+  const std::pair<const char*, std::int64_t> options[] = {
+      {"srcw", from.width},
+      {"srch", from.height},
+      {"src_format", format},
+      {"dstw", from.width},
+      {"dsth", from.height},
+      {"dst_format", to},
+      {"src_range", isFullRange(from)},
+      {"dst_range", 0},
+      {"sws_flags", SWS_BILINEAR},
+  };
+  for (const auto& [name, value] : options) av_opt_set_int(scaler.get(), name, value, 0);
+  return sws_init_context(scaler.get(), nullptr, nullptr) >= 0 ? std::move(scaler) : nullptr;
+}
+
 // Every other chroma format, depth and range, at leisure.
 bool scale(SwsContext* scaler, const AVFrame& from, const CVPixelBuffer& to) {
   const int* matrix = sws_getCoefficients(
@@ -102,9 +126,11 @@ bool PictureConverter::write(const AVFrame& picture, const CVPixelBuffer& image)
   if (usual && bgra) return toBgra(picture, image);
   if (usual && !isFullRange(picture)) return toBiPlanar(picture, image);
   if (sws_isSupportedInput(format) == 0) return false;
-  scaler_.reset(sws_getCachedContext(
-      scaler_.release(), picture.width, picture.height, format, picture.width, picture.height,
-      bgra ? AV_PIX_FMT_BGRA : AV_PIX_FMT_NV12, SWS_BILINEAR, nullptr, nullptr, nullptr));
+  const ScalerInput input{picture.width, picture.height, format, isFullRange(picture)};
+  if (!scaler_ || input != scalerInput_) {
+    scaler_ = makeScaler(picture, format, bgra ? AV_PIX_FMT_BGRA : AV_PIX_FMT_NV12);
+    scalerInput_ = input;
+  }
   return scaler_ && scale(scaler_.get(), picture, image);
 }
 

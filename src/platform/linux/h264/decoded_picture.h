@@ -33,6 +33,15 @@ class PictureConverter {
 
   const OSType format_;
   PixelBufferPool pool_;
+  // What the scaler was made for.
+  struct ScalerInput {
+    int width = 0;
+    int height = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    bool fullRange = false;
+    bool operator==(const ScalerInput&) const = default;
+  };
+  ScalerInput scalerInput_;
   media::SwsContextPtr scaler_;
 };
 

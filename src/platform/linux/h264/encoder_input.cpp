@@ -80,6 +80,7 @@ std::optional<EncoderInput::Source> EncoderInput::read(const CVPixelBuffer& buff
   if (!copy) return std::nullopt;
   if (bgra) {
     convert(buffer, *copy);
+    copy->setMatrix(YCbCrMatrix::bt601);  // the copy may have held a picture of another matrix
   } else {
     copyPlane(buffer.plane(0), copy->plane(0), 1);
     copyPlane(buffer.plane(1), copy->plane(1), 2);
