@@ -21,7 +21,7 @@ struct RingEnd {
 };
 
 // One write and one render of the same frames, over and over, on one thread. Ours takes its lock
-// for each and gives every channel a buffer of its own; JACK's takes none, for it has one writer
+// for each and gives every channel its own buffer; JACK's takes none, for it has one writer
 // and one reader only, and hands out the bytes as they came.
 void writeAndRender(benchmark::State& state) {
   const std::vector<float> samples(kSamples, 0.25F);

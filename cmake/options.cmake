@@ -2,7 +2,7 @@
 add_library(vlm_options INTERFACE)
 target_compile_features(vlm_options INTERFACE c_std_99 cxx_std_20)
 target_compile_options(vlm_options INTERFACE
-  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
+  -Wall -Wextra -Wpedantic $<$<BOOL:${VLM_WARNINGS_AS_ERRORS}>:-Werror> -Wshadow -Wconversion -Wno-sign-conversion
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
   $<$<COMPILE_LANG_AND_ID:CXX,Clang,AppleClang>:-Wthread-safety>
   # GCC 12 sees overlaps in optimised string concatenations that are none, and variants moved from

@@ -67,11 +67,17 @@
  *     }
  *
  *   Events that other threads push there need g_main_context_wakeup. A host that must sleep in a
- *   call of its own gets the descriptors and the time to wait from g_main_context_query.
+ *   call of its own gets the descriptors and the time to wait from g_main_context_query
+ *   (examples/main_loop_poll.c).
  *
  *   One point is one pixel. A window id is the X11 window's id, a bundle identifier is the class
  *   part of the window's WM_CLASS. Calls that ask the X server or make a view wait while the server
  *   stands still; the sound server and the keyring get a few seconds.
+ *
+ *   A host that wants the log's lines sets a function void (*)(const char* line) of its own:
+ *   g_dataset_set_data(g_main_context_default(), "VelmoraMacNative.log", (gpointer)function).
+ *   It is called on any thread, must not call the library, and replaces the line on standard
+ *   error. NULL brings that back.
  */
 #ifndef VELMORA_MAC_NATIVE_H
 #define VELMORA_MAC_NATIVE_H
@@ -82,6 +88,11 @@
 #if defined(_WIN32)
 #error "VelmoraMacNative has no Windows build"
 #endif
+/* The release that this header belongs to; vlm_abi_version says which interface is loaded. */
+#define VLM_VERSION_MAJOR 3
+#define VLM_VERSION_MINOR 0
+#define VLM_VERSION_PATCH 0
+
 #define VLM_API __attribute__((visibility("default")))
 
 #ifdef __cplusplus
@@ -505,13 +516,20 @@ VLM_API void* vlm_present_create(void);
  * What:       The view, for the host to place in a window of its own.
  * Parameters: handle  a presenter.
  * Result:     on macOS the NSView. On Linux a pointer to the uint32_t id of an X11 window, which
- *             the host reparents into its own window and maps; the view then fills it and follows
- *             its size by itself.
+ *             the host reparents into its own window and maps. A host that does no more gets a view
+ *             that fills its window and follows its size. Once the host sizes the view itself, as
+ *             QWidget::createWindowContainer does, that size holds, and the host goes on sizing it.
  * Errors:     NULL for a NULL handle.
- * Thread:     any.
- * Lifetime:   lent: the host never ends it. It lives as long as its presenter. On Linux a host that
- *             destroys its window destroys the view in it, as X does: frames are then answered
- *             with VLM_PRESENT_BUSY. To keep the view, reparent it elsewhere first.
+ * Thread:     any; on Linux it asks the X server, for a second at most.
+ * Lifetime:   lent: the host never ends it. It lives as long as its presenter. On Linux the id at
+ *             the pointer may change with a call of this function, and only then. X destroys the
+ *             view together with a window that it is in. A new one is then made, outside of every
+ *             window: until the host has asked for its id here and placed it, frames are answered
+ *             with VLM_PRESENT_BUSY. Among the calls that destroy a host's X window are
+ *             gtk_container_remove, QWidget::setWindowFlag and SDL_CreateRenderer. A host asks
+ *             after such a call (and after XSync, where the toolkit sends its requests late), and
+ *             never uses an id from before. To keep the view as it is, reparent it to the root
+ *             window before the call.
  */
 VLM_API void* vlm_present_view(void* handle);
 
@@ -521,7 +539,7 @@ VLM_API void* vlm_present_view(void* handle);
  *             pixbuf  the frame; may be released after the call.
  *             ptsNs   not used: frames are shown as they come.
  * Result:     VLM_PRESENT_OK, or VLM_PRESENT_BUSY when the display still works on an earlier
- *             frame, is recovering from a failure, or has no window to show it in. Then drop the
+ *             frame, is recovering from a failure, or (on Linux) has lost its window. Then drop the
  *             frame when another one comes soon. On a still screen none does: keep it, and try
  *             again after some milliseconds.
  * Errors:     VLM_PRESENT_FAIL, VLM_PRESENT_ARG.

@@ -55,7 +55,7 @@ bool AccessUnitSplitter::isPicture(const Unit& unit) const {
   return is == kSlice || is == kPartitionA || is == kIdrSlice;
 }
 
-// After a picture: whatever can only stand in front of the next one, or its first slice, whose
+// After a picture: a unit that can only come before the next one, or its first slice, whose
 // first macroblock is number 0, coded as a single set bit.
 bool AccessUnitSplitter::startsAccessUnit(const Unit& unit) const {
   const auto is = type(unit);

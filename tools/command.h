@@ -20,7 +20,7 @@ CLI::App& addCommand(CLI::App& program, Job& chosen, const std::string& name,
   return *command;
 }
 
-// Each command in a file of its own.
+// One file for each command.
 void addLoopback(CLI::App& program, Job& chosen);
 void addRecord(CLI::App& program, Job& chosen);
 void addPlay(CLI::App& program, Job& chosen);

@@ -9,7 +9,7 @@ namespace vlm::tools {
 // frontmost application for an empty text.
 std::int32_t processNamed(const std::string& pidOrPrefix);
 
-// Fails where nobody may drive the desktop or watch its keys.
+// Fails where programs may not drive the desktop or watch its keys.
 void requireDesktop();
 
 }  // namespace vlm::tools

@@ -75,7 +75,9 @@ struct PointerOptions {
 };
 
 void click(const std::string& button) {
-  const std::int32_t number = button == "right" ? 1 : button == "centre" ? 2 : 0;
+  const std::int32_t number = button == "right"                          ? 1
+                              : button == "centre" || button == "middle" ? 2
+                                                                         : 0;
   double x = 0;
   double y = 0;
   if (!vlm_input_cursor_pos(&x, &y)) return;
@@ -118,7 +120,7 @@ void addPointer(CLI::App& program, Job& chosen) {
       ->type_name("X Y");
   command.add_option("--move", options->move, "Move it as the mouse does")->type_name("X Y");
   command.add_option("--click", options->click, "Click there")
-      ->check(CLI::IsMember({"left", "right", "centre"}));
+      ->check(CLI::IsMember({"left", "right", "middle", "centre"}));
   command.add_option("--scroll", options->scroll, "Pixels to the left and up")->type_name("H V");
   command.add_flag("--json", options->json, "Print a JSON object");
 }

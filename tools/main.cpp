@@ -5,6 +5,7 @@
 
 #include "VelmoraMacNative.h"
 #include "command.h"
+#include "description.h"
 #include "failure.h"
 
 namespace {
@@ -22,9 +23,22 @@ constexpr int kUsageError = 2;
 int parseAndRun(int argc, char** argv) {
   CLI::App program{"Shares and views screens from the command line, by way of VelmoraMacNative."};
   program.require_subcommand(1);
-  program.set_version_flag("--version", "interface " + std::to_string(vlm_abi_version()));
+  program.set_version_flag("--version", "vlm " VLM_PROGRAM_VERSION " (interface " +
+                                            std::to_string(vlm_abi_version()) + ")");
   Job chosen;
   for (const auto add : kCommands) add(program, chosen);
+  // For the build, which makes manual page and completions of it: in no group, so not in the help.
+  program.add_option("--describe")->group("")->each([&](const std::string& form) {
+    std::fputs(describe(program, form).c_str(), stdout);
+    throw CLI::Success();
+  });
+  if (argc > 1 && argv[1][0] != '-') {
+    const auto complaint = complaintAbout(program, argv[1]);
+    if (!complaint.empty()) {
+      std::fprintf(stderr, "vlm: %s\n", complaint.c_str());
+      return kUsageError;
+    }
+  }
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

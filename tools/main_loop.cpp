@@ -65,7 +65,7 @@ void MainLoop::finish(Ending ending) {
     kept = std::make_unique<Ending>(std::move(ending));
     return true;
   });
-  // Told by a job, since a loop that does not run yet can't be told to quit.
+  // A job ends it, since a loop that does not run yet can't be quit.
   if (first) post([this] { g_main_loop_quit(loop_.get()); });
 }
 

@@ -19,7 +19,9 @@ CLI::Validator within(double least, double most) {
 
 void addOptions(CLI::App& command, ShareOptions& options) {
   auto& target = *command.add_option_group("Target", "what is captured; the first display if none");
-  target.add_option("--display", options.target.display, "A display, by its number in `vlm displays`")->type_name("ID");
+  target
+      .add_option("--display", options.target.display, "A display, by its number in `vlm displays`")
+      ->type_name("ID");
   target.add_option("--window", options.target.window, "A window, also while others cover it")
       ->type_name("ID");
   target

@@ -54,7 +54,7 @@ class Player {
   Player(std::span<const std::uint8_t> stream, double fps, Viewer& viewer, SharedCounts& counts)
       : splitter_(stream), interval_(1 / fps), viewer_(viewer), counts_(counts) {}
 
-  // Until the end of the stream, or until it is told to stop.
+  // Until the end of the stream, or until it is stopped.
   void play(const std::stop_token& stop) {
     const auto start = std::chrono::steady_clock::now();
     for (std::int64_t number = 0; const auto unit = splitter_.next(); ++number) {

@@ -8,8 +8,8 @@
 
 namespace vlm::tools {
 
-// A file that takes a byte stream. Every failure to write is told as a Failure. What the file held
-// before goes when something new comes, so that a start that fails costs nobody a recording.
+// A file that takes a byte stream. Every failure to write throws a Failure. What the file held
+// before goes when something new comes, so that a start that fails destroys no recording.
 class Recording {
  public:
   explicit Recording(std::string path);

@@ -19,7 +19,7 @@ struct Task {
   std::string source;
 };
 
-// Runs the loop until it ends, calls `windDown`, and tells how it went: the summary on standard
+// Runs the loop until it ends, calls `windDown`, and prints how it went: the summary on standard
 // output, a failure on standard error. Returns the exit status of the program.
 int runAndTell(const Task& task, const RunOptions& options, MainLoop& loop, SharedCounts& counts,
                const std::function<void()>& windDown);

@@ -188,7 +188,7 @@ bool Sharer::isKeyframeMissing(const Encoding& encoding) const {
   return keyframePts_ < encoding.forcedPts && !isSameTime(keyframePts_, encoding.forcedPts);
 }
 
-// An encoder that can't keep up drops a frame in silence. When the screen stands still afterwards
+// An encoder that can't keep up drops a frame in silence. When the screen is still afterwards
 // no other frame would make up for it.
 void Sharer::repeatIfLost() {
   encoding_.with([&](Encoding& encoding) {

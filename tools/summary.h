@@ -7,7 +7,7 @@
 
 namespace vlm::tools {
 
-// A run as it is told at its end.
+// What is printed of a run at its end.
 struct Summary {
   std::string command;
   std::string source;  // what was captured or played

@@ -12,7 +12,7 @@
 
 namespace vlm::tools {
 
-// The viewing side: decodes access units and shows the frames in a window of its own.
+// The viewing side: decodes access units and shows the pictures in its own window.
 class Viewer {
  public:
   Viewer(MainLoop& loop, SharedCounts& counts, const std::string& title,

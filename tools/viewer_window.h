@@ -18,7 +18,7 @@ class ViewerWindow {
 
   // Takes the view's window in and shows it. The view must end before this window does.
   void place(xcb_window_t view);
-  // Gives the view the picture's shape, and the window too if nobody has asked for a size.
+  // Gives the view the picture's shape, and the window too unless a size was asked for.
   void showShape(Size picture);
   xcb_window_t id() const { return window_; }
 

@@ -47,7 +47,7 @@ int track(const WatchOptions& options) {
   return 0;
 }
 
-bool keysAsJson = false;  // the callback of key presses has no context of its own
+bool keysAsJson = false;  // the callback of key presses has no user pointer
 
 void printKey(int32_t key) {
   printLine(keysAsJson ? nlohmann::json{{"key", key}}.dump() : std::to_string(key));

@@ -38,7 +38,7 @@ WavFile::WavFile(std::string path, std::uint16_t channels, std::uint32_t sampleR
 void WavFile::write(std::span<const float> samples) {
   const auto bytes = std::as_bytes(samples);
   if (bytes.empty()) return;
-  // The format can't tell of more than 4 GiB.
+  // The format has no sizes above 4 GiB.
   if (bytes.size() > std::numeric_limits<std::uint32_t>::max() - sizeof(Header) - dataBytes_) {
     throw Failure("the WAV file is full");
   }

@@ -34,7 +34,7 @@ XConnection::XConnection(MainLoop& loop, Handler handler)
   screen_ = screenAt(get(), number);
   readable_.reset(g_unix_fd_source_new(xcb_get_file_descriptor(get()),
                                        static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR)));
-  // Every kind of source has a callback of its own shape, which is handed over as the common one.
+  // Each kind of source has another type of callback, which is passed as the common one.
   g_source_set_callback(readable_.get(),
                         reinterpret_cast<GSourceFunc>(reinterpret_cast<void (*)()>(&onReadable)),
                         this, nullptr);

@@ -28,7 +28,7 @@ constexpr int kOurs = 50;
 constexpr int kMoves = 20'000;
 // What a listing asks the server, some twenty single questions left out: of every window its
 // geometry, place, attributes and state for the window server's list; of our own ones the same
-// again and the names for the accessibility interface. The processes are a question of their own.
+// again and the names for the accessibility interface. The processes are asked for separately.
 constexpr int kRequests = kWindows * 4 + kOurs * 7;
 
 struct Disconnect {
@@ -96,7 +96,7 @@ void askForGeometry(xcb_connection_t* c, int count) {
   }
 }
 
-// Each move in a write of its own; the question at the end waits until the server has them all.
+// One write for each move; the question at the end waits until the server has them all.
 void postMoves(int count) {
   for (int i = 0; i < count; ++i) vlm_input_mouse_move(i % 800, i % 600);
   vlm_input_cursor_pos(nullptr, nullptr);

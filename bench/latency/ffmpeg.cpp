@@ -17,7 +17,7 @@ constexpr std::size_t kPicture = std::size_t{kScreenWidth} * kScreenHeight;
 
 // One FFmpeg captures and encodes into a pipe, another decodes from it. The container keeps frames
 // apart, so that the decoder need not wait for the next one to know where one ends. The shell
-// becomes the decoder; the encoder ends when nobody reads its pipe.
+// becomes the decoder; the encoder ends when its pipe has no reader.
 std::string pairCommand(int fps, int output) {
   return "exec ffmpeg -nostdin -loglevel error -probesize 100000"
          " -flags low_delay -thread_type slice -f nut -i pipe:0 -fps_mode passthrough"

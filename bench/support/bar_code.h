@@ -8,7 +8,7 @@
 namespace vlm::bench {
 
 // A moment of the shared clock drawn as a row of black and white cells, large enough to come
-// through any encoder, and a check sum that tells a torn or blurred code from a good one.
+// through any encoder, and a check sum by which a torn or blurred code is recognised.
 struct BarCode {
   static constexpr std::size_t kTimeBits = 40;
   static constexpr std::size_t kCells = kTimeBits + 8;

@@ -79,6 +79,15 @@ run_tsan() {
   run_tests tsan e2e --label-regex '^concurrent$'
 }
 
+run_package() {
+  begin "package"
+  if scripts/package && tests/packaging/debian.sh build/package "$PWD"; then
+    done_with package packaging 1 0 0
+  else
+    done_with package packaging 0 1 0
+  fi
+}
+
 run_fuzz() {
   build fuzz || return
   local fuzzer name corpus passed=0 failed=0

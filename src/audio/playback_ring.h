@@ -35,7 +35,7 @@ class PlaybackRing {
 
   const std::size_t channels_;
   platform::Mutex ringLock_;
-  // One place stays empty, so that full and empty can be told apart.
+  // One place stays empty, so that full and empty differ.
   std::vector<float> ring_ VLM_GUARDED_BY(ringLock_);
   std::size_t readIdx_ VLM_GUARDED_BY(ringLock_) = 0;
   std::size_t writeIdx_ VLM_GUARDED_BY(ringLock_) = 0;

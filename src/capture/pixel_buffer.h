@@ -19,7 +19,7 @@ struct LockedPlanes {
   std::int32_t chromaStride = 0;
 };
 
-// Locks a bi-planar buffer for reading and tells its planes. False, without a lock, for any other
+// Locks a bi-planar buffer for reading and writes its planes. False, without a lock, for any other
 // buffer and when the platform refuses.
 bool lockPlanes(platform::CVPixelBuffer& buffer, LockedPlanes& planes);
 

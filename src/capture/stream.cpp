@@ -47,11 +47,9 @@ SCStreamConfiguration configuration(const platform::SCContentFilter& filter, std
 
 // Only a status that is present, is a number and is not "complete" says that there is no picture.
 bool carriesNewPicture(platform::CMSampleBuffer& sample) {
-  const auto* attachments = platform::CMSampleBufferGetSampleAttachmentsArray(sample, false);
-  const auto* array = attachments ? attachments->as<platform::CFArray>() : nullptr;
-  if (array == nullptr || array->empty()) return true;
-  const auto* status = array->front().find(platform::SCStreamFrameInfoStatus);
-  const auto* number = status ? status->as<std::int64_t>() : nullptr;
+  const auto status =
+      platform::helpers::sampleAttachment(sample, platform::SCStreamFrameInfoStatus);
+  const auto* number = status.as<std::int64_t>();
   return number == nullptr ||
          *number == static_cast<std::int64_t>(platform::SCFrameStatus::complete);
 }

@@ -15,7 +15,7 @@ platform::Ref<platform::CVPixelBuffer> copyToPixelBuffer(const BgraImage& image)
       static_cast<std::size_t>(image.width), static_cast<std::size_t>(image.height),
       platform::kCVPixelFormatType_32BGRA, attributes, buffer);
   if (status != platform::kCVReturnSuccess || !buffer) return nullptr;
-  // A buffer that nobody else knows yet can't be refused to its maker.
+  // The lock of a new buffer, which no other thread has seen, can't be refused.
   platform::CVPixelBufferLockBaseAddress(*buffer, 0);
   auto* base = platform::CVPixelBufferGetBaseAddress(*buffer);
   const auto bytesPerRow = platform::CVPixelBufferGetBytesPerRow(*buffer);

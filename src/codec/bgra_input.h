@@ -6,7 +6,7 @@
 
 namespace vlm::codec {
 
-// A frame in somebody else's memory: 4 bytes a pixel in the order blue, green, red, alpha.
+// A picture in the caller's memory: 4 bytes a pixel in the order blue, green, red, alpha.
 struct BgraImage {
   const std::uint8_t* pixels;
   std::int32_t width;

@@ -113,7 +113,7 @@ std::vector<NalRange> findNalUnits(ByteView stream) {
     const std::size_t stepsEnd = std::min(at + (again ? kManyBlocks : kBlock), end);
     makeRoom(units, (stepsEnd - at) / kShortStartCode + 1);
     while (at < stepsEnd) {
-      // The third byte tells how far the next start code must be.
+      // The third byte says how far away the next start code is at least.
       const std::uint8_t third = bytes[at + 2];
       if (third == 0) {
         ++at;

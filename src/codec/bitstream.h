@@ -15,7 +15,7 @@ namespace vlm::codec {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<const std::uint8_t>;
 
-// Where one NAL unit stands in a buffer: header byte included, start code not.
+// The place of one NAL unit in a buffer: header byte included, start code not.
 struct NalRange {
   std::int64_t offset = 0;
   std::int64_t length = 0;

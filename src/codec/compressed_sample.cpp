@@ -7,11 +7,9 @@ namespace vlm::codec {
 using platform::noErr;
 
 bool isKeyFrame(platform::CMSampleBuffer& sample) {
-  const auto* attachments = platform::CMSampleBufferGetSampleAttachmentsArray(sample, false);
-  const auto* array = attachments ? attachments->as<platform::CFArray>() : nullptr;
-  if (array == nullptr || array->empty()) return true;
-  const auto* notSync = array->front().find(platform::kCMSampleAttachmentKey_NotSync);
-  const auto* value = notSync ? notSync->as<bool>() : nullptr;
+  const auto notSync =
+      platform::helpers::sampleAttachment(sample, platform::kCMSampleAttachmentKey_NotSync);
+  const auto* value = notSync.as<bool>();
   return value == nullptr || !*value;
 }
 

@@ -107,7 +107,7 @@ bool VlmEncoder::encode(platform::Ref<platform::CVPixelBuffer> image, std::int64
     }
     const auto self = weak.lock();
     if (!self || !sample) return;
-    // The platform's thread has nobody to throw to: the frame is lost.
+    // No caller on the platform's thread could catch it: the frame is lost.
     frame::guarded([&] { self->emit(*sample); });
   };
   const OSStatus status = platform::VTCompressionSessionEncodeFrameWithOutputHandler(

@@ -5,7 +5,7 @@
 
 namespace vlm::frame {
 
-// Base of every object that stands behind a handle. The handle is the object's address and owns
+// Base of every object that has a handle. The handle is the object's address and owns
 // exactly one reference, which the object keeps for it between give() and takeBack().
 template <class T>
 class HandleObject : public std::enable_shared_from_this<T> {

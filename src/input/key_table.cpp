@@ -84,7 +84,7 @@ constexpr std::array kRows{
     Row{0x33, 0x08},  // Delete (backspace)
 };
 
-// 0 stands for "not translated": no key has that virtual code.
+// 0 means "not translated": no key has that virtual code.
 constexpr std::array<std::uint8_t, kKeyCodes> byKeyCode() {
   std::array<std::uint8_t, kKeyCodes> table{};
   for (const auto& row : kRows) table[row.macKeyCode] = row.windowsVirtualKey;

@@ -9,7 +9,7 @@ namespace vlm::platform {
 using vImage_Error = std::ptrdiff_t;
 inline constexpr vImage_Error kvImageNoError = 0;
 
-// An image in somebody's memory; `width` and `height` count pixels (pairs, for a chroma plane).
+// An image in the caller's memory; `width` and `height` count pixels (pairs, for a chroma plane).
 struct vImage_Buffer {
   std::uint8_t* data = nullptr;
   std::size_t height = 0;
@@ -17,7 +17,7 @@ struct vImage_Buffer {
   std::size_t rowBytes = 0;
 };
 
-// How 8-bit luma and chroma values stand for numbers: Y' = (Y - Yp_bias) / (YpRangeMax - Yp_bias),
+// Which numbers the 8-bit luma and chroma values mean: Y' = (Y - Yp_bias) / (YpRangeMax - Yp_bias),
 // C = (C8 - CbCr_bias) / (2 (CbCrRangeMax - CbCr_bias)), each 8-bit value first clamped to
 // [YpMin, YpMax] or [CbCrMin, CbCrMax].
 struct vImage_YpCbCrPixelRange {

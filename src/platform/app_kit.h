@@ -39,8 +39,9 @@ class NSView : public std::enable_shared_from_this<NSView> {
   std::optional<double> windowBackingScaleFactor() const;
   void removeFromSuperview();
 
-  // What the host is given to place the view with: the platform's own view, or what stands for
-  // it. Lives as long as the view.
+  // What the host is given to place the view with: the platform's own view, or a
+  // pointer that represents it. Lives as long as the view; what is at the pointer is up to date
+  // when this returns.
   void* hostPointer() const;
 
  protected:

@@ -27,14 +27,15 @@ inline constexpr AXError kAXErrorNoValue = -25212;
 
 // Attributes: of an application its main window and its focused window (elements) and its windows
 // (an array of elements); of a window whether it is minimised (a truth value), its position (a
-// point), its size and its title.
-inline constexpr std::string_view kAXMainWindowAttribute = "AXMainWindow";
-inline constexpr std::string_view kAXFocusedWindowAttribute = "AXFocusedWindow";
-inline constexpr std::string_view kAXWindowsAttribute = "AXWindows";
-inline constexpr std::string_view kAXMinimizedAttribute = "AXMinimized";
-inline constexpr std::string_view kAXPositionAttribute = "AXPosition";
-inline constexpr std::string_view kAXSizeAttribute = "AXSize";
-inline constexpr std::string_view kAXTitleAttribute = "AXTitle";
+// point), its size and its title. Apple defines these names, and those of the notifications, with a
+// leading k as macros, which would replace ours: so ours go without it.
+inline constexpr std::string_view AXMainWindowAttribute = "AXMainWindow";
+inline constexpr std::string_view AXFocusedWindowAttribute = "AXFocusedWindow";
+inline constexpr std::string_view AXWindowsAttribute = "AXWindows";
+inline constexpr std::string_view AXMinimizedAttribute = "AXMinimized";
+inline constexpr std::string_view AXPositionAttribute = "AXPosition";
+inline constexpr std::string_view AXSizeAttribute = "AXSize";
+inline constexpr std::string_view AXTitleAttribute = "AXTitle";
 
 // An application or one of its windows, as assistive programs see it. Counted. It may outlive what
 // it stands for: then its attributes can't be read. Any thread.
@@ -44,20 +45,19 @@ Ref<AXUIElement> AXUIElementCreateApplication(std::int32_t pid);
 // `value` is written only on success, and may then still be null.
 AXError AXUIElementCopyAttributeValue(AXUIElement& element, std::string_view attribute,
                                       CFValue& value);
-// True when both stand for the same window or application.
+// True when both are the same window or application.
 bool CFEqual(const AXUIElement& a, const AXUIElement& b);
 
 // The point or size in a value; false, with `out` untouched, when it holds none.
 bool AXValueGetValue(const CFValue& value, CGPoint& out);
 bool AXValueGetValue(const CFValue& value, CGSize& out);
 
-inline constexpr std::string_view kAXWindowMovedNotification = "AXWindowMoved";
-inline constexpr std::string_view kAXWindowResizedNotification = "AXWindowResized";
-inline constexpr std::string_view kAXFocusedWindowChangedNotification = "AXFocusedWindowChanged";
-inline constexpr std::string_view kAXApplicationActivatedNotification = "AXApplicationActivated";
-inline constexpr std::string_view kAXApplicationDeactivatedNotification =
-    "AXApplicationDeactivated";
-inline constexpr std::string_view kAXUIElementDestroyedNotification = "AXUIElementDestroyed";
+inline constexpr std::string_view AXWindowMovedNotification = "AXWindowMoved";
+inline constexpr std::string_view AXWindowResizedNotification = "AXWindowResized";
+inline constexpr std::string_view AXFocusedWindowChangedNotification = "AXFocusedWindowChanged";
+inline constexpr std::string_view AXApplicationActivatedNotification = "AXApplicationActivated";
+inline constexpr std::string_view AXApplicationDeactivatedNotification = "AXApplicationDeactivated";
+inline constexpr std::string_view AXUIElementDestroyedNotification = "AXUIElementDestroyed";
 
 // Watches one application. Counted; releasing it ends delivery.
 class AXObserver;

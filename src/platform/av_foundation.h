@@ -44,7 +44,8 @@ class AVSampleBufferDisplayLayer {
 
   virtual AVQueuedSampleBufferRenderingStatus status() const = 0;
   virtual bool requiresFlushToResumeDecoding() const = 0;
-  // False while the picture handed over last is not on the screen yet.
+  // False while the picture handed over last is not on the screen yet, and while the view has lost
+  // its place on the screen.
   virtual bool isReadyForMoreMediaData() const = 0;
   // Discards what has not been shown and leaves the failed state where that is possible.
   virtual void flush() = 0;

@@ -22,7 +22,7 @@ using CFData = std::vector<std::uint8_t>;
 
 // The one value type for everything the platform passes as a property list: session properties,
 // frame options, sample attachments, window dictionaries, accessibility attributes, JSON. A value
-// knows its own type, so that "present but of another type" can be told from "absent".
+// knows its own type, so that "present but of another type" differs from "absent".
 class CFValue {
  public:
   CFValue() = default;  // null

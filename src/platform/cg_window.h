@@ -9,7 +9,8 @@
 namespace vlm::platform {
 
 using CGWindowID = std::uint32_t;
-inline constexpr CGWindowID kCGNullWindowID = 0;
+// No window. Apple defines the name, with a leading k, as a macro.
+inline constexpr CGWindowID CGNullWindowID = 0;
 
 using CGWindowListOption = std::uint32_t;
 inline constexpr CGWindowListOption kCGWindowListOptionOnScreenOnly = 1;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "platform/cf_value.h"
 #include "platform/core_video.h"
@@ -91,8 +92,16 @@ CMBlockBuffer* CMSampleBufferGetDataBuffer(const CMSampleBuffer& sample) noexcep
 CVPixelBuffer* CMSampleBufferGetImageBuffer(const CMSampleBuffer& sample) noexcept;
 CMFormatDescription* CMSampleBufferGetFormatDescription(const CMSampleBuffer& sample) noexcept;
 CMTime CMSampleBufferGetPresentationTimeStamp(const CMSampleBuffer& sample) noexcept;
-// The array of attachment dictionaries, one for each sample in the buffer, for reading and
-// writing. Null when there is none and `createIfNecessary` is false, or none can be made.
-CFValue* CMSampleBufferGetSampleAttachmentsArray(CMSampleBuffer& sample, bool createIfNecessary);
 
+// Ours, on top of the operations that their comments name.
+namespace helpers {
+
+// The value under `key` in the first dictionary of CMSampleBufferGetSampleAttachmentsArray, which
+// is not made for this. Null when there is no array, no dictionary in it or no such key.
+CFValue sampleAttachment(CMSampleBuffer& sample, std::string_view key);
+// Sets the value in that dictionary, which is made when the array is missing. False, with the
+// sample unchanged, when there is no dictionary to set it in.
+bool setSampleAttachment(CMSampleBuffer& sample, std::string_view key, CFValue value);
+
+}  // namespace helpers
 }  // namespace vlm::platform

@@ -22,7 +22,7 @@ struct NSURL {
   static std::optional<NSURL> URLWithString(std::string_view text);
 };
 
-// Writes `line` as one line to the system's log, as it stands: nothing in it is taken as a format.
+// Writes `line` as one line to the system's log, unchanged: nothing in it is taken as a format.
 // Lines of different threads never mix. Any thread; never throws.
 void NSLog(std::string_view line) noexcept;
 

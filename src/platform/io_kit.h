@@ -11,8 +11,9 @@ namespace vlm::platform {
 using io_registry_entry_t = std::uint32_t;
 
 inline constexpr std::string_view kIORegistryRootPath = "IOService:/";
-// Property of the root: the machine's own UUID, as text.
-inline constexpr std::string_view kIOPlatformUUIDKey = "IOPlatformUUID";
+// Property of the root: the machine's own UUID, as text. Apple defines the name, with a leading k,
+// as a macro.
+inline constexpr std::string_view IOPlatformUUIDKey = "IOPlatformUUID";
 
 // The entry at `path`, to be released; 0 when there is none.
 io_registry_entry_t IORegistryEntryFromPath(std::string_view path);

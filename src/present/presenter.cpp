@@ -1,6 +1,5 @@
 #include "present/presenter.h"
 
-#include <string>
 #include <utility>
 
 #include "VelmoraMacNative.h"
@@ -39,15 +38,6 @@ Ref<CMSampleBuffer> wrap(Ref<CVPixelBuffer> image) {
     return nullptr;
   }
   return sample;
-}
-
-void displayImmediately(CMSampleBuffer& sample) {
-  auto* attachments = platform::CMSampleBufferGetSampleAttachmentsArray(sample, true);
-  auto* array = attachments ? attachments->as<platform::CFArray>() : nullptr;
-  if (array == nullptr || array->empty()) return;
-  if (auto* first = array->front().as<platform::CFDictionary>()) {
-    (*first)[std::string(platform::kCMSampleAttachmentKey_DisplayImmediately)] = true;
-  }
 }
 
 }  // namespace
@@ -91,7 +81,9 @@ std::int32_t VlmPresenter::recoverFailedLayer(Layer& layer) {
 std::int32_t VlmPresenter::show(Layer& layer, Ref<CVPixelBuffer> image) {
   auto sample = wrap(std::move(image));
   if (!sample) return VLM_PRESENT_FAIL;
-  displayImmediately(*sample);
+  // A sample that can't carry it has no time either, and is shown all the same.
+  platform::helpers::setSampleAttachment(*sample,
+                                         platform::kCMSampleAttachmentKey_DisplayImmediately, true);
   layer.enqueueSampleBuffer(std::move(sample));
   return hasFailed(layer) ? VLM_PRESENT_BUSY : VLM_PRESENT_OK;
 }

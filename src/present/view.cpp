@@ -7,7 +7,7 @@ namespace {
 
 using platform::AVSampleBufferDisplayLayer;
 
-// Where neither a window nor a screen tells the scale.
+// The scale where neither a window nor a screen has one.
 constexpr double kUsualScale = 2.0;
 
 void configure(AVSampleBufferDisplayLayer& layer) {

@@ -28,7 +28,7 @@ class RegistryEntry {
 
 std::optional<std::string> machineId() {
   const RegistryEntry root(platform::kIORegistryRootPath);
-  const auto uuid = root.property(platform::kIOPlatformUUIDKey);
+  const auto uuid = root.property(platform::IOPlatformUUIDKey);
   const auto* text = uuid.as<std::string>();
   return text ? std::optional(*text) : std::nullopt;
 }

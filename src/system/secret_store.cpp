@@ -23,7 +23,7 @@ CFDictionary secretQuery(const SecretAddress& address) {
 }  // namespace
 
 bool setSecret(const SecretAddress& address, std::span<const std::uint8_t> secret) {
-  // The bytes stand in the guarded value from the first moment: a list of entries would copy them.
+  // The bytes are in the guarded value from the start: a list of entries would copy them.
   SecretValue item(CFValue(secretQuery(address)));
   auto& attributes = *item.value.as<CFDictionary>();
   attributes.emplace(platform::kSecAttrAccessible, platform::kSecAttrAccessibleAfterFirstUnlock);

@@ -15,7 +15,7 @@ struct SecretAddress {
   std::string account;
 };
 
-// Replaces whatever stands at the address. False when the keychain did not take the secret: what
+// Replaces what is stored at the address. False when the keychain did not take the secret: what
 // stood there before is then gone.
 bool setSecret(const SecretAddress& address, std::span<const std::uint8_t> secret);
 

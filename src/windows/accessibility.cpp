@@ -21,14 +21,14 @@ Element elementAttribute(AXUIElement& element, std::string_view name) {
 }
 
 bool isMinimized(AXUIElement& window) {
-  const auto value = attribute(window, platform::kAXMinimizedAttribute);
+  const auto value = attribute(window, platform::AXMinimizedAttribute);
   const auto* minimized = value ? value->as<bool>() : nullptr;
   return minimized != nullptr && *minimized;
 }
 
 std::optional<Frame> readFrame(AXUIElement& window) {
-  const auto position = attribute(window, platform::kAXPositionAttribute);
-  const auto size = attribute(window, platform::kAXSizeAttribute);
+  const auto position = attribute(window, platform::AXPositionAttribute);
+  const auto size = attribute(window, platform::AXSizeAttribute);
   if (!position || !size) return std::nullopt;
   Frame frame;
   frame.positionConverted = platform::AXValueGetValue(*position, frame.position);

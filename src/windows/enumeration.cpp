@@ -56,7 +56,7 @@ std::vector<CgWin> windowServerWindows(std::int32_t pid) {
   constexpr auto kOptions =
       platform::kCGWindowListOptionOnScreenOnly | platform::kCGWindowListExcludeDesktopElements;
   std::vector<CgWin> windows;
-  const auto list = platform::CGWindowListCopyWindowInfo(kOptions, platform::kCGNullWindowID);
+  const auto list = platform::CGWindowListCopyWindowInfo(kOptions, platform::CGNullWindowID);
   if (!list) return windows;
   for (const auto& window : *list) {
     if (const auto found = candidate(window, pid)) windows.push_back(*found);
@@ -66,7 +66,7 @@ std::vector<CgWin> windowServerWindows(std::int32_t pid) {
 
 // Nothing when the list can't be read or holds anything but elements.
 std::optional<std::vector<Element>> accessibleWindows(platform::AXUIElement& application) {
-  const auto value = attribute(application, platform::kAXWindowsAttribute);
+  const auto value = attribute(application, platform::AXWindowsAttribute);
   const auto* array = value ? value->as<CFArray>() : nullptr;
   if (array == nullptr) return std::nullopt;
   std::vector<Element> windows;
@@ -90,7 +90,7 @@ std::optional<VlmWindowEntry> describe(platform::AXUIElement& window, const Elem
   entry.width = truncated(frame->size.width);
   entry.height = truncated(frame->size.height);
   entry.isMain = mainWindow && platform::CFEqual(*mainWindow, window) ? 1 : 0;
-  const auto title = attribute(window, platform::kAXTitleAttribute);
+  const auto title = attribute(window, platform::AXTitleAttribute);
   const auto* text = title ? title->as<std::string>() : nullptr;
   if (text != nullptr) vlmSetTitle(entry.title, *text);
   return entry;
@@ -101,7 +101,7 @@ std::int64_t distance(const CgWin& a, const VlmWindowEntry& b) {
   return apart(a.x, b.left) + apart(a.y, b.top) + apart(a.w, b.width) + apart(a.h, b.height);
 }
 
-// Gives each window of one enumeration a number of its own.
+// Gives each window of one enumeration a different number.
 class Pairing {
  public:
   explicit Pairing(std::vector<CgWin> candidates) : candidates_(std::move(candidates)) {}
@@ -134,7 +134,7 @@ std::int32_t enumerate(std::int32_t pid, std::span<VlmWindowEntry> out) {
   Pairing pairing(windowServerWindows(pid));
   const auto application = platform::AXUIElementCreateApplication(pid);
   if (!application) return 0;
-  const auto mainWindow = elementAttribute(*application, platform::kAXMainWindowAttribute);
+  const auto mainWindow = elementAttribute(*application, platform::AXMainWindowAttribute);
   const auto windows = accessibleWindows(*application);
   if (!windows) return 0;
   std::size_t count = 0;

@@ -11,8 +11,8 @@ namespace {
 // The main window is asked for first; the focused one counts only where that gives no value at
 // all. A value that is no element ends the search.
 Element mainOrFocusedWindow(platform::AXUIElement& application) {
-  auto value = attribute(application, platform::kAXMainWindowAttribute);
-  if (!value) value = attribute(application, platform::kAXFocusedWindowAttribute);
+  auto value = attribute(application, platform::AXMainWindowAttribute);
+  if (!value) value = attribute(application, platform::AXFocusedWindowAttribute);
   const auto* element = value ? value->as<Element>() : nullptr;
   return element ? *element : nullptr;
 }

@@ -16,12 +16,12 @@ struct Notification {
 
 // In the order of registration.
 constexpr std::array kNotifications{
-    Notification{platform::kAXWindowMovedNotification, 0},
-    Notification{platform::kAXWindowResizedNotification, 1},
-    Notification{platform::kAXFocusedWindowChangedNotification, 2},
-    Notification{platform::kAXApplicationDeactivatedNotification, 3},
-    Notification{platform::kAXApplicationActivatedNotification, 2},
-    Notification{platform::kAXUIElementDestroyedNotification, 4},
+    Notification{platform::AXWindowMovedNotification, 0},
+    Notification{platform::AXWindowResizedNotification, 1},
+    Notification{platform::AXFocusedWindowChangedNotification, 2},
+    Notification{platform::AXApplicationDeactivatedNotification, 3},
+    Notification{platform::AXApplicationActivatedNotification, 2},
+    Notification{platform::AXUIElementDestroyedNotification, 4},
 };
 
 std::optional<std::int32_t> eventCode(std::string_view name) {
@@ -33,7 +33,7 @@ std::optional<std::int32_t> eventCode(std::string_view name) {
 
 // Zeros when there is no such window or it can't be read.
 Frame focusedFrame(platform::AXUIElement& application) {
-  const auto window = elementAttribute(application, platform::kAXFocusedWindowAttribute);
+  const auto window = elementAttribute(application, platform::AXFocusedWindowAttribute);
   const auto frame = window ? readFrame(*window) : std::nullopt;
   return frame.value_or(Frame{});
 }

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <vector>
 
+#include "platform/core_media.h"
 #include "platform/core_video.h"
 #include "platform/dispatch.h"
 #include "platform/foundation.h"
@@ -48,6 +49,23 @@ TEST(Media, PixelBuffersAreLaidOutForEverySize) {
     }
     EXPECT_EQ(CVPixelBufferUnlockBaseAddress(*buffer, 0), 0);
   }
+}
+
+TEST(Media, AttachmentsAreKeptByTheSampleUnderTheirKeys) {
+  Ref<CVPixelBuffer> picture;
+  ASSERT_EQ(CVPixelBufferCreate(64, 48, kVideoRange, CFValue(), picture), 0);
+  Ref<CMFormatDescription> description;
+  ASSERT_EQ(CMVideoFormatDescriptionCreateForImageBuffer(*picture, description), noErr);
+  Ref<CMSampleBuffer> sample;
+  ASSERT_EQ(CMSampleBufferCreateReadyWithImageBuffer(picture, description, {}, sample), noErr);
+  using helpers::sampleAttachment;
+  EXPECT_TRUE(sampleAttachment(*sample, kCMSampleAttachmentKey_NotSync).isNull());
+  ASSERT_TRUE(helpers::setSampleAttachment(*sample, kCMSampleAttachmentKey_NotSync, true));
+  ASSERT_TRUE(
+      helpers::setSampleAttachment(*sample, kCMSampleAttachmentKey_DisplayImmediately, false));
+  const Ref<CMSampleBuffer> same = sample;
+  EXPECT_EQ(sampleAttachment(*same, kCMSampleAttachmentKey_NotSync), CFValue(true));
+  EXPECT_EQ(sampleAttachment(*same, kCMSampleAttachmentKey_DisplayImmediately), CFValue(false));
 }
 
 TEST(Text, ContainmentIgnoresCaseAndTheEmptyPart) {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <ranges>
 #include <span>
 #include <thread>
 
@@ -210,6 +211,108 @@ TEST(Microphone, IsNoneWhereThereAreOnlyMonitors) {
   EXPECT_EQ(vlm_audio_in_start("spk.monitor", Microphone::onSamples, nullptr), nullptr);
 }
 
+TEST(Microphone, StopsWhenItsCallbackReturnsHoweverSlowThatIs) {
+  PrivateSoundServer server;
+  std::atomic<int> millisecondsTaken = 30;  // for blocks of 20
+  void* microphone = vlm_audio_in_start(
+      "mic",
+      [](const float*, std::int32_t, void* taken) {
+        sleepFor(milliseconds(static_cast<std::atomic<int>*>(taken)->load()));
+      },
+      &millisecondsTaken);
+  ASSERT_NE(microphone, nullptr);
+  sleepFor(milliseconds(500));
+  std::atomic<bool> hasStopped = false;
+  std::thread stopping([&] {
+    vlm_audio_in_stop(microphone);
+    hasStopped = true;
+  });
+  EXPECT_TRUE(eventually([&] { return hasStopped.load(); }, std::chrono::seconds(3)));
+  millisecondsTaken = 0;
+  stopping.join();
+}
+
+// What a microphone hears from now on.
+Samples heardIn(Microphone& heard, milliseconds time) {
+  {
+    const std::lock_guard lock(heard.mutex);
+    heard.samples.clear();
+  }
+  sleepFor(time);
+  const std::lock_guard lock(heard.mutex);
+  return heard.samples;
+}
+
+TEST(Microphone, NeverHearsWhatTheMachinePlays) {
+  PrivateSoundServer server;
+  Microphone heard;
+  void* microphone = vlm_audio_in_start(nullptr, Microphone::onSamples, &heard);
+  ASSERT_NE(microphone, nullptr);
+  EXPECT_FALSE(heardIn(heard, milliseconds(300)).empty());
+  const ChildProcess player(
+      {"paplay", "--device=spk", soundFile(server, "tone.wav", sine(10, {997, 997}, 0.5))});
+  // The server moves the recording to what is left, the monitor of an output.
+  outputOf({"pactl", "set-default-source", "spk.monitor"});
+  outputOf({"pactl", "unload-module", "module-remap-source"});
+  EXPECT_TRUE(heardIn(heard, milliseconds(700)).empty());
+  outputOf(
+      {"pactl", "load-module", "module-remap-source", "source_name=mic", "master=micfeed.monitor"});
+  outputOf({"pactl", "set-default-source", "mic"});
+  EXPECT_TRUE(eventually([&] { return !heardIn(heard, milliseconds(100)).empty(); }));
+  vlm_audio_in_stop(microphone);
+}
+
+TEST(Microphone, FoldsEveryChannelOfADevice) {
+  const struct {
+    const char* channels;
+    std::vector<double> weights;  // to each other
+  } cases[] = {
+      {"front-left,front-right,lfe", {1, 1, 0.7}},
+      {"front-left,rear-left,front-right,rear-right", {1, 0.7, 1, 0.7}},
+      {"front-left,front-right,front-center,lfe,rear-left,rear-right", {1, 1, 1.4, 0.7, 0.7, 0.7}},
+      {"front-left,front-right,rear-left,rear-right,front-center,lfe,side-left,side-right",
+       {1, 1, 0.7, 0.7, 1.4, 0.7, 0.7, 0.7}},
+      {"aux0,aux1,aux2,aux3,aux4", {1, 1, 1, 1, 1}},
+  };
+  PrivateSoundServer server;
+  for (const auto& [channels, weights] : cases) {
+    SCOPED_TRACE(channels);
+    const auto count = std::to_string(weights.size());
+    const std::string map(channels);
+    const auto sink =
+        outputOf({"pactl", "load-module", "module-null-sink", "sink_name=many", "rate=48000",
+                  "format=float32le", "norewinds=1", "channels=" + count, "channel_map=" + map});
+    const auto source =
+        outputOf({"pactl", "load-module", "module-remap-source", "source_name=manymic",
+                  "master=many.monitor", "remix=no", "channels=" + count, "channel_map=" + map,
+                  "master_channel_map=" + map});
+    std::vector<double> frequencies;
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+      frequencies.push_back(500 + 200 * static_cast<double>(i));
+    }
+    writeFile(server.file("many.raw"), sine(3, frequencies, 0.5));
+    const ChildProcess player({"pacat", "--playback", "--device=many", "--format=float32le",
+                               "--rate=48000", "--channels=" + count, "--channel-map=" + map,
+                               "--raw", server.file("many.raw")});
+    expectInOneAttempt([&, &wanted = weights] {
+      Microphone heard;
+      void* microphone = vlm_audio_in_start("manymic", Microphone::onSamples, &heard);
+      ASSERT_NE(microphone, nullptr);
+      sleepFor(milliseconds(300));
+      const auto samples = heardIn(heard, milliseconds(300));
+      vlm_audio_in_stop(microphone);
+      double sum = 0;
+      for (const double weight : wanted) sum += weight;
+      for (std::size_t i = 0; i < wanted.size(); ++i) {
+        EXPECT_NEAR(toneIn(samples, 1, 0, frequencies[i]).amplitude, 0.5 * wanted[i] / sum, 0.02)
+            << "channel " << i;
+      }
+    });
+    outputOf({"pactl", "unload-module", source});
+    outputOf({"pactl", "unload-module", sink});
+  }
+}
+
 struct CapturedAudio {
   Samples samples;
   std::atomic<int> blocks = 0;
@@ -367,8 +470,59 @@ TEST(SoundEffects, GoWhereTheyAreToldExactly) {
   expectInOneAttempt(playAndSeek);
 }
 
+void repeatAClick() {
+  PrivateSoundServer server;
+  const Samples click = noise(960);
+  void* sound = vlm_sfx_create(soundFile(server, "click.wav", click).c_str());
+  ASSERT_NE(sound, nullptr);
+  SoundRecorder recorder(server, "spk.monitor");
+  vlm_sfx_play(sound, 1, 0);
+  sleepFor(milliseconds(5));  // all of it is with the server by now
+  vlm_sfx_play(sound, 1, 19);
+  EXPECT_TRUE(hasEnded(sound));
+  sleepFor(milliseconds(100));
+  const auto recorded = recorder.finish();
+  Samples repeated;
+  for (int i = 0; i < 20; ++i) repeated.insert(repeated.end(), click.begin(), click.end());
+  EXPECT_GE(find(recorded, repeated), 0);
+  vlm_sfx_destroy(sound);
+}
+
+TEST(SoundEffects, KeepTheirRepeatsWhenTheyAreTriggeredAgain) {
+  expectInOneAttempt(repeatAClick);
+}
+
+TEST(SoundEffects, LeaveNothingBehindWhenTheyHaveEnded) {
+  PrivateSoundServer server;
+  outputOf({"pactl", "load-module", "module-suspend-on-idle", "timeout=1"});
+  const auto clients = timesListed("clients", "Client #");
+  const auto file = soundFile(server, "short.wav", sine(1.5, {997, 997}, 0.02));
+  std::vector<void*> sounds;
+  for (int i = 0; i < 200; ++i) {
+    sounds.push_back(vlm_sfx_create(file.c_str()));
+    vlm_sfx_play(sounds.back(), 1, 4);
+  }
+  // The server mixes 32 streams at most.
+  EXPECT_EQ(timesListed("sink-inputs", "Sink Input #"), 1U);
+  EXPECT_EQ(timesListed("clients", "Client #"), clients + 1) << "one connection for all";
+  SoundRecorder recorder(server, "spk.monitor");
+  sleepFor(milliseconds(300));
+  // Each has another phase.
+  EXPECT_GT(toneIn(recorder.finish(), 2, 0, 997).loudest, 0.1);
+  for (void* sound : sounds) EXPECT_TRUE(vlm_sfx_is_playing(sound));
+  for (void* sound : sounds) vlm_sfx_play_from(sound, 1.4, 1);
+  EXPECT_TRUE(eventually([] { return timesListed("sink-inputs", "Sink Input #") == 0; }));
+  for (void* sound : sounds) EXPECT_FALSE(vlm_sfx_is_playing(sound));
+  EXPECT_TRUE(eventually([] {
+    return outputOf({"pactl", "list", "short", "sinks"}).find("RUNNING") == std::string::npos;
+  })) << "the handles are still open";
+  for (void* sound : sounds) vlm_sfx_destroy(sound);
+  EXPECT_TRUE(eventually([&] { return timesListed("clients", "Client #") == clients; }));
+}
+
 void playEveryFormat() {
   PrivateSoundServer server;
+  testing::internal::CaptureStderr();
   for (const auto* name : {"a.wav", "a.flac", "a.ogg", "a.mp3", "a.m4a"}) {
     SCOPED_TRACE(name);
     void* sound = vlm_sfx_create(soundFile(server, name, sine(1, {997, 1499}, 0.5)).c_str());
@@ -384,15 +538,98 @@ void playEveryFormat() {
     }
     vlm_sfx_destroy(sound);
   }
+  // Lengths that have to be guessed, junk, a file that is cut off.
+  const auto tone = sine(1, {997, 1499}, 0.5);
+  auto bytes = contentsOf(soundFile(server, "a.mp3", tone));
+  writeFile(server.file("junk.mp3"), "some junk" + bytes.substr(bytes.find("Info") + 3000));
+  bytes = contentsOf(soundFile(server, "a.m4a", tone));
+  writeFile(server.file("cut.m4a"), bytes.substr(0, bytes.size() / 2));
+  bytes = contentsOf(soundFile(server, "a.flac", tone));
+  writeFile(server.file("hole.flac"), bytes.replace(bytes.size() / 2, 50, 50, '?'));
+  for (const auto* name : {"junk.mp3", "cut.m4a", "hole.flac"}) {
+    vlm_sfx_destroy(vlm_sfx_create(server.file(name).c_str()));
+  }
   writeFile(server.file("text.wav"), std::string("no sound at all"));
   writeFile(server.file("empty.wav"), std::string());
   for (const auto* name : {"text.wav", "empty.wav", "missing.wav", ""}) {
     EXPECT_EQ(vlm_sfx_create(server.file(name).c_str()), nullptr) << name;
   }
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST(SoundEffects, AreReadFromEveryUsualFormat) {
   expectInOneAttempt(playEveryFormat);
+}
+
+// A host that plays what it hears on the way through, and what happens to it.
+void loseAndFind(const std::function<void(PrivateSoundServer&)>& lose,
+                 const std::function<void(PrivateSoundServer&)>& bringBack, const char* output,
+                 const char* input) {
+  PrivateSoundServer server;
+  Microphone heard;
+  void* microphone = vlm_audio_in_start(input, Microphone::onSamples, &heard);
+  void* playback = vlm_audio_out_start(output, 2);
+  ASSERT_TRUE(microphone && playback);
+  std::atomic<bool> ends = false;
+  std::thread talking([&] {
+    const auto tone = sine(1, {1000, 1000}, 0.5);
+    for (auto due = std::chrono::steady_clock::now(); !ends; due += milliseconds(20)) {
+      std::this_thread::sleep_until(due);
+      vlm_audio_out_write(playback, tone.data(), 2 * 960);
+    }
+  });
+  lose(server);
+  sleepFor(milliseconds(1500));
+  EXPECT_TRUE(heardIn(heard, milliseconds(100)).empty());
+  bringBack(server);
+  EXPECT_TRUE(eventually([] { return sinksOfStreams() == std::vector<std::string>{"spk"}; }));
+  EXPECT_TRUE(eventually([&] { return !heardIn(heard, milliseconds(100)).empty(); }));
+  const ChildProcess speaker(
+      {"paplay", "--device=micfeed", soundFile(server, "tone.wav", sine(3, {997, 997}, 0.5))});
+  sleepFor(milliseconds(500));
+  EXPECT_GT(toneIn(heardIn(heard, milliseconds(500)), 1, 0, 997).loudest, 0.4);
+  // Nothing has piled up: what plays ends soon after the last write.
+  SoundRecorder recorder(server, "spk.monitor");
+  sleepFor(milliseconds(500));
+  ends = true;
+  talking.join();
+  sleepFor(milliseconds(600));
+  const auto recorded = recorder.finish();
+  EXPECT_GT(toneIn(recorded, 2, 0, 1000).loudest, 0.4);
+  const auto silence =
+      std::ranges::find_if(std::views::reverse(recorded), [](float sample) { return sample != 0; });
+  EXPECT_GT(silence - recorded.rbegin(), 2 * 48000 * 0.3);
+  vlm_audio_in_stop(microphone);
+  vlm_audio_out_stop(playback);
+}
+
+TEST(SoundServer, ThatComesBackIsPlayedAndRecordedAgain) {
+  for (const auto& [output, input] : {std::pair{"spk", "mic"}, {"", ""}}) {
+    loseAndFind([](auto& server) { server.kill(); }, [](auto& server) { server.start(); }, output,
+                input);
+  }
+}
+
+TEST(SoundServer, HasDevicesThatAreUnpluggedAndPluggedInAgain) {
+  const auto unplug = [](PrivateSoundServer&) {
+    outputOf({"pactl", "unload-module", "module-remap-source"});
+    outputOf({"pactl", "unload-module", "module-null-sink"});
+  };
+  const auto plug = [](PrivateSoundServer&) {
+    for (const std::string name : {"spk rate=48000", "micfeed rate=44100"}) {
+      outputOf({"sh", "-c",
+                "pactl load-module module-null-sink norewinds=1 format=float32le "
+                "sink_name=" +
+                    name});
+    }
+    outputOf({"pactl", "load-module", "module-remap-source", "source_name=mic",
+              "master=micfeed.monitor", "rate=44100", "format=float32le"});
+    outputOf({"pactl", "set-default-sink", "spk"});
+    outputOf({"pactl", "set-default-source", "mic"});
+  };
+  for (const auto& [output, input] : {std::pair{"spk", "mic"}, {"", ""}}) {
+    loseAndFind(unplug, plug, output, input);
+  }
 }
 
 // Everything that sounds at once, on a server that goes away under it.
@@ -412,7 +649,9 @@ TEST(SoundServer, ComesAndGoesAndNothingHangs) {
     void* playback = vlm_audio_out_start(nullptr, 2);
     void* sound = vlm_sfx_create(file.c_str());
     vlm_sfx_play(sound, 1, -1);
-    ASSERT_TRUE(microphone && playback && vlm_sfx_is_playing(sound));
+    ASSERT_NE(microphone, nullptr);
+    ASSERT_NE(playback, nullptr);
+    ASSERT_TRUE(vlm_sfx_is_playing(sound));
     vlm_audio_out_write(playback, tone.data(), static_cast<std::int32_t>(tone.size()));
     sleepFor(milliseconds(100));
     server.process().signal(signal);
@@ -424,8 +663,9 @@ TEST(SoundServer, ComesAndGoesAndNothingHangs) {
     vlm_audio_in_stop(microphone);
     vlm_audio_out_stop(playback);
     vlm_sfx_destroy(sound);
-    EXPECT_EQ(vlm_audio_out_start(nullptr, 2), nullptr);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(3));
+    EXPECT_EQ(vlm_audio_out_start("spk", 2), nullptr);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(5500));
     const int blocks = captured.blocks;
     EXPECT_TRUE(eventually([&] { return captured.blocks > blocks + 5; })) << "silence goes on";
     server.kill();

@@ -1,6 +1,7 @@
 // Capturing a real X server through the public header. What stands on the screen is judged by
 // ImageMagick and xdotool.
 #include <gtest/gtest.h>
+#include <xcb/randr.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -186,29 +187,72 @@ TEST(Capture, ScaledPictureLooksLikeTheScreenMadeSmaller) {
   EXPECT_LT(distanceToScreen(frame, {"-filter", "box", "-resize", size}), kSame);
 }
 
+// Gives the server's one monitor a size.
+void setMonitor(const std::string& width, const std::string& height,
+                const std::vector<std::string>& further) {
+  const auto mode = width + "x" + height;
+  outputOf(
+      {"xrandr", "--newmode", mode, "25", width, "900", "901", "902", height, "700", "701", "702"});
+  outputOf({"xrandr", "--addmode", "screen", mode});
+  std::vector<std::string> command{"xrandr", "--output", "screen", "--mode", mode};
+  command.insert(command.end(), further.begin(), further.end());
+  outputOf(command);
+}
+
+// What xrandr refuses to do with a single monitor.
+void moveMonitor(std::int16_t x) {
+  auto* c = xcb_connect(nullptr, nullptr);
+  const auto root = xcb_setup_roots_iterator(xcb_get_setup(c)).data->root;
+  auto* resources =
+      xcb_randr_get_screen_resources_reply(c, xcb_randr_get_screen_resources(c, root), nullptr);
+  const auto crtc = *xcb_randr_get_screen_resources_crtcs(resources);
+  auto* now = xcb_randr_get_crtc_info_reply(c, xcb_randr_get_crtc_info(c, crtc, 0), nullptr);
+  free(xcb_randr_set_crtc_config_reply(
+      c,
+      xcb_randr_set_crtc_config(c, crtc, 0, 0, x, 0, now->mode, now->rotation, 1,
+                                xcb_randr_get_screen_resources_outputs(resources)),
+      nullptr));
+  free(now);
+  free(resources);
+  xcb_disconnect(c);
+}
+
 TEST(Capture, ScreenOfAnotherSizeIsScaledIntoThePicture) {
   const PrivateDesktop desktop(kSmall);
   Canvas canvas("resized", {0, 0, 320, 240}, kGrey);
   FrameRecorder recorder;
   ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
   expectShown(recorder, "before", {{310, 230, kGrey}, {390, 290, 0}});
-  outputOf({"xrandr", "--output", "screen", "--off", "--fb", "640x480"});
+  setMonitor("640", "480", {});
   canvas.fill({0, 0, 160, 120}, kWhite);
   expectShown(recorder, "after", {{195, 145, kWhite}, {390, 290, kGrey}, {410, 310, 0}});
   EXPECT_EQ(recorder.last().width, 800);
 }
 
-TEST(Capture, MonitorThatIsDeclaredAnewIsFollowed) {
+TEST(Capture, MonitorIsFollowedUntilItIsRemoved) {
   const PrivateDesktop desktop(kSmall);
   const Canvas left("left", {0, 0, 400, 600}, kGrey);
-  const Canvas right("right", {400, 0, 400, 600}, kRed);
-  outputOf({"xrandr", "--setmonitor", "half", "400/100x600/150+0+0", "screen"});
-  FrameRecorder recorder;
-  ASSERT_TRUE(recorder.start(vlm_capture_start_display, 0U, kFps, 0, 0));
-  expectShown(recorder, "first half", {{200, 300, kGrey}});
-  outputOf({"xrandr", "--delmonitor", "half"});
-  outputOf({"xrandr", "--setmonitor", "half", "400/100x600/150+400+0", "screen"});
-  expectShown(recorder, "second half", {{200, 300, kRed}});
+  const Canvas right("right", {400, 0, 400, 600}, kWhite);
+  setMonitor("400", "600", {"--fb", "800x600"});
+  FrameRecorder display, application;
+  ASSERT_TRUE(display.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  ASSERT_TRUE(application.start(vlm_capture_start_app, "left", kFps, 0, 0));
+  expectShown(display, "first half", {{200, 300, kGrey}});
+  moveMonitor(400);
+  expectShown(display, "second half", {{200, 300, kWhite}});
+  expectShown(application, "second half", {{200, 300, 0}});
+
+  testing::internal::CaptureStderr();
+  outputOf({"xrandr", "--setmonitor", "private", "400/100x600/150+400+0", "screen"});
+  const auto before = display.count() + application.count();
+  const Canvas secret("left", {400, 0, 400, 600}, kRed);
+  std::this_thread::sleep_for(500ms);
+  EXPECT_EQ(display.count() + application.count(), before);
+  display.stop();
+  application.stop();
+  const std::string line =
+      "[vlm] capture stream stopped with error: the captured display was removed\n";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), line + line);
 }
 
 TEST(Capture, WindowIsWholeWhileCoveredMovedResizedAndMinimised) {

@@ -16,7 +16,7 @@ struct Rgb {
   double blue;
 };
 
-// Top left, top right, bottom left, bottom right: which way up a picture stands, and its colours.
+// Top left, top right, bottom left, bottom right: which way up a picture is, and its colours.
 inline constexpr std::array<Rgb, 4> kQuadrants{Rgb{220, 30, 40}, Rgb{20, 200, 60}, Rgb{30, 50, 230},
                                                Rgb{240, 240, 235}};
 

@@ -36,7 +36,7 @@ cmake -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/prefix" \
 cmake --build "$work/build" >/dev/null
 "$work/build/consumer"
 
-# The header stands alone in every dialect that a host may use.
+# The header compiles alone in every dialect that a host may use.
 for dialect in c99 c11 c17; do
   echo '#include <VelmoraMacNative.h>' |
     "$cc" -x c -std=$dialect "${strict[@]}" "${flags[@]}" -fsyntax-only -
@@ -49,4 +49,13 @@ done
 # A program that is installed finds the library beside it.
 if [[ -x $work/prefix/bin/vlm ]]; then
   "$work/prefix/bin/vlm" --help >/dev/null
+  # Its manual page and its completions know each of its commands.
+  "$work/prefix/bin/vlm" --help | awk '/^Subcommands:/ { list = 1; next } list && NF { print $1 }' |
+    while read -r command; do
+      grep -q "^\.SS $command\$" "$work/prefix/share/man/man1/vlm.1"
+      grep -q "^ *$command) words=" "$work/prefix/share/bash-completion/completions/vlm"
+      grep -q "^ *$command) words=" "$work/prefix/share/zsh/vendor-completions/_vlm"
+    done
+  bash -n "$work/prefix/share/bash-completion/completions/vlm"
+  [[ $("$work/prefix/bin/vlm" bogus 2>&1) == *"'bogus'"*"'bounds'"* ]]
 fi

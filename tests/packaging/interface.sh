@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The boundary is told in five places that must agree: interface.sh SOURCE_DIR [LIBRARY].
+# The boundary is described in five places that must agree: interface.sh SOURCE_DIR [LIBRARY].
 set -euo pipefail
 export LC_ALL=C
 source_dir=$1 library=${2:-}
@@ -36,6 +36,10 @@ if [[ -n $library ]]; then
     "$(nm -D --defined-only "$library" | sed -E 's/^[0-9a-f]+ //; s/^T //; s/@.*//' | sort)" \
     "$declared"
 fi
+
+version=$(sed -nE 's/^#define VLM_VERSION_(MAJOR|MINOR|PATCH) ([0-9]+)$/\2/p' "$header" | paste -sd .)
+grep -q "^project(VelmoraMacNative VERSION $version " "$source_dir/CMakeLists.txt" ||
+  { echo "the header says version $version, CMakeLists.txt another one" >&2; failed=1; }
 
 # The block of comment that ends right above a declaration has each heading once, in order.
 awk '

@@ -16,7 +16,7 @@ start_code() {
     awk '{ sub(/^ *\[ *[0-9]+\] */, "") } $1 ~ /^\.(init|preinit_array|init_array|ctors)$/ { print $1, $5 }'
 }
 
-# A toolchain puts code of its own there; what an empty library has is no code of ours. A static
+# A toolchain puts its own code there; what an empty library has is no code of ours. A static
 # constructor shows the measure works.
 echo '' >"$work/empty.cpp"
 printf 'int f(); int value = f(); int f() { return 1; }\n' >"$work/constructed.cpp"

@@ -12,9 +12,12 @@ namespace {
 // Larger than any size that the window is given.
 constexpr Canvas::Place kPixmap{0, 0, 1024, 768};
 
+template <class T>
+using Reply = std::unique_ptr<T, decltype(&std::free)>;
+
 bool isShown(xcb_connection_t* connection, xcb_window_t window) {
   const auto asked = xcb_get_window_attributes(connection, window);
-  const std::unique_ptr<xcb_get_window_attributes_reply_t, decltype(&std::free)> reply(
+  const Reply<xcb_get_window_attributes_reply_t> reply(
       xcb_get_window_attributes_reply(connection, asked, nullptr), &std::free);
   return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE;
 }
@@ -84,10 +87,36 @@ void Canvas::close() {
 }
 
 void Canvas::adopt(const void* view, std::int16_t x, std::int16_t y) {
-  const auto id = *static_cast<const std::uint32_t*>(view);
-  xcb_reparent_window(connection_, id, window_, x, y);
-  xcb_map_window(connection_, id);
+  child_ = *static_cast<const std::uint32_t*>(view);
+  xcb_reparent_window(connection_, child_, window_, x, y);
+  xcb_map_window(connection_, child_);
   sync();
+}
+
+void Canvas::resizeChild(std::uint16_t width, std::uint16_t height) {
+  const std::uint32_t size[] = {width, height};
+  xcb_configure_window(connection_, child_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                       size);
+  xcb_flush(connection_);
+}
+
+std::array<std::uint8_t, 3> Canvas::lastPixelOfChild() {
+  // The view must not change between the question for its size and the one for its pixel.
+  xcb_grab_server(connection_);
+  const Reply<xcb_get_geometry_reply_t> place(
+      xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, child_), nullptr),
+      &std::free);
+  if (!place) throw std::runtime_error("the view is gone");
+  const auto x = static_cast<std::int16_t>(place->width - 3);
+  const auto y = static_cast<std::int16_t>(place->height - 3);
+  const auto asked = xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, child_, x, y, 1, 1, ~0U);
+  xcb_ungrab_server(connection_);
+  const Reply<xcb_get_image_reply_t> image(xcb_get_image_reply(connection_, asked, nullptr),
+                                           &std::free);
+  xcb_flush(connection_);
+  if (!image) throw std::runtime_error("the view can't be seen");
+  const auto* pixel = xcb_get_image_data(image.get());
+  return {pixel[0], pixel[1], pixel[2]};
 }
 
 int Canvas::clicks() {

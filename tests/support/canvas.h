@@ -2,13 +2,14 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <string>
 
 namespace vlm::test {
 
 // A window of the test's own whose pixels it knows. The server repaints it from a pixmap by
-// itself, so nobody need wait for events.
+// itself, so a caller need not wait for events.
 class Canvas {
  public:
   using Place = xcb_rectangle_t;
@@ -31,12 +32,17 @@ class Canvas {
 
   // What a host does with the pointer that vlm_present_view returns.
   void adopt(const void* view, std::int16_t x = 7, std::int16_t y = 5);
+  // Sizes the adopted view, as a host does that keeps room around it.
+  void resizeChild(std::uint16_t width, std::uint16_t height);
+  // The view's pixel at the lower right as it is seen now, blue first.
+  std::array<std::uint8_t, 3> lastPixelOfChild();
   // The button presses on the window itself that have arrived since the last call.
   int clicks();
 
  private:
   void sync();
 
+  xcb_window_t child_ = XCB_NONE;
   xcb_connection_t* const connection_;
   xcb_window_t window_;
   xcb_pixmap_t pixmap_;

@@ -43,7 +43,7 @@ CommandResult runCommand(const std::vector<std::string>& command);
 // The output of a command that is expected to succeed, without the last line feed; throws else.
 std::string outputOf(const std::vector<std::string>& command);
 
-// How often a part stands in a text.
+// How often a part occurs in a text.
 std::size_t timesIn(const std::string& text, const std::string& part);
 
 // Tries until `condition` holds; false when it does not within the limit.

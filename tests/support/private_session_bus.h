@@ -7,7 +7,7 @@
 
 namespace vlm::test {
 
-// A message bus of the test's own, with a home folder of its own and, where one is wanted, a
+// A message bus of the test's own, with its own home folder and, where one is wanted, a
 // keyring daemon whose default keyring is open. While it lives, the environment names it. The bus
 // starts no services by itself, so that "no keyring" really is none.
 class PrivateSessionBus {

@@ -30,7 +30,7 @@ Content contentsOf(const std::string& path) {
   return Content(std::istreambuf_iterator<char>(file), {});
 }
 
-// A text, bytes or numbers as they stand in memory.
+// A text, bytes or numbers as they are in memory.
 template <class Content>
 void writeFile(const std::string& path, const Content& content) {
   const auto bytes = std::as_bytes(std::span(content));

@@ -17,7 +17,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 // A stream written as one letter a unit: upper case begins a picture (or is no picture at all),
-// lower case is a further slice of it. A bar stands where an access unit ends.
+// lower case is a further slice of it. A bar marks the end of an access unit.
 Bytes unitOf(char letter, bool longStartCode) {
   static const std::map<char, Bytes> kUnits{{'S', {0x67, 0x4d, 0x00}},
                                             {'P', {0x68, 0xee}},

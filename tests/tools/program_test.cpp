@@ -25,7 +25,7 @@ Words vlm(Words arguments) {
   return arguments;
 }
 
-// What the library logs may stand in front of the summary.
+// What the library logs may come before the summary.
 Json summaryIn(const std::string& output) {
   const auto begin = output.find('{');
   return begin == std::string::npos ? Json() : Json::parse(output.substr(begin), nullptr, false);

@@ -18,7 +18,7 @@ using platform::scripted::FrameIn;
 using platform::scripted::makeCompressedSample;
 using platform::scripted::SampleOut;
 
-// An encoder for 64 x 48 frames on a machine of its own.
+// An encoder for 64 x 48 frames on its own machine.
 struct Encoding {
   Machine machine;
   void* handle = nullptr;

@@ -32,7 +32,7 @@ inline Lines only(std::initializer_list<std::string_view> prefixes, Lines lines)
   return lines;
 }
 
-// vlm_frame_cb: "frame 420v 64x48 (64x48) @14": the buffer, the size told, the time stamp.
+// vlm_frame_cb: "frame 420v 64x48 (64x48) @14": the buffer, the reported size, the time stamp.
 inline void noteFrame(void* pixbuf, int32_t width, int32_t height, int64_t ptsNs, void* user) {
   const auto size = std::to_string(width) + "x" + std::to_string(height);
   static_cast<Machine*>(user)->journal.note(

@@ -1,5 +1,6 @@
 #include "platform/app_kit.h"
 
+#include <atomic>
 #include <cstdint>
 #include <utility>
 
@@ -33,7 +34,6 @@ bool NSView::initWithFrame(CGRect) {
   });
   if (!thread) return false;
   impl_ = std::make_unique<Impl>();
-  impl_->window = thread->window();
   impl_->thread = std::move(thread);
   return true;
 }
@@ -65,7 +65,10 @@ void NSView::removeFromSuperview() {
   impl_->thread->takeOut();
 }
 
+// The window is another one when the host's window was destroyed with the view in it. What the host
+// reads changes only here, during a call of the host.
 void* NSView::hostPointer() const {
+  std::atomic_ref(impl_->window).store(impl_->thread->confirmedWindow());
   return &impl_->window;
 }
 

@@ -15,7 +15,7 @@ io_registry_entry_t IORegistryEntryFromPath(std::string_view path) {
 }
 
 CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_view key) {
-  if (entry != kRoot || key != kIOPlatformUUIDKey) return {};
+  if (entry != kRoot || key != IOPlatformUUIDKey) return {};
   auto uuid = identity::machineUuid();
   return uuid ? CFValue(std::move(*uuid)) : CFValue();
 }

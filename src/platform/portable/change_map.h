@@ -6,7 +6,7 @@
 
 namespace vlm::platform {
 
-// An account of when each 16 x 16 block of a picture last changed, so that whoever works on
+// An account of when each 16 x 16 block of a picture last changed, so that code that works on
 // successive pictures of one source can leave alone what stayed as it was. Pictures of a source
 // are numbered from 1; a consumer that last saw picture n need only look at blocks whose entry is
 // above n. It stays right when pictures in between were skipped.

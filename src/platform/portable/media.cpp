@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <string>
+#include <utility>
 
 #include "platform/portable/fallible.h"
 
@@ -142,11 +144,20 @@ CMTime CMSampleBufferGetPresentationTimeStamp(const CMSampleBuffer& sample) noex
   return sample.timing.presentationTimeStamp;
 }
 
-CFValue* CMSampleBufferGetSampleAttachmentsArray(CMSampleBuffer& sample, bool createIfNecessary) {
-  if (!sample.attachments && createIfNecessary && sample.attachable) {
-    sample.attachments = CFArray{CFDictionary{}};
-  }
-  return sample.attachments ? &*sample.attachments : nullptr;
+CFValue helpers::sampleAttachment(CMSampleBuffer& sample, std::string_view key) {
+  const auto* array = sample.attachments ? sample.attachments->as<CFArray>() : nullptr;
+  if (array == nullptr || array->empty()) return {};
+  const auto* value = array->front().find(key);
+  return value != nullptr ? *value : CFValue();
+}
+
+bool helpers::setSampleAttachment(CMSampleBuffer& sample, std::string_view key, CFValue value) {
+  if (!sample.attachments && sample.attachable) sample.attachments = CFArray{CFDictionary{}};
+  auto* array = sample.attachments ? sample.attachments->as<CFArray>() : nullptr;
+  auto* first = array != nullptr && !array->empty() ? array->front().as<CFDictionary>() : nullptr;
+  if (first == nullptr) return false;
+  (*first)[std::string(key)] = std::move(value);
+  return true;
 }
 
 }  // namespace vlm::platform

@@ -28,7 +28,7 @@ void MixInput::pushSilence(std::size_t samples) {
   limit();
 }
 
-// What nobody reads is not kept forever.
+// Samples that are not read are not kept forever.
 void MixInput::limit() {
   if (frames() <= kMostFrames) return;
   const auto surplus = (frames() - cushion_) * kChannels;

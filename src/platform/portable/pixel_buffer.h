@@ -21,8 +21,8 @@ struct PixelPlane {
 // How luma and chroma are made from colours.
 enum class YCbCrMatrix { bt601, bt709, bt2020 };
 
-// The image in memory behind every pixel buffer handle. A platform derives from it to lend memory
-// of its own or to refuse locks.
+// The image in memory behind every pixel buffer handle. A platform derives from it to lend its
+// own memory or to refuse locks.
 class CVPixelBuffer : public Object {
  public:
   // Over memory that the caller keeps alive; bi-planar when the second plane has a base.
@@ -45,7 +45,7 @@ class CVPixelBuffer : public Object {
   YCbCrMatrix matrix() const noexcept { return matrix_; }
   void setMatrix(YCbCrMatrix matrix) noexcept { matrix_ = matrix; }
 
-  // What changed since earlier pictures of the same source; null where nobody kept account.
+  // What changed since earlier pictures of the same source; null where no account was kept.
   const std::shared_ptr<const ChangeMap>& changes() const noexcept { return changes_; }
   void setChanges(std::shared_ptr<const ChangeMap> changes) { changes_ = std::move(changes); }
 

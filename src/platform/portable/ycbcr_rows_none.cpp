@@ -1,4 +1,4 @@
-// Stands in where no vector library is at hand: the caller's own loop takes every pixel.
+// Used where there is no vector library: the caller's own loop takes every pixel.
 #include "platform/portable/ycbcr_rows.h"
 
 namespace vlm::platform::portable {

@@ -1,5 +1,5 @@
 // Compiled once for every instruction set that Highway knows for the architecture; the processor
-// chooses one at run time. Vectors stand in structures here, which those of unknown size can't.
+// chooses one at run time. Vectors are in structures here, which those of unknown size can't.
 #define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/portable/ycbcr_rows_vector.cpp"
@@ -99,7 +99,7 @@ HWY_INLINE Channel loadLuma(const std::uint8_t* at, const YCbCrFactors& f) {
 }
 
 // Both halves of a block as bytes, 0 and 255 standing for all beyond. The instruction that works
-// within lanes has no name of its own in Highway.
+// within lanes has no name in Highway.
 HWY_INLINE Bytes pack(Shorts lower, Shorts upper) {
 #if HWY_TARGET <= HWY_AVX3
   return Bytes{_mm512_packus_epi16(lower.raw, upper.raw)};

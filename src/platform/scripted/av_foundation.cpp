@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "platform/portable/media.h"
 #include "platform/scripted/machine/display_stage.h"
 #include "platform/scripted/machine/machine.h"
 
@@ -59,8 +60,7 @@ void ScriptedLayer::flushAndRemoveImage() {
 }
 
 void ScriptedLayer::enqueueSampleBuffer(Ref<CMSampleBuffer> sample) {
-  const auto* attachments = CMSampleBufferGetSampleAttachmentsArray(*sample, false);
-  note("enqueueSampleBuffer", {attachments != nullptr ? *attachments : CFValue()});
+  note("enqueueSampleBuffer", {sample->attachments.value_or(CFValue())});
   const MutexLock lock(mutex_);
   condition_.status = condition_.afterEnqueue;
   shown_ = std::move(sample);

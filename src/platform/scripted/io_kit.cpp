@@ -20,7 +20,7 @@ io_registry_entry_t IORegistryEntryFromPath(std::string_view path) {
 
 CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_view key) {
   scripted::Machine::current().journal.enter("IORegistryEntryCreateCFProperty", {entry, key});
-  return entry == kRoot && key == kIOPlatformUUIDKey ? systemStage().platformUuid : CFValue();
+  return entry == kRoot && key == IOPlatformUUIDKey ? systemStage().platformUuid : CFValue();
 }
 
 void IOObjectRelease(io_registry_entry_t entry) {

@@ -11,10 +11,10 @@ namespace {
 
 std::map<std::string, Value, std::less<>> attributesOf(const x11::Window& window) {
   std::map<std::string, Value, std::less<>> known;
-  known.emplace(kAXMinimizedAttribute, !window.isOnScreen);
-  known.emplace(kAXPositionAttribute, CGPoint{double(window.frame.x), double(window.frame.y)});
-  known.emplace(kAXSizeAttribute, CGSize{double(window.frame.width), double(window.frame.height)});
-  known.emplace(kAXTitleAttribute, window.title ? Value(*window.title) : Value());
+  known.emplace(AXMinimizedAttribute, !window.isOnScreen);
+  known.emplace(AXPositionAttribute, CGPoint{double(window.frame.x), double(window.frame.y)});
+  known.emplace(AXSizeAttribute, CGSize{double(window.frame.width), double(window.frame.height)});
+  known.emplace(AXTitleAttribute, window.title ? Value(*window.title) : Value());
   return known;
 }
 
@@ -62,18 +62,18 @@ AXError Element::copyOfApplication(const x11::Connection& connection, std::strin
   if (windows.empty()) {
     return connection.isLost() ? kAXErrorCannotComplete : kAXErrorInvalidUIElement;
   }
-  if (attribute == kAXWindowsAttribute) {
+  if (attribute == AXWindowsAttribute) {
     value = windows;
     return kAXErrorSuccess;
   }
-  if (attribute != kAXMainWindowAttribute && attribute != kAXFocusedWindowAttribute) {
+  if (attribute != AXMainWindowAttribute && attribute != AXFocusedWindowAttribute) {
     return kAXErrorAttributeUnsupported;
   }
   value = mainWindow(windows, active);
-  if (attribute == kAXMainWindowAttribute) {
+  if (attribute == AXMainWindowAttribute) {
     // The question that follows is for all windows, and means those of the same moment.
     const MutexLock lock(mutex_);
-    known_.insert_or_assign(std::string(kAXWindowsAttribute), windows);
+    known_.insert_or_assign(std::string(AXWindowsAttribute), windows);
   }
   return kAXErrorSuccess;
 }

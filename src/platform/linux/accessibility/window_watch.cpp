@@ -110,10 +110,10 @@ void WindowWatch::collectChanges() {
     const auto frame = known == windows_.end() ? std::nullopt : x11::frameOf(*connection_, window);
     if (!frame) continue;
     const auto before = std::exchange(known->second.frame, *frame);
-    if (frame->x != before.x || frame->y != before.y) tell(kAXWindowMovedNotification);
-    if (frame->size() != before.size()) tell(kAXWindowResizedNotification);
+    if (frame->x != before.x || frame->y != before.y) tell(AXWindowMovedNotification);
+    if (frame->size() != before.size()) tell(AXWindowResizedNotification);
   }
-  for (; destroyed_ > 0; --destroyed_) tell(kAXUIElementDestroyedNotification);
+  for (; destroyed_ > 0; --destroyed_) tell(AXUIElementDestroyedNotification);
   if (std::exchange(activationChanged_, false)) refreshActivation();
 }
 
@@ -143,11 +143,11 @@ void WindowWatch::refreshActivation() {
   const xcb_window_t before = std::exchange(active_, ours);
   if (ours == before) return;
   if (before == XCB_NONE) {
-    tell(kAXApplicationActivatedNotification);
+    tell(AXApplicationActivatedNotification);
   } else if (ours == XCB_NONE) {
-    tell(kAXApplicationDeactivatedNotification);
+    tell(AXApplicationDeactivatedNotification);
   } else {
-    tell(kAXFocusedWindowChangedNotification);
+    tell(AXFocusedWindowChangedNotification);
   }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/linux/h264/frame_encoder.h"
 
+#include <algorithm>
 #include <new>
 #include <span>
 #include <string>
@@ -31,10 +32,15 @@ OSStatus makeSample(std::span<const std::uint8_t> bytes, Ref<CMFormatDescription
   status =
       CMSampleBufferCreateReady(std::move(block), std::move(description), timing, sizes, sample);
   if (status != noErr || keyFrame) return status;
-  auto* attachments = CMSampleBufferGetSampleAttachmentsArray(*sample, true);
-  (*attachments->as<CFArray>()->front().as<CFDictionary>())[std::string(
-      kCMSampleAttachmentKey_NotSync)] = true;
+  helpers::setSampleAttachment(*sample, kCMSampleAttachmentKey_NotSync, true);
   return noErr;
+}
+
+// Bits a second.
+double highestRate(const CompressionSettings& settings) {
+  const double limit =
+      settings.limitSeconds > 0 ? settings.limitBytes * 8 / settings.limitSeconds : 0;
+  return std::max(settings.bitsPerSecond, limit);
 }
 
 }  // namespace
@@ -44,18 +50,23 @@ FrameEncoder::FrameEncoder(std::size_t width, std::size_t height, bool lowLatenc
 
 void FrameEncoder::prepare(const CompressionSettings& settings) {
   try {
-    if (!stream_) openStream({}, settings);
+    if (!stream_) openStream({}, settings, true);
   } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the first frame tries again
   }
 }
 
 bool FrameEncoder::openStream(const media::YCbCrEncoding& encoding,
-                              const CompressionSettings& settings) {
-  const X264Encoder::Format format{.width = (width_ + 1) / 2 * 2,
-                                   .height = (height_ + 1) / 2 * 2,
-                                   .encoding = encoding,
-                                   .framesPerSecond = settings.framesPerSecond,
-                                   .worstQuantiser = settings.worstQuantiser};
+                              const CompressionSettings& settings, bool mayRaiseLevel) {
+  X264Encoder::Format format{.width = (width_ + 1) / 2 * 2,
+                             .height = (height_ + 1) / 2 * 2,
+                             .encoding = encoding,
+                             .framesPerSecond = settings.framesPerSecond,
+                             .worstQuantiser = settings.worstQuantiser,
+                             .level = 0};
+  const int current = stream_ ? stream_->format().level : 0;
+  format.level = mayRaiseLevel || !stream_
+                     ? std::max(current, X264Encoder::levelFor(format, highestRate(settings)))
+                     : current;
   if (stream_ && stream_->format() == format) return true;
   framesSinceKey_ = -1;
   stream_ = X264Encoder::open(format);
@@ -84,12 +95,21 @@ OSStatus FrameEncoder::encodeLocked(const Frame& frame, const CompressionSetting
                                     Ref<CMSampleBuffer>& sample) {
   const auto source = input_.read(*frame.image);
   if (!source) return kVTAllocationFailedErr;
-  if (!openStream(source->picture.encoding, settings)) return kVTVideoEncoderMalfunctionErr;
+  if (!openStream(source->picture.encoding, settings, keyFrameIsDue(frame, settings))) {
+    return kVTVideoEncoderMalfunctionErr;
+  }
   blocks_.update(*source, frame.image->changes().get());
   const bool keyFrame = keyFrameIsDue(frame, settings);
   const double seconds = CMTimeGetSeconds(frame.presentationTimeStamp);
-  const int quantiser = quantisers_.quantiserFor({keyFrame, blocks_.flags(), seconds}, settings);
-  const auto bytes = stream_->encode(source->picture, blocks_.flags(), quantiser, keyFrame);
+  const auto& shown = stream_->shown();
+  const int quantiser = quantisers_.quantiserFor(
+      {keyFrame, seconds, source->picture, shown ? &*shown : nullptr, blocks_.flags()}, settings);
+  const auto* picture = &source->picture;
+  if (!keyFrame && shown && quantisers_.holdsBack()) {
+    picture = held_.compose(source->picture, *shown, blocks_.flags());
+    if (picture == nullptr) return kVTAllocationFailedErr;
+  }
+  const auto bytes = stream_->encode(*picture, blocks_.flags(), quantiser, keyFrame);
   if (!bytes) return kVTVideoEncoderMalfunctionErr;
   quantisers_.spend(bytes->size());
   ++framesSinceKey_;

@@ -9,6 +9,7 @@
 #include "platform/linux/h264/compression_settings.h"
 #include "platform/linux/h264/constant_blocks.h"
 #include "platform/linux/h264/encoder_input.h"
+#include "platform/linux/h264/held_picture.h"
 #include "platform/linux/h264/quantiser_control.h"
 #include "platform/linux/h264/x264_encoder.h"
 
@@ -34,7 +35,9 @@ class FrameEncoder {
                   Ref<CMSampleBuffer>& sample);
 
  private:
-  bool openStream(const media::YCbCrEncoding& encoding, const CompressionSettings& settings);
+  // `mayRaiseLevel`: a key frame is due, which can bring new parameter sets.
+  bool openStream(const media::YCbCrEncoding& encoding, const CompressionSettings& settings,
+                  bool mayRaiseLevel);
   bool keyFrameIsDue(const Frame& frame, const CompressionSettings& settings) const;
   OSStatus encodeLocked(const Frame& frame, const CompressionSettings& settings,
                         Ref<CMSampleBuffer>& sample);
@@ -44,6 +47,7 @@ class FrameEncoder {
   QuantiserControl quantisers_;
   EncoderInput input_;
   ConstantBlocks blocks_;
+  HeldPicture held_;
   std::unique_ptr<X264Encoder> stream_;
   Ref<CMFormatDescription> description_;
   // Counted and timed from the last key frame; negative when the next frame has to be one.

@@ -1,160 +1,197 @@
 #include "platform/linux/h264/quantiser_control.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace vlm::platform::h264 {
 namespace {
 
-// Nobody sees a finer one, on text either.
-constexpr int kFinestUseful = 20;
-// So many steps of the quantiser halve a picture of a desktop. Film halves in 6, text in 12.
-constexpr double kHalving = 8;
-// Dense text, until pictures have told better.
-constexpr double kFirstGuess = 500;
+// While things move, a finer one is not seen, and takes time to write.
+constexpr int kFinestMoving = 22;
+// What stays is refined to each of these in turn. All of it is readable after the first.
+constexpr std::array kStages{28, 21, 14};
+// The energy of an error that can be seen, in any quarter of a block.
+constexpr float kVisible = 2;
 
-// A picture's share of what is free in the bucket. Half leaves room for a forecast that is wrong by
-// a factor of two, and settles two frames' worth below the brim. Key frames come alone.
-constexpr double kShare = 0.5;
-constexpr double kKeyFrameShare = 0.75;
-constexpr double kLowLatencyFrames = 2;
-// Of a second, where no limit says how much may come at once.
-constexpr double kDefaultCapacity = 0.25;
+// What moves leaves so much to what stays while that is coarse.
+constexpr double kMovingShare = 0.85;
 
 // A finer quantiser makes the encoder look at every block again. That has to be worth it while much
-// of the picture moves; a calm one may creep to its best.
+// of the picture moves.
 constexpr int kWorthwhileStep = 3;
-constexpr double kCalm = 0.05;  // of all blocks
+// What moves goes finer in steps, since what it costs there is hardly known.
+constexpr int kWidestStep = 4;
+constexpr int kGrain = 28;            // and finer
+constexpr double kBeforeGrain = 0.5;  // of what a picture may take
+// In pictures: what rests between two changes saves for the next; what moved so lately may go on.
+constexpr std::uint32_t kLongestRest = 4;
+constexpr std::uint32_t kLately = 30;
+constexpr std::uint32_t kPatience = 8;  // pictures, for smaller steps
+constexpr double kCalm = 0.05;          // of all blocks
 // More than so many times the usual change is something new on the screen.
 constexpr double kSurprise = 4;
 constexpr double kForgetting = 0.3;
 
-double scale(int quantiser) {
-  return std::exp2(-quantiser / kHalving);
-}
-
-struct Bucket {
-  double drain;  // bytes a second
-  double capacity;
-};
-
-// No drain means that nothing limits the stream.
-Bucket bucketFor(const CompressionSettings& settings, bool lowLatency) {
-  Bucket bucket{settings.bitsPerSecond / 8, settings.bitsPerSecond / 8 * kDefaultCapacity};
-  if (settings.limitSeconds > 0) {
-    const double ceiling = settings.limitBytes / settings.limitSeconds;
-    // A limit below the average leaves room for a burst, too.
-    const double atMost = ceiling * (1 - kDefaultCapacity);
-    bucket.drain =
-        bucket.drain > 0 ? std::min(bucket.drain, std::max(atMost, 0.8 * ceiling)) : 0.8 * ceiling;
-    bucket.capacity = settings.limitBytes - bucket.drain * settings.limitSeconds;
-  }
-  if (lowLatency) {
-    bucket.capacity =
-        std::min(bucket.capacity, kLowLatencyFrames * bucket.drain / settings.framesPerSecond);
-  }
-  return bucket;
+bool isVisible(const BlockEnergy& energy) {
+  return std::ranges::any_of(energy, [](float quarter) { return quarter > kVisible; });
 }
 
 }  // namespace
 
-QuantiserControl::QuantiserControl(bool lowLatency)
-    : lowLatency_(lowLatency), newBlock_(kFirstGuess), changedBlock_(kFirstGuess) {}
-
 int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSettings& settings) {
   picture_ = picture;
+  ++pictures_;
   quantiserBefore_ = quantiser_;
+  worst_ = settings.worstQuantiser;
+  forecast_ = {};
+  candidates_.clear();
+  budget_.advance(picture.seconds, settings);
   survey();
-  const int worst = settings.worstQuantiser;
-  const int best = std::min(kFinestUseful, worst);
-  const auto bucket = bucketFor(settings, lowLatency_);
-  if (bucket.drain <= 0) return quantiser_ = best;
-  drain(bucket.drain, settings.framesPerSecond);
-  const double free = std::max(bucket.capacity - level_, 0.0);
-  const int quantiser =
-      affordable(free * (picture.keyFrame ? kKeyFrameShare : kShare), best, worst);
-  const bool finer = quantiser < quantiserBefore_ && !picture.keyFrame;
-  if (finer && !isWorthwhile(quantiser, best))
-    return quantiser_ = std::min(quantiserBefore_, worst);
-  return quantiser_ = quantiser;
+  best_ = std::min(isCalm() && !picture.keyFrame ? kStages.back() : kFinestMoving, worst_);
+  if (budget_.isUnlimited()) return quantiser_ = std::min(kFinestMoving, worst_);
+  const int target = picture.keyFrame || picture.shown == nullptr ? worst_ : stage();
+  quantiser_ = choose(target);
+  return quantiser_;
 }
 
-bool QuantiserControl::isWorthwhile(int finer, int best) const {
-  return finer == best || quantiserBefore_ - finer >= kWorthwhileStep ||
-         changed_ < kCalm * static_cast<double>(picture_.constant.size());
+// The quantiser, with the forecast of what it takes, and the blocks that are refined to it.
+int QuantiserControl::choose(int target) {
+  const bool refines = target < worst_;
+  if (picture_.keyFrame || isSurprise()) {
+    quantiser_ = forNewContent(budget_.atOnce());
+    forecast_.fresh = costs_.fresh(detail_, quantiser_);
+    return quantiser_;
+  }
+  const std::uint32_t every = std::min(pictures_ - lastMotion_, kLongestRest);
+  const bool movedLately = lastMotion_ > 0 && pictures_ - lastMotion_ < kLately;
+  const double budget = changed_ > 0 ? budget_.ordinary(every) : budget_.forRefining(movedLately);
+  if (changed_ == 0) {
+    quantiser_ = refines ? target : quantiserBefore_;
+  } else {
+    quantiser_ = forMotion(refines && every == 1 ? kMovingShare * budget : budget);
+    if (refines && isCalm()) quantiser_ = std::max(quantiser_, target);
+    if (quantiser_ < quantiserBefore_ && !isWorthwhile(quantiser_)) quantiser_ = quantiserBefore_;
+    quantiser_ = std::min(quantiser_, worst_);
+    forecast_.motion = costs_.motion(changed_, quantiser_);
+  }
+  if (refines) refine(budget - forecast_.motion);
+  if (changed_ == 0 && candidates_.empty()) quantiser_ = std::min(quantiserBefore_, worst_);
+  return quantiser_;
+}
+
+bool QuantiserControl::holdsBack() const {
+  return quantiser_ < quantiserBefore_ && changed_ + candidates_.size() < coded_.size();
 }
 
 void QuantiserControl::survey() {
-  coded_.resize(picture_.constant.size());
-  std::array<std::size_t, kQuantisers> still{};
+  const auto blocks = picture_.constant.size();
+  coded_.resize(blocks);
+  changedIn_.resize(blocks);
+  still_.fill(0);
   changed_ = 0;
-  for (std::size_t block = 0; block < coded_.size(); ++block) {
+  for (std::size_t block = 0; block < blocks; ++block) {
     if (picture_.constant[block] != 0) {
-      ++still[coded_[block]];
+      ++still_[coded_[block]];
     } else {
       ++changed_;
+      changedIn_[block] = pictures_;
     }
   }
-  double coarser = 0;
-  double theirCost = 0;
-  for (std::size_t quantiser = kQuantisers; quantiser-- > 0;) {
-    const double cost = scale(static_cast<int>(quantiser));
-    refinement_[quantiser] = newBlock_ * (coarser * cost - theirCost);
-    coarser += static_cast<double>(still[quantiser]);
-    theirCost += static_cast<double>(still[quantiser]) * cost;
+  if (picture_.keyFrame) changed_ = blocks;
+  if (!picture_.keyFrame && !isSurprise()) return;
+  detail_.clear();
+  const auto columns = (picture_.source.width + 15) / 16;
+  for (std::size_t block = 0; block < blocks; ++block) {
+    if (picture_.constant[block] != 0 && !picture_.keyFrame) continue;
+    detail_.add(detailEnergy(picture_.source, block % columns, block / columns));
   }
 }
 
-void QuantiserControl::drain(double bytesPerSecond, double framesPerSecond) {
-  // Times that stand still or go back tell nothing; frames come at the expected rate then.
-  double passed = picture_.seconds - lastSeconds_.value_or(picture_.seconds);
-  if (!(passed > 0)) passed = 1 / framesPerSecond;
-  level_ = std::max(level_ - passed * bytesPerSecond, 0.0);
-  lastSeconds_ = picture_.seconds;
+// The first stage that blocks are still to be refined to; the worst quantiser for none.
+int QuantiserControl::stage() const {
+  int coarsest = static_cast<int>(still_.size()) - 1;
+  while (coarsest > 0 && still_[static_cast<std::size_t>(coarsest)] == 0) --coarsest;
+  const auto* stage = std::ranges::find_if(kStages, [&](int each) { return each < coarsest; });
+  return stage == kStages.end() ? worst_ : std::min(*stage, worst_);
 }
 
-double QuantiserControl::foretell(int quantiser) const {
-  if (picture_.keyFrame) {
-    return newBlock_ * static_cast<double>(picture_.constant.size()) * scale(quantiser);
-  }
-  const bool surprise = changed_ > kSurprise * usualChange_;
-  const double block = surprise ? std::max(newBlock_, changedBlock_) : changedBlock_;
-  const double bytes = block * changed_ * scale(quantiser);
-  // A quantiser that is no finer than the last one leaves the other blocks alone.
-  const bool refines = quantiser < quantiserBefore_;
-  return refines ? bytes + refinement_[static_cast<std::size_t>(quantiser)] : bytes;
+bool QuantiserControl::isCalm() const {
+  return static_cast<double>(changed_) < kCalm * static_cast<double>(picture_.constant.size());
 }
 
-int QuantiserControl::affordable(double budget, int best, int worst) const {
-  int quantiser = best;
-  while (quantiser < worst && foretell(quantiser) > budget) ++quantiser;
+bool QuantiserControl::isSurprise() const {
+  return !isCalm() && static_cast<double>(changed_) > kSurprise * usualChange_;
+}
+
+bool QuantiserControl::isWorthwhile(int finer) const {
+  const bool mostMoves = 2 * changed_ > picture_.constant.size();
+  return finer == best_ || quantiserBefore_ - finer >= kWorthwhileStep || mostMoves || isCalm() ||
+         pictures_ - lastFiner_ >= kPatience;
+}
+
+int QuantiserControl::forNewContent(double budget) const {
+  int quantiser = best_;
+  while (quantiser < worst_ && costs_.fresh(detail_, quantiser) > budget) ++quantiser;
   return quantiser;
 }
 
-void QuantiserControl::spend(std::size_t bytes) {
-  level_ += static_cast<double>(bytes);
-  const auto quantiser = static_cast<std::uint8_t>(quantiser_);
-  const bool refines = quantiser_ < quantiserBefore_;
-  for (std::size_t block = 0; block < coded_.size(); ++block) {
-    const bool anew = picture_.keyFrame || picture_.constant[block] == 0;
-    if (anew || (refines && quantiser < coded_[block])) coded_[block] = quantiser;
-  }
-  learn(bytes);
+int QuantiserControl::forMotion(double budget) const {
+  int quantiser = std::max(best_, motionQuantiser_ - widestStep(budget));
+  while (quantiser < worst_ && costs_.motion(changed_, quantiser) > budget) ++quantiser;
+  return quantiser;
 }
 
-void QuantiserControl::learn(std::size_t bytes) {
-  const auto cost = static_cast<double>(bytes) / scale(quantiser_);
-  const auto blocks = static_cast<double>(picture_.constant.size());
-  if (picture_.keyFrame) {
-    newBlock_ = cost / blocks;
-    return;
+// How much finer than last time what moves may be coded.
+int QuantiserControl::widestStep(double budget) const {
+  if (isCalm()) return motionQuantiser_;  // whatever it costs is little
+  if (motionQuantiser_ > kGrain) return std::min(kWidestStep, motionQuantiser_ - kGrain);
+  // One step more may bring the grain of a film to light, at several times the bytes.
+  if (costs_.knowsMotionAt(motionQuantiser_ - 1) || !lowLatency_) return 1;
+  return costs_.motion(changed_, motionQuantiser_) < kBeforeGrain * budget ? 1 : 0;
+}
+
+// Those that changed last come first, and of one change from top to bottom.
+void QuantiserControl::orderCandidates(int above) {
+  for (std::uint32_t block = 0; block < coded_.size(); ++block) {
+    if (picture_.constant[block] != 0 && coded_[block] > above) candidates_.push_back(block);
   }
-  usualChange_ += kForgetting * (changed_ - usualChange_);
-  // Too few blocks tell little, and a finer quantiser mixes two costs.
-  if (changed_ < blocks / 100 || quantiser_ < quantiserBefore_) return;
-  const double seen = cost / changed_;
-  changedBlock_ =
-      seen > changedBlock_ ? seen : changedBlock_ + kForgetting * (seen - changedBlock_);
+  std::ranges::stable_sort(candidates_, std::ranges::greater{},
+                           [this](std::uint32_t block) { return changedIn_[block]; });
+}
+
+void QuantiserControl::refine(double budget) {
+  if (budget <= 0) return;
+  orderCandidates(changed_ == 0 ? quantiser_ : quantiser_ + kWorthwhileStep - 1);
+  const auto columns = (picture_.source.width + 15) / 16;
+  std::size_t chosen = 0;
+  for (const auto block : candidates_) {
+    const auto energy =
+        differenceEnergy(picture_.source, *picture_.shown, block % columns, block / columns);
+    if (!isVisible(energy)) {
+      coded_[block] = 0;
+      continue;
+    }
+    const double cost = costs_.refinement(energy, quantiser_);
+    if (forecast_.refinement + cost > budget) break;
+    forecast_.refinement += cost;
+    candidates_[chosen++] = block;
+    picture_.constant[block] = 0;
+  }
+  candidates_.resize(chosen);
+}
+
+void QuantiserControl::spend(std::size_t bytes) {
+  budget_.spend(static_cast<double>(bytes));
+  if (quantiser_ < quantiserBefore_) lastFiner_ = pictures_;
+  costs_.learn(forecast_, changed_, quantiser_, bytes);
+  for (std::size_t block = 0; block < coded_.size(); ++block) {
+    if (!picture_.keyFrame && picture_.constant[block] != 0) continue;
+    coded_[block] = static_cast<std::uint8_t>(quantiser_);
+  }
+  if (changed_ > 0 && !picture_.keyFrame) {
+    motionQuantiser_ = quantiser_;
+    lastMotion_ = pictures_;
+    usualChange_ += kForgetting * (static_cast<double>(changed_) - usualChange_);
+  }
 }
 
 }  // namespace vlm::platform::h264

@@ -3,68 +3,85 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <vector>
 
+#include "platform/linux/h264/bit_budget.h"
+#include "platform/linux/h264/block_energy.h"
 #include "platform/linux/h264/compression_settings.h"
+#include "platform/linux/h264/cost_model.h"
 
 namespace vlm::platform::h264 {
 
-// Chooses each picture's quantiser so that the stream keeps to its average bit rate and to the
-// limit on any window of time, and never goes beyond the worst quantiser that is allowed, which
-// wins over the rates.
+// Chooses each picture's quantiser, and which of the blocks that did not change are refined to it,
+// so that the stream keeps to its bit budget and never goes beyond the worst quantiser that is
+// allowed, which wins over the rates.
 //
-// What is spent flows into a bucket that drains at the average rate; a bucket that never runs over
-// bounds every window by the drain of the window plus its capacity. A picture may take a share of
-// what is free. What it will cost is foretold from the number of changed blocks and from what
-// such blocks cost lately, the size halving every so many steps of the quantiser.
+// What moves is coded as well as the budget allows. What stays is refined in stages, in as many
+// pictures as its bytes need: the part that changed last comes first. A block is left alone when
+// its error can't be seen any more.
 class QuantiserControl {
  public:
   struct Picture {
     bool keyFrame;
-    // One flag a block: 1 where the picture is as it was. Valid until spend().
-    std::span<const std::uint8_t> constant;
     double seconds;  // presentation time
+    YCbCrPicture source;
+    // What decoders show before this picture; null when that is nothing.
+    const YCbCrPicture* shown;
+    // One flag a block: 1 where the picture is as it was. Valid until spend().
+    std::span<std::uint8_t> constant;
   };
 
-  // With `lowLatency` no picture is larger than what two frame intervals may carry, instead of what
-  // the limit's window has to spare.
-  explicit QuantiserControl(bool lowLatency);
+  // With `lowLatency` no picture is larger than what two frame intervals may carry.
+  explicit QuantiserControl(bool lowLatency) : lowLatency_(lowLatency), budget_(lowLatency) {}
 
+  // Clears the flags of the blocks that are refined.
   int quantiserFor(const Picture& picture, const CompressionSettings& settings);
+  // Whether the quantiser is finer than the last one while there are blocks that it is not meant
+  // for. The encoder looks at those again, constant or not.
+  bool holdsBack() const;
   // What the picture that was just asked about took.
   void spend(std::size_t bytes);
 
  private:
-  static constexpr std::size_t kQuantisers = 52;
-
-  void drain(double bytesPerSecond, double framesPerSecond);
   void survey();
-  double foretell(int quantiser) const;
-  bool isWorthwhile(int finer, int best) const;
-  int affordable(double budget, int best, int worst) const;
-  void learn(std::size_t bytes);
+  int stage() const;
+  bool isSurprise() const;
+  bool isCalm() const;
+  bool isWorthwhile(int finer) const;
+  int forNewContent(double budget) const;
+  int forMotion(double budget) const;
+  int widestStep(double budget) const;
+  int choose(int stage);
+  void refine(double budget);
+  void orderCandidates(int above);
 
   const bool lowLatency_;
-  double level_ = 0;  // bytes in the bucket
-  std::optional<double> lastSeconds_;
-  // What a block costs at quantiser 0, in bytes: one that shows something new, and one of those
-  // that change from picture to picture, which is cheaper where things move or only flicker.
-  double newBlock_;
-  double changedBlock_;
-  double usualChange_ = 0;  // blocks that change in a picture, lately
+  BitBudget budget_;
+  CostModel costs_;
 
-  // The quantiser that each block was coded with when it changed or was made finer.
+  // The quantiser that each block was coded with when it changed or was made finer, 0 when it is as
+  // good as can be seen; and the picture in which it changed.
   std::vector<std::uint8_t> coded_;
+  std::vector<std::uint32_t> changedIn_;
+  std::uint32_t pictures_ = 0;
+  std::uint32_t lastMotion_ = 0;  // the picture in which anything last changed
+  int motionQuantiser_ = 51;      // and its quantiser
+  std::uint32_t lastFiner_ = 0;   // the picture in which the quantiser last became finer
+  double usualChange_ = 0;        // blocks that change in a picture where any do, lately
 
-  // The picture in hand, how much of it changed, and what it costs to bring the rest of it to each
-  // quantiser.
+  // The picture in hand.
   Picture picture_{};
-  double changed_ = 0;
-  std::array<double, kQuantisers> refinement_{};
+  int best_ = 1;
+  int worst_ = 51;
+  std::size_t changed_ = 0;
+  // Blocks that did not change, by what they are coded with.
+  std::array<std::size_t, 52> still_{};
   int quantiser_ = 0;
   int quantiserBefore_ = 0;
+  DetailHistogram detail_;
+  CostModel::Forecast forecast_{};
+  std::vector<std::uint32_t> candidates_;
 };
 
 }  // namespace vlm::platform::h264

@@ -1,5 +1,6 @@
 #include "platform/linux/h264/x264_encoder.h"
 
+#include <algorithm>
 #include <cmath>
 
 extern "C" {
@@ -10,6 +11,8 @@ namespace vlm::platform::h264 {
 namespace {
 
 constexpr int kBestQuantiser = 1;
+// Six for each doubling, of a factor of ten.
+constexpr int kHalfRange = 19;
 
 // Code points of ITU-T H.273: a desktop's colours, and the matrices.
 constexpr int kPrimariesBt709 = 1;
@@ -38,12 +41,15 @@ void describeColour(x264_param_t& param, const media::YCbCrEncoding& encoding) {
 
 // A fixed quantiser as far as x264 knows, which keeps it from analysing every picture a second time
 // at low resolution; the quantiser of a picture is then forced. x264 clips it to the range between
-// those of its frame types, so that range is spread over everything that may be asked for.
+// those of its frame types. It lets the types differ by a factor of ten, so the fixed one is put
+// where the range reaches from the worst quantiser to the finest that may be asked for.
 void openQuantiserRange(x264_param_t& param, int worst) {
+  constexpr double kWidestFactor = 10;
+  const int fixed = std::max(worst - kHalfRange, kBestQuantiser);
   param.rc.i_rc_method = X264_RC_CQP;
-  param.rc.i_qp_constant = worst;
-  param.rc.f_ip_factor = static_cast<float>(std::exp2((worst - kBestQuantiser) / 6.0));
-  param.rc.f_pb_factor = 1;
+  param.rc.i_qp_constant = fixed;
+  param.rc.f_ip_factor = kWidestFactor;
+  param.rc.f_pb_factor = static_cast<float>(std::exp2((worst - fixed) / 6.0));
 }
 
 x264_param_t parameters(const X264Encoder::Format& format) {
@@ -57,6 +63,7 @@ x264_param_t parameters(const X264Encoder::Format& format) {
   param.b_sliced_threads = 0;
   param.i_fps_num = static_cast<std::uint32_t>(std::lround(format.framesPerSecond * 1000));
   param.i_fps_den = 1000;
+  param.i_level_idc = format.level;
   param.i_keyint_max = X264_KEYINT_MAX_INFINITE;
   param.b_annexb = 0;
   param.b_repeat_headers = 0;
@@ -96,6 +103,23 @@ void X264Encoder::Close::operator()(x264_t* encoder) const noexcept {
   x264_encoder_close(encoder);
 }
 
+// x264 would find a level of its own, but with quantisers that are forced it does not know the
+// rate.
+int X264Encoder::levelFor(const Format& format, double bitsPerSecond) {
+  const double columns = std::ceil(static_cast<double>(format.width) / 16);
+  const double rows = std::ceil(static_cast<double>(format.height) / 16);
+  const double blocks = columns * rows;
+  const double longest = std::max(columns, rows);
+  const auto allows = [&](const x264_level_t& level) {
+    return level.frame_size >= blocks && level.frame_size * 8.0 >= longest * longest &&
+           level.dpb >= blocks && level.mbps >= blocks * format.framesPerSecond &&
+           level.bitrate * 1000.0 >= bitsPerSecond;
+  };
+  const auto* level = &x264_levels[0];
+  while (level[1].level_idc != 0 && !allows(*level)) ++level;
+  return level->level_idc;
+}
+
 std::unique_ptr<X264Encoder> X264Encoder::open(const Format& format) {
   auto param = parameters(format);
   auto* encoder = x264_encoder_open(&param);
@@ -130,8 +154,16 @@ std::optional<std::vector<std::uint8_t>> X264Encoder::encode(const YCbCrPicture&
   x264_picture_t coded;
   x264_nal_t* units = nullptr;
   int count = 0;
+  shown_.reset();
   const int size = x264_encoder_encode(encoder_.get(), &units, &count, &input, &coded);
   if (size <= 0) return std::nullopt;
+  shown_ = YCbCrPicture{.luma = coded.img.plane[0],
+                        .lumaStride = static_cast<std::size_t>(coded.img.i_stride[0]),
+                        .chroma = coded.img.plane[1],
+                        .chromaStride = static_cast<std::size_t>(coded.img.i_stride[1]),
+                        .width = picture.width,
+                        .height = picture.height,
+                        .encoding = picture.encoding};
   std::vector<std::uint8_t> bytes;
   bytes.reserve(static_cast<std::size_t>(size));
   for (const auto& unit : std::span(units, static_cast<std::size_t>(count))) {

@@ -13,7 +13,7 @@ struct x264_t;
 
 namespace vlm::platform::h264 {
 
-// One H.264 stream: Main profile, CABAC, automatic level, a single reference, nothing reordered and
+// One H.264 stream: Main profile, CABAC, a single reference, nothing reordered and
 // no delay, so that every picture is out when encode() returns. The quantiser of every picture is
 // the caller's choice. Used by one thread at a time.
 class X264Encoder {
@@ -26,8 +26,12 @@ class X264Encoder {
     media::YCbCrEncoding encoding;
     double framesPerSecond;
     int worstQuantiser;
+    int level;  // ten times its number
     friend bool operator==(const Format&, const Format&) = default;
   };
+
+  // The lowest level that allows for the format's size and frame rate, and for the bit rate.
+  static int levelFor(const Format& format, double bitsPerSecond);
 
   // Null when no such stream can be made.
   static std::unique_ptr<X264Encoder> open(const Format& format);
@@ -37,6 +41,9 @@ class X264Encoder {
   std::span<const std::vector<std::uint8_t>> parameterSets() const noexcept {
     return parameterSets_;
   }
+
+  // What decoders show after the last picture; nothing before the first. Valid until the next one.
+  const std::optional<YCbCrPicture>& shown() const noexcept { return shown_; }
 
   // One picture as NAL units that are preceded by their lengths; nothing when the encoder
   // failed. `constant` has an entry for every macroblock, true for those whose pixels are those of
@@ -57,6 +64,7 @@ class X264Encoder {
   const std::unique_ptr<x264_t, Close> encoder_;
   std::vector<std::vector<std::uint8_t>> parameterSets_;
   std::int64_t pictures_ = 0;
+  std::optional<YCbCrPicture> shown_;
 };
 
 }  // namespace vlm::platform::h264

@@ -8,6 +8,7 @@ extern "C" {
 #include <utility>
 #include <vector>
 
+#include "platform/linux/media/channel_places.h"
 #include "platform/linux/media/libav.h"
 
 namespace vlm::platform::media {
@@ -25,7 +26,25 @@ bool canConvert(const AVAudioFormat& format) {
          format.channelCount >= 1 && format.channelCount <= kMostChannels;
 }
 
-SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to) {
+// What each channel of the input counts for in each of the output; empty for the usual weights.
+// Those leave out a subwoofer, and know nothing of many channels.
+std::vector<double> matrixFor(const AVAudioFormat& from, const AVAudioFormat& to,
+                              const ChannelPlaces& places) {
+  if (from.channelCount == to.channelCount) return {};
+  if (to.channelCount == 1) {
+    return weightsInMono(places.size() == from.channelCount
+                             ? places
+                             : ChannelPlaces(from.channelCount, ChannelPlace::nowhere));
+  }
+  AVChannelLayout usual{};
+  av_channel_layout_default(&usual, static_cast<int>(from.channelCount));
+  if (usual.order != AV_CHANNEL_ORDER_UNSPEC) return {};
+  return std::vector<double>(std::size_t{from.channelCount} * to.channelCount,
+                             1.0 / from.channelCount);
+}
+
+SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to,
+                            const ChannelPlaces& places) {
   if (!canConvert(from) || !canConvert(to)) return nullptr;
   AVChannelLayout input{};
   AVChannelLayout output{};
@@ -37,11 +56,9 @@ SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to) 
   SwrContextPtr resampler(context);
   // Channels that are folded into one may add up to full scale and not above.
   if (!resampler || av_opt_set_double(context, "rematrix_maxval", 1.0, 0) < 0) return nullptr;
-  // Where the places of many channels are not known, all count the same.
-  const std::vector<double> mean(std::size_t{from.channelCount} * to.channelCount,
-                                 1.0 / from.channelCount);
-  if (input.order == AV_CHANNEL_ORDER_UNSPEC &&
-      swr_set_matrix(context, mean.data(), static_cast<int>(from.channelCount)) < 0) {
+  const auto matrix = matrixFor(from, to, places);
+  if (!matrix.empty() &&
+      swr_set_matrix(context, matrix.data(), static_cast<int>(from.channelCount)) < 0) {
     return nullptr;
   }
   return swr_init(context) >= 0 ? std::move(resampler) : nullptr;
@@ -63,8 +80,8 @@ Planes planesOf(AVAudioPCMBuffer& buffer, std::uint32_t fromFrame) {
 
 class Converter final : public AVAudioConverter {
  public:
-  Converter(SwrContextPtr resampler, const AVAudioFormat& from)
-      : resampler_(std::move(resampler)), from_(from) {}
+  Converter(SwrContextPtr resampler, const AVAudioFormat& from, const AVAudioFormat& to)
+      : resampler_(std::move(resampler)), from_(from), to_(to) {}
 
   std::optional<NSError> convertToBuffer(AVAudioPCMBuffer& output,
                                          const AVAudioConverterInputBlock& input) override {
@@ -72,6 +89,7 @@ class Converter final : public AVAudioConverter {
     auto status = AVAudioConverterInputStatus::haveData;
     while (const auto piece = input(status)) {
       if (piece->format() != from_) return NSError{"the input has another format"};
+      learnPlaces(*piece);
       auto from = planesOf(*piece, 0);
       if (!convert(output, from.data(), piece->frameLength())) {
         return NSError{"the samples can't be converted"};
@@ -81,6 +99,16 @@ class Converter final : public AVAudioConverter {
   }
 
  private:
+  // Where the channels belong is known when the first samples come.
+  void learnPlaces(const AVAudioPCMBuffer& piece) {
+    if (std::exchange(knowsPlaces_, true)) return;
+    const auto* placed = dynamic_cast<const PlacedBuffer*>(&piece);
+    if (placed == nullptr) return;
+    if (auto resampler = makeResampler(from_, to_, placed->places())) {
+      resampler_ = std::move(resampler);
+    }
+  }
+
   // What finds no room in the output comes with the next conversion.
   bool convert(AVAudioPCMBuffer& output, std::uint8_t** from, std::uint32_t frames) {
     auto to = planesOf(output, output.frameLength());
@@ -92,16 +120,18 @@ class Converter final : public AVAudioConverter {
     return true;
   }
 
-  const SwrContextPtr resampler_;
+  SwrContextPtr resampler_;
   const AVAudioFormat from_;
+  const AVAudioFormat to_;
+  bool knowsPlaces_ = false;
 };
 
 }  // namespace
 
 std::shared_ptr<AVAudioConverter> makeAudioConverter(const AVAudioFormat& from,
                                                      const AVAudioFormat& to) {
-  auto resampler = makeResampler(from, to);
-  return resampler ? std::make_shared<Converter>(std::move(resampler), from) : nullptr;
+  auto resampler = makeResampler(from, to, {});
+  return resampler ? std::make_shared<Converter>(std::move(resampler), from, to) : nullptr;
 }
 
 }  // namespace vlm::platform::media

@@ -4,7 +4,6 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 #include <libavutil/log.h>
 #include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
@@ -21,14 +20,12 @@ inline void silence(AVCodecContext& context) {
 struct FreeLibav {
   void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
   void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
-  void operator()(AVFormatContext* format) const noexcept { avformat_close_input(&format); }
   void operator()(SwrContext* resampler) const noexcept { swr_free(&resampler); }
   void operator()(SwsContext* scaler) const noexcept { sws_freeContext(scaler); }
   void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
 };
 
 using AVCodecContextPtr = std::unique_ptr<AVCodecContext, FreeLibav>;
-using AVFormatContextPtr = std::unique_ptr<AVFormatContext, FreeLibav>;
 using AVFramePtr = std::unique_ptr<AVFrame, FreeLibav>;
 using AVPacketPtr = std::unique_ptr<AVPacket, FreeLibav>;
 using SwrContextPtr = std::unique_ptr<SwrContext, FreeLibav>;

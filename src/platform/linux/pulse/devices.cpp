@@ -58,7 +58,7 @@ std::optional<Device> find(const std::shared_ptr<const Devices>& devices, AudioD
 
 std::shared_ptr<const Devices> refreshDevices() {
   std::shared_ptr<Devices> devices;
-  if (const auto connection = Connection::open()) {
+  if (const auto connection = Connection::shared()) {
     const Connection::Lock lock(*connection);
     Collection collection{*connection, {}};
     if (connection->finish(

@@ -29,7 +29,12 @@ class Engine final : public AVAudioEngine {
 
   std::optional<NSError> start() override {
     stopNodes();
-    connection_ = Connection::open();
+    // A tap's block calls the host, which may be slow.
+    if (input_.isWanted()) {
+      connection_ = Connection::open();
+    } else {
+      connection_ = Connection::shared();
+    }
     if (!connection_) return NSError{"there is no sound server"};
     if (input_.isWanted() && !input_.start(*connection_)) return failure();
     if (output_.isWanted() && !output_.start(*connection_)) return failure();
@@ -58,7 +63,7 @@ class Engine final : public AVAudioEngine {
   InputNode input_;
   OutputNode output_;
   std::shared_ptr<SourceNode> attached_;
-  std::unique_ptr<Connection> connection_;
+  std::shared_ptr<Connection> connection_;
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "platform/linux/pulse/connection.h"
 #include "platform/linux/pulse/devices.h"
 #include "platform/linux/pulse/recording.h"
+#include "platform/linux/pulse/repeating_timer.h"
 
 namespace vlm::platform::pulse {
 
@@ -54,7 +56,9 @@ class SourceNode final : public AVAudioSourceNode {
   const AVAudioSourceNodeRenderBlock block;
 };
 
-// Plays what the source node renders, whenever the server wants more.
+// Plays what the source node renders, whenever the server wants more. While it wants nothing,
+// because it or the device is gone or hangs, the source is rendered into nothing at the pace of the
+// clock: what is heard after that is of that time, and is not late for the rest of the playback.
 class OutputNode final : public AVAudioOutputNode {
  public:
   AudioUnit* audioUnit() override { return &choice_; }
@@ -65,8 +69,14 @@ class OutputNode final : public AVAudioOutputNode {
   void stop();
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   static void onWritable(pa_stream* stream, std::size_t bytes, void* self);
-  bool render(pa_stream* stream, std::size_t& bytes);
+  void begin();
+  void keepUp();
+  void renderIntoNothing();
+  bool renderInto(pa_stream* stream, std::size_t& bytes);
+  void render(std::uint32_t frames);
 
   DeviceChoice choice_{false};
   std::shared_ptr<SourceNode> source_;
@@ -74,7 +84,11 @@ class OutputNode final : public AVAudioOutputNode {
   std::vector<std::vector<float>> planes_;
   std::vector<AudioBuffer> list_;
   Connection* connection_ = nullptr;
+  // Under the connection's lock.
   Stream stream_;
+  bool isAsked_ = false;        // the stream has been asked for samples
+  Clock::time_point rendered_;  // when something was rendered last
+  std::optional<RepeatingTimer> timer_;
 };
 
 }  // namespace vlm::platform::pulse

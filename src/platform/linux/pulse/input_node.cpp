@@ -23,7 +23,7 @@ OSStatus DeviceChoice::setProperty(std::uint32_t property, std::uint32_t, std::u
 AVAudioFormat InputNode::inputFormatForBus(std::uint32_t) {
   auto device = choice_.device();
   if (!device) {
-    if (const auto connection = Connection::open()) device = defaultInput(*connection);
+    if (const auto connection = Connection::shared()) device = defaultInput(*connection);
     default_ = device;
   }
   AVAudioFormat format{AVAudioCommonFormat::pcmFloat32, 0, 0, true};

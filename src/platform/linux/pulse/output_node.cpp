@@ -15,6 +15,11 @@ constexpr pa_usec_t kLeastRequest = 2 * PA_USEC_PER_MSEC;
 // Frames rendered at a time at most.
 constexpr std::uint32_t kLongestPiece = 1024;
 
+// A stream that is not asked for so long does not play, whatever its device.
+constexpr std::chrono::seconds kHangs{1};
+// Rendered into nothing at once at most: no source keeps more.
+constexpr std::chrono::seconds kMostMissed{1};
+
 }  // namespace
 
 bool OutputNode::start(Connection& connection) {
@@ -24,38 +29,72 @@ bool OutputNode::start(Connection& connection) {
   for (auto& plane : planes_) list_.push_back({1, kLongestPiece * 4, plane.data()});
 
   const Connection::Lock lock(connection);
+  connection_ = &connection;
+  rendered_ = Clock::now();
+  begin();
+  if (!connection.isAccepted(stream_)) return false;
+  timer_.emplace(connection, kLookAfterStream, [this] { keepUp(); });
+  return true;
+}
+
+void OutputNode::begin() {
   const auto& device = choice_.device();
-  const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(wanted.sampleRate),
-                              static_cast<std::uint8_t>(wanted.channelCount)};
+  const pa_sample_spec format{PA_SAMPLE_FLOAT32NE,
+                              static_cast<std::uint32_t>(source_->format.sampleRate),
+                              static_cast<std::uint8_t>(planes_.size())};
   pa_buffer_attr sizes{};
   sizes.maxlength = sizes.prebuf = static_cast<std::uint32_t>(-1);
   sizes.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(kAhead, &format));
   sizes.minreq = static_cast<std::uint32_t>(pa_usec_to_bytes(kLeastRequest, &format));
   const auto flags = static_cast<pa_stream_flags_t>(
       PA_STREAM_ADJUST_LATENCY | (device ? PA_STREAM_DONT_MOVE : PA_STREAM_NOFLAGS));
-  connection_ = &connection;
-  stream_ = connection.makeStream("playback", format, nullptr, [&](pa_stream* stream) {
+  isAsked_ = false;
+  stream_ = connection_->beginStream("playback", format, nullptr, [&](pa_stream* stream) {
     pa_stream_set_write_callback(stream, onWritable, this);
     return pa_stream_connect_playback(stream, device ? device->name.c_str() : nullptr, &sizes,
                                       flags, nullptr, nullptr);
   });
-  return stream_ != nullptr;
 }
 
 void OutputNode::stop() {
   if (connection_ == nullptr) return;
   const Connection::Lock lock(*connection_);
+  timer_.reset();
   stream_ = nullptr;
   connection_ = nullptr;
 }
 
+void OutputNode::keepUp() {
+  renderIntoNothing();
+  connection_->renewIfLost();
+  if (isAlive(stream_) || !connection_->isReady()) return;
+  begin();
+}
+
 void OutputNode::onWritable(pa_stream* stream, std::size_t bytes, void* self) {
-  while (bytes > 0 && static_cast<OutputNode*>(self)->render(stream, bytes)) {
+  auto& node = *static_cast<OutputNode*>(self);
+  node.renderIntoNothing();
+  node.isAsked_ = true;
+  while (bytes > 0 && node.renderInto(stream, bytes)) {
+  }
+}
+
+// What would have been played since something was rendered last, unless the server may yet ask for
+// it.
+void OutputNode::renderIntoNothing() {
+  std::chrono::duration<double> missed = Clock::now() - rendered_;
+  if (isAsked_ && isAlive(stream_) && missed < kHangs) return;
+  missed = std::min<std::chrono::duration<double>>(missed, kMostMissed);
+  auto frames = static_cast<std::uint64_t>(missed.count() * source_->format.sampleRate);
+  while (frames > 0) {
+    const auto count = static_cast<std::uint32_t>(std::min<std::uint64_t>(frames, kLongestPiece));
+    render(count);
+    frames -= count;
   }
 }
 
 // One piece of the bytes that are wanted; false when the server can't take it.
-bool OutputNode::render(pa_stream* stream, std::size_t& bytes) {
+bool OutputNode::renderInto(pa_stream* stream, std::size_t& bytes) {
   void* memory = nullptr;
   std::size_t room = bytes;
   if (pa_stream_begin_write(stream, &memory, &room) < 0) return false;
@@ -67,14 +106,20 @@ bool OutputNode::render(pa_stream* stream, std::size_t& bytes) {
     pa_stream_cancel_write(stream);
     return false;
   }
-  bool isSilence = false;
-  source_->block(isSilence, frames, list_);
+  render(frames);
   auto* to = static_cast<float*>(memory);
   for (std::size_t frame = 0; frame < frames; ++frame) {
     for (std::size_t channel = 0; channel < channels; ++channel) *to++ = planes_[channel][frame];
   }
   bytes -= frames * frameBytes;
   return pa_stream_write(stream, memory, frames * frameBytes, nullptr, 0, PA_SEEK_RELATIVE) == 0;
+}
+
+// At most kLongestPiece.
+void OutputNode::render(std::uint32_t frames) {
+  rendered_ = Clock::now();
+  bool isSilence = false;
+  source_->block(isSilence, frames, list_);
 }
 
 }  // namespace vlm::platform::pulse

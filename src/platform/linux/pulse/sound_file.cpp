@@ -3,6 +3,8 @@
 #include <string>
 
 #include "platform/linux/media/libav.h"
+#include "platform/linux/media/quiet_libav.h"
+#include "platform/linux/media/sound_container.h"
 
 namespace vlm::platform::pulse {
 namespace {
@@ -13,24 +15,9 @@ constexpr int kMostChannels = 32;  // of a stream to the server
 class Reader {
  public:
   bool open(const std::string& path) {
-    AVFormatContext* format = nullptr;
-    // As a file and nothing else, whatever the path looks like or the file refers to.
-    AVDictionary* options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    const int opened = avformat_open_input(&format, ("file:" + path).c_str(), nullptr, &options);
-    av_dict_free(&options);
-    if (opened < 0) return false;
-    format_.reset(format);
-    if (avformat_find_stream_info(format, nullptr) < 0) return false;
-    const AVCodec* decoder = nullptr;
-    stream_ = av_find_best_stream(format, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
-    if (stream_ < 0 || decoder == nullptr) return false;
-    codec_.reset(avcodec_alloc_context3(decoder));
-    const auto* stream = format->streams[stream_];
-    if (!codec_ || avcodec_parameters_to_context(codec_.get(), stream->codecpar) < 0) return false;
-    codec_->pkt_timebase = stream->time_base;
-    media::silence(*codec_);
-    return avcodec_open2(codec_.get(), decoder, nullptr) >= 0;
+    if (!file_.open(path)) return false;
+    codec_ = file_.makeDecoder();
+    return codec_ != nullptr;
   }
 
   // What can be decoded before the end of the file, or before too much is damaged or changes.
@@ -43,15 +30,11 @@ class Reader {
 
  private:
   bool readPacket() {
-    const bool isEnd = av_read_frame(format_.get(), packet_.get()) < 0;
+    const bool isEnd = !file_.read(*packet_);
     bool goesOn = !isEnd;
-    if (isEnd || packet_->stream_index == stream_) {
-      // A packet that can't be decoded is left out.
-      avcodec_send_packet(codec_.get(), isEnd ? nullptr : packet_.get());
-      while (avcodec_receive_frame(codec_.get(), decoded_.get()) >= 0) {
-        goesOn = take() && goesOn;
-      }
-    }
+    // A packet that can't be decoded is left out.
+    avcodec_send_packet(codec_.get(), isEnd ? nullptr : packet_.get());
+    while (avcodec_receive_frame(codec_.get(), decoded_.get()) >= 0) goesOn = take() && goesOn;
     av_packet_unref(packet_.get());
     return goesOn;
   }
@@ -88,13 +71,13 @@ class Reader {
            swr_convert_frame(converter_.get(), converted_.get(), decoded_.get()) >= 0;
   }
 
-  media::AVFormatContextPtr format_;
+  const media::QuietLibav quiet_;
+  media::SoundContainer file_;
   media::AVCodecContextPtr codec_;
   const media::SwrContextPtr converter_{swr_alloc()};
   const media::AVPacketPtr packet_{av_packet_alloc()};
   const media::AVFramePtr decoded_{av_frame_alloc()};
   const media::AVFramePtr converted_{av_frame_alloc()};
-  int stream_ = -1;
   Sound sound_;
 };
 

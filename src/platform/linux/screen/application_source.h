@@ -25,6 +25,7 @@ class ApplicationSource final : public Source {
   Size size() const override { return place_.frame().size(); }
   void read(std::span<const Rectangle> areas, const Receiver& receive) override;
   std::optional<Clock::time_point> wakeAt() const override;
+  std::optional<std::string> ended() const override { return place_.ended(); }
 
  private:
   struct Shown {

@@ -29,8 +29,8 @@ std::string CaptureLoop::run() {
   for (;;) {
     handleEvents();
     if (connection_.isLost()) return "the connection to the display was lost";
+    const Wake wake = source_.ended() ? Wake() : step(Clock::now());
     if (auto reason = source_.ended()) return *std::move(reason);
-    const Wake wake = step(Clock::now());
     xcb_flush(connection_.get());
     sleep(wake);
   }
@@ -38,6 +38,10 @@ std::string CaptureLoop::run() {
 
 void CaptureLoop::handleEvents() {
   while (const Event event{xcb_poll_for_event(connection_.get())}) source_.handle(*event);
+}
+
+void CaptureLoop::handleQueuedEvents() {
+  while (const Event event{xcb_poll_for_queued_event(connection_.get())}) source_.handle(*event);
 }
 
 CaptureLoop::Wake CaptureLoop::step(Clock::time_point now) {
@@ -50,7 +54,14 @@ CaptureLoop::Wake CaptureLoop::step(Clock::time_point now) {
     composer_.setContentSize(source_.size());
     for (const auto& area : changes) composer_.invalidate(area);
   }
-  if (auto picture = composer_.compose(source_)) deliver_(std::move(picture), now);
+  auto picture = composer_.compose(source_);
+  // Whatever happened before the pixels were read has been announced by now.
+  handleQueuedEvents();
+  if (source_.isDoubtful()) {
+    composer_.startAnew();
+    return now;
+  }
+  if (picture) deliver_(std::move(picture), now);
   return source_.wakeAt();
 }
 

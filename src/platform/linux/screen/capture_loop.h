@@ -29,6 +29,7 @@ class CaptureLoop {
   // Does what is due now; tells when to look again even if no event comes.
   Wake step(Clock::time_point now);
   void handleEvents();
+  void handleQueuedEvents();  // those that came along with answers
   void sleep(const Wake& wake) const;
 
   const x11::Connection& connection_;

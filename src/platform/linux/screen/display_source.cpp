@@ -36,10 +36,16 @@ void MonitorPlace::refresh() {
   const auto root = xcb_get_geometry(connection_.get(), connection_.screen().root);
   const auto monitors = x11::listMonitors(connection_);
   const auto ours = std::ranges::find(monitors, id_, &x11::Monitor::id);
-  if (ours != monitors.end()) frame_ = ours->frame;
+  isRemoved_ = ours == monitors.end() && !connection_.isLost();
+  frame_ = ours == monitors.end() ? Rectangle{} : ours->frame;
   const x11::Reply<xcb_get_geometry_reply_t> geometry(
       xcb_get_geometry_reply(connection_.get(), root, nullptr));
   if (geometry) frame_ = intersection(frame_, {0, 0, geometry->width, geometry->height});
+}
+
+std::optional<std::string> MonitorPlace::ended() const {
+  if (!isRemoved_) return std::nullopt;
+  return "the captured display was removed";
 }
 
 DisplaySource::DisplaySource(const x11::Connection& connection, std::uint32_t id,

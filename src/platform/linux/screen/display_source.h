@@ -10,8 +10,8 @@
 
 namespace vlm::platform::screen {
 
-// The place of a monitor on the root window, kept up to date when the screen is set up anew. What
-// is left of the screen stands in for a monitor that is gone.
+// The place of a monitor on the root window. A monitor that is moved or resized is followed; a
+// removed one has no place any more, since something else may be there.
 class MonitorPlace {
  public:
   // What whoever makes one must listen to at the root window.
@@ -19,18 +19,21 @@ class MonitorPlace {
 
   MonitorPlace(const x11::Connection& connection, std::uint32_t id, const Rectangle& frame);
 
-  // True when the event tells that the screen may have been set up anew.
+  // True when the event means that the screen may have been set up anew.
   bool handle(const xcb_generic_event_t& event);
   bool isStale() const { return isStale_; }
   void refresh();
-  // Relative to the root window and within it.
+  // Relative to the root window and within it; empty for a monitor that was removed.
   const Rectangle& frame() const { return frame_; }
+  // Why nothing can come any more.
+  std::optional<std::string> ended() const;
 
  private:
   const x11::Connection& connection_;
   const std::uint32_t id_;
   Rectangle frame_;
   bool isStale_ = true;
+  bool isRemoved_ = false;
 };
 
 // Everything on one display, as the root window shows it.
@@ -43,6 +46,8 @@ class DisplaySource final : public Source {
   std::vector<Rectangle> takeChanges() override;
   Size size() const override { return place_.frame().size(); }
   void read(std::span<const Rectangle> areas, const Receiver& receive) override;
+  bool isDoubtful() const override { return place_.isStale(); }
+  std::optional<std::string> ended() const override { return place_.ended(); }
 
  private:
   const x11::Connection& connection_;

@@ -79,6 +79,11 @@ Ref<CVPixelBuffer> FrameComposer::compose(Source& source) {
   return frame->buffer;
 }
 
+void FrameComposer::startAnew() {
+  pool_.forgetPictures();
+  stale_.addAll();
+}
+
 // Black, so that a part that the server refuses does not show what the memory held before.
 void FrameComposer::beginFirst(const Painting& painting) {
   constexpr std::uint8_t kBlackLuma = 16;

@@ -33,6 +33,8 @@ class FrameComposer {
   // The next picture, its account of changes attached. Null when nothing looks different after
   // all, and when there is no free frame; what changed is then not forgotten.
   Ref<CVPixelBuffer> compose(Source& source);
+  // The next picture is made as the first one was: for a picture that must not be shown after all.
+  void startAnew();
 
  private:
   struct Painting;

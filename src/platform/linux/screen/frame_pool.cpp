@@ -29,4 +29,8 @@ const FramePool::Frame* FramePool::latest() const {
   return latest == frames_.end() || latest->picture == 0 ? nullptr : &*latest;
 }
 
+void FramePool::forgetPictures() {
+  for (auto& frame : frames_) frame.picture = 0;
+}
+
 }  // namespace vlm::platform::screen

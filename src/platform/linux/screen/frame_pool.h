@@ -25,6 +25,8 @@ class FramePool {
   Frame* acquire();
   // The frame with the latest picture, whoever holds it; null before the first one.
   const Frame* latest() const;
+  // Makes as if no picture had been made yet.
+  void forgetPictures();
 
  private:
   const x11::Size picture_;

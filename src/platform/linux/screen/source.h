@@ -50,6 +50,10 @@ class Source {
   using Receiver = std::function<void(std::size_t index, const PixelView& pixels)>;
   virtual void read(std::span<const Rectangle> areas, const Receiver& receive) = 0;
 
+  // True when what was read may not belong to the content: an event that came meanwhile puts its
+  // place in doubt. The picture made of it must not be shown.
+  virtual bool isDoubtful() const { return false; }
+
   // When hasChanges() can become true without an event.
   virtual std::optional<Clock::time_point> wakeAt() const { return std::nullopt; }
   // Why nothing can come any more.

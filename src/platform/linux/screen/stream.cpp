@@ -43,11 +43,8 @@ Ref<CMSampleBuffer> sampleOf(Ref<CVPixelBuffer> picture, Clock::time_point time)
                                                sample) != noErr) {
     return nullptr;
   }
-  auto* attachments = CMSampleBufferGetSampleAttachmentsArray(*sample, true);
-  if (auto* array = attachments ? attachments->as<CFArray>() : nullptr) {
-    array->front() = CFDictionary{
-        {std::string(SCStreamFrameInfoStatus), static_cast<std::int64_t>(SCFrameStatus::complete)}};
-  }
+  helpers::setSampleAttachment(*sample, SCStreamFrameInfoStatus,
+                               static_cast<std::int64_t>(SCFrameStatus::complete));
   return sample;
 }
 

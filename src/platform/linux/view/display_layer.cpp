@@ -25,7 +25,7 @@ Status DisplayLayer::status() const {
 
 bool DisplayLayer::isReadyForMoreMediaData() const {
   const MutexLock lock(mutex_);
-  return !waiting_ && !inWork_;
+  return hasPlace_ && !waiting_ && !inWork_;
 }
 
 void DisplayLayer::flush() {
@@ -43,7 +43,7 @@ void DisplayLayer::flushAndRemoveImage() {
 void DisplayLayer::enqueueSampleBuffer(Ref<CMSampleBuffer> sample) {
   auto picture = Ref<CVPixelBuffer>::retaining(CMSampleBufferGetImageBuffer(*sample));
   const MutexLock lock(mutex_);
-  if (lost_) return;
+  if (!hasPlace_) return;
   if (!picture || !canDraw(*picture)) {
     status_ = Status::failed;
     return;
@@ -74,17 +74,17 @@ void DisplayLayer::refuse() {
   status_ = Status::failed;
 }
 
-void DisplayLayer::lose() {
+void DisplayLayer::setHasPlace(bool hasPlace) {
   const MutexLock lock(mutex_);
-  lost_ = true;
+  hasPlace_ = hasPlace;
+  if (hasPlace_) return;
   discard();
   inWork_ = false;
-  status_ = Status::failed;
 }
 
 void DisplayLayer::discard() {
   waiting_ = nullptr;
-  if (status_ == Status::failed && !lost_) status_ = Status::unknown;
+  if (status_ == Status::failed) status_ = Status::unknown;
 }
 
 void DisplayLayer::wake() const {

@@ -41,8 +41,8 @@ class DisplayLayer final : public AVSampleBufferDisplayLayer {
   void done() VLM_EXCLUDES(mutex_);
   // What was taken can't be shown: the layer has failed until it is flushed.
   void refuse() VLM_EXCLUDES(mutex_);
-  // Nothing can be shown any more.
-  void lose() VLM_EXCLUDES(mutex_);
+  // The view has no window that a host could have placed: until it has, nothing is taken.
+  void setHasPlace(bool hasPlace) VLM_EXCLUDES(mutex_);
 
  private:
   void discard() VLM_REQUIRES(mutex_);
@@ -53,7 +53,7 @@ class DisplayLayer final : public AVSampleBufferDisplayLayer {
   Ref<CVPixelBuffer> waiting_ VLM_GUARDED_BY(mutex_);
   bool inWork_ VLM_GUARDED_BY(mutex_) = false;  // taken and not done
   bool removeImage_ VLM_GUARDED_BY(mutex_) = false;
-  bool lost_ VLM_GUARDED_BY(mutex_) = false;
+  bool hasPlace_ VLM_GUARDED_BY(mutex_) = true;
   AVQueuedSampleBufferRenderingStatus status_ VLM_GUARDED_BY(mutex_) =
       AVQueuedSampleBufferRenderingStatus::unknown;
   double contentsScale_ VLM_GUARDED_BY(mutex_) = 1;

@@ -19,11 +19,13 @@ ViewRenderer::ViewRenderer(std::shared_ptr<x11::Connection> connection,
 
 void ViewRenderer::setLayer(std::shared_ptr<DisplayLayer> layer) {
   layer_ = std::move(layer);
-  if (lost_) {
-    if (layer_) layer_->lose();
-  } else if (picture_) {
-    removePicture();
-  }
+  if (layer_) layer_->setHasPlace(hasPlace_);
+  if (picture_ && !lost_) removePicture();
+}
+
+void ViewRenderer::catchUp() {
+  const x11::Reply<xcb_get_input_focus_reply_t> answer(xcb_get_input_focus_reply(
+      connection_->get(), xcb_get_input_focus(connection_->get()), nullptr));
 }
 
 bool ViewRenderer::run() {
@@ -51,17 +53,21 @@ bool ViewRenderer::handleEvents() {
 }
 
 void ViewRenderer::handle(const xcb_generic_event_t& event) {
-  if (image_.handle(event) == WindowImage::Outcome::refused && layer_) layer_->refuse();
+  const auto outcome = image_.handle(event);
+  if (outcome == WindowImage::Outcome::shown) window_->takeViewable();
+  if (outcome == WindowImage::Outcome::refused && layer_) layer_->refuse();
   switch (window_->handle(event)) {
     case ViewWindow::Change::moved:
       moved_ = true;
+      if (window_->isInHost() && !std::exchange(hasPlace_, true) && layer_) {
+        layer_->setHasPlace(true);
+      }
       break;
-    case ViewWindow::Change::resized:
     case ViewWindow::Change::exposed:
       stale_ = static_cast<bool>(picture_);
       break;
     case ViewWindow::Change::gone:
-      lose();
+      replaceWindow();
       break;
     case ViewWindow::Change::none:
       break;
@@ -73,7 +79,6 @@ void ViewRenderer::takeFromLayer() {
   auto work = layer_->take();
   if (work.removeImage) removePicture();
   if (!work.picture) return;
-  if (!picture_) window_->showDrawing();
   picture_ = std::move(work.picture);
   stale_ = true;
 }
@@ -86,7 +91,12 @@ void ViewRenderer::removePicture() {
 
 void ViewRenderer::drawIfNeeded() {
   if (lost_ || image_.isUnderWay()) return;
-  if (stale_ && window_->isVisible()) draw();
+  const bool mustResize = window_->mustResize();
+  if (picture_ && window_->isVisible() && (stale_ || mustResize)) {
+    draw();
+  } else if (mustResize) {
+    window_->resize(/*andDraws=*/false);
+  }
   // A picture that nobody could see is kept and not waited for.
   if (layer_ && !image_.isUnderWay()) layer_->done();
 }
@@ -95,7 +105,7 @@ void ViewRenderer::draw() try {
   stale_ = false;
   const auto target = image_.reserve(window_->width(), window_->height());
   if (drawing_.draw(*picture_, target)) {
-    image_.put(target, window_->id(), window_->context());
+    put(target);
   } else if (layer_) {
     layer_->refuse();
   }
@@ -103,11 +113,37 @@ void ViewRenderer::draw() try {
   if (layer_) layer_->refuse();
 }
 
+void ViewRenderer::put(const PixelTarget& target) {
+  auto* const connection = connection_->get();
+  // No other client may look, or be shown, between the new size and its picture. The picture must
+  // be in the server's reach already: one that is sent would hold up the whole desktop.
+  const bool atOnce = window_->mustResize() && image_.isShared();
+  if (atOnce) xcb_grab_server(connection);
+  if (window_->mustResize()) window_->resize(atOnce);
+  image_.put(target, window_->id(), window_->context());
+  if (atOnce) xcb_ungrab_server(connection);
+  window_->askIfViewable();
+  if (!image_.isUnderWay()) window_->takeViewable();
+}
+
+void ViewRenderer::replaceWindow() {
+  loseWindow();
+  moved_ = true;
+  auto window = ViewWindow::make(*connection_);
+  if (!window) return lose();
+  window_ = std::move(window);
+}
+
+void ViewRenderer::loseWindow() {
+  hasPlace_ = false;
+  if (layer_) layer_->setHasPlace(false);
+}
+
 void ViewRenderer::lose() {
   if (std::exchange(lost_, true)) return;
   picture_ = nullptr;
   stale_ = false;
-  if (layer_) layer_->lose();
+  loseWindow();
 }
 
 }  // namespace vlm::platform::view

@@ -11,19 +11,22 @@
 namespace vlm::platform::view {
 
 // Keeps a view's window showing the last picture of the view's layer, in the window's size of the
-// moment. Lives on one thread.
+// moment. A window that the server destroys is replaced by one that the host has to place again.
+// Lives on one thread.
 class ViewRenderer {
  public:
   // Waits for the server. Null when no window can be made.
   static std::unique_ptr<ViewRenderer> make(std::shared_ptr<x11::Connection> connection);
 
   const ViewWindow& window() const noexcept { return *window_; }
-  // True when the window is no more: nothing will ever be shown again.
+  // True when the server is lost: nothing will ever be shown again.
   bool isLost() const noexcept { return lost_; }
 
   // Another layer takes over, which has no picture yet; null leaves the view without one.
   void setLayer(std::shared_ptr<DisplayLayer> layer);
   void takeOut() { window_->takeOut(); }
+  // Waits until the server has reported everything up to now; run() then deals with it.
+  void catchUp();
 
   // Does all there is to do now: the server's events, the layer's hand-overs, drawing. True when
   // the view came into another window. May wait for the server.
@@ -37,16 +40,20 @@ class ViewRenderer {
   void removePicture();
   void drawIfNeeded();
   void draw();
+  void put(const PixelTarget& target);
+  void replaceWindow();
+  void loseWindow();
   void lose();
 
   const std::shared_ptr<x11::Connection> connection_;
-  const std::unique_ptr<ViewWindow> window_;
+  std::unique_ptr<ViewWindow> window_;
   WindowImage image_;
   PictureDrawing drawing_;
   std::shared_ptr<DisplayLayer> layer_;
   Ref<CVPixelBuffer> picture_;  // the last one; kept for when the window must be drawn anew
   bool stale_ = false;          // the window does not show it as it should
   bool moved_ = false;
+  bool hasPlace_ = true;  // false after the window was lost, until the next one is placed
   bool lost_ = false;
 };
 

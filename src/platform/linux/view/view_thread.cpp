@@ -3,20 +3,27 @@
 #include <poll.h>
 
 #include <array>
+#include <chrono>
 #include <utility>
 
 #include "platform/linux/view/view_renderer.h"
 #include "platform/portable/thread_names.h"
 
 namespace vlm::platform::view {
+namespace {
+
+// A host asks for the window on its main thread, which must not stand still with the server.
+constexpr auto kLongestConfirmation = std::chrono::seconds(1);
+
+}  // namespace
+
 std::unique_ptr<ViewThread> ViewThread::start(std::function<void()> moved) {
   std::unique_ptr<ViewThread> view(new ViewThread(std::move(moved)));
-  const auto started = std::make_shared<std::promise<xcb_window_t>>();
-  auto window = started->get_future();
+  const auto started = std::make_shared<std::promise<bool>>();
+  auto isMade = started->get_future();
   view->thread_ = Thread(thread_names::kView,
                          [self = view.get(), started] { self->main(std::move(*started)); });
-  view->window_ = window.get();
-  return view->window_ != XCB_NONE ? std::move(view) : nullptr;
+  return isMade.get() ? std::move(view) : nullptr;
 }
 
 ViewThread::~ViewThread() {
@@ -29,6 +36,17 @@ ViewThread::~ViewThread() {
   // the window, and the memory shared for it, together with the connection.
   if (connection_) connection_->hangUp();
   thread_ = {};
+}
+
+xcb_window_t ViewThread::confirmedWindow() {
+  const auto limit = std::chrono::steady_clock::now() + kLongestConfirmation;
+  MutexLock lock(mutex_);
+  const auto mine = ++asked_;
+  wakeUp_->signal();
+  while (answered_ < mine) {
+    if (confirmed_.wait_until(mutex_, limit) == std::cv_status::timeout) break;
+  }
+  return window_;
 }
 
 bool ViewThread::isInHost() const {
@@ -54,9 +72,10 @@ void ViewThread::takeOut() {
   wakeUp_->signal();
 }
 
-void ViewThread::main(std::promise<xcb_window_t> started) {
+void ViewThread::main(std::promise<bool> started) {
   const auto renderer = makeRenderer();
-  started.set_value(renderer ? renderer->window().id() : XCB_NONE);
+  if (renderer) publish(*renderer);
+  started.set_value(renderer != nullptr);
   if (!renderer) return;
   while (obey(*renderer)) {
     const bool moved = renderer->run();
@@ -75,22 +94,30 @@ bool ViewThread::obey(ViewRenderer& renderer) {
   wakeUp_->clear();
   std::shared_ptr<DisplayLayer> layer;
   bool takeOut = false;
+  bool confirm = false;
   {
     const MutexLock lock(mutex_);
     if (ended_) return false;
     layer = std::exchange(newLayer_, nullptr);
     takeOut = std::exchange(takeOutWanted_, false);
+    inWork_ = asked_;
+    confirm = inWork_ != answered_;
   }
   if (layer) renderer.setLayer(std::move(layer));
   if (takeOut) renderer.takeOut();
+  if (confirm) renderer.catchUp();
   return true;
 }
 
 void ViewThread::publish(const ViewRenderer& renderer) {
   const auto& window = renderer.window();
   const MutexLock lock(mutex_);
+  window_ = window.id();
   inHost_ = window.isInHost();
   size_ = {static_cast<double>(window.width()), static_cast<double>(window.height())};
+  if (answered_ == inWork_) return;
+  answered_ = inWork_;
+  confirmed_.notify_all();
 }
 
 void ViewThread::sleep(const ViewRenderer& renderer) const {

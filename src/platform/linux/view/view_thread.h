@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -29,7 +30,10 @@ class ViewThread {
   ViewThread& operator=(const ViewThread&) = delete;
 
   // Any thread. What is ordered is done a little later.
-  xcb_window_t window() const noexcept { return window_; }
+
+  // The window of the moment. Waits until the server has confirmed that the window exists, or a new
+  // one has been made; without an answer within a second it is the last one known.
+  xcb_window_t confirmedWindow() VLM_EXCLUDES(mutex_);
   bool isInHost() const VLM_EXCLUDES(mutex_);
   CGSize size() const VLM_EXCLUDES(mutex_);
   void setLayer(std::shared_ptr<DisplayLayer> layer) VLM_EXCLUDES(mutex_);
@@ -38,7 +42,7 @@ class ViewThread {
  private:
   explicit ViewThread(std::function<void()> moved) : moved_(std::move(moved)) {}
 
-  void main(std::promise<xcb_window_t> started);
+  void main(std::promise<bool> started);
   std::unique_ptr<ViewRenderer> makeRenderer();
   // False when the thread is to end.
   bool obey(ViewRenderer& renderer) VLM_EXCLUDES(mutex_);
@@ -49,9 +53,14 @@ class ViewThread {
   const std::shared_ptr<const WakeUp> wakeUp_ = std::make_shared<WakeUp>();
   // Written once, before start() returns.
   std::shared_ptr<x11::Connection> connection_;
-  xcb_window_t window_ = XCB_NONE;
 
   mutable Mutex mutex_;
+  // Confirmations of the window, counted.
+  std::uint64_t asked_ VLM_GUARDED_BY(mutex_) = 0;
+  std::uint64_t inWork_ VLM_GUARDED_BY(mutex_) = 0;
+  std::uint64_t answered_ VLM_GUARDED_BY(mutex_) = 0;
+  std::condition_variable_any confirmed_;
+  xcb_window_t window_ VLM_GUARDED_BY(mutex_) = XCB_NONE;
   std::shared_ptr<DisplayLayer> newLayer_ VLM_GUARDED_BY(mutex_);
   bool takeOutWanted_ VLM_GUARDED_BY(mutex_) = false;
   bool ended_ VLM_GUARDED_BY(mutex_) = false;

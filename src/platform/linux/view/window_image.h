@@ -20,6 +20,9 @@ class WindowImage {
 
   bool isUnderWay() const noexcept { return underWay_; }
 
+  // True when the room that was reserved last is in the server's reach.
+  bool isShared() const noexcept { return shared_ != nullptr; }
+
   // Room for a picture of this size.
   PixelTarget reserve(int width, int height);
   // Sends the whole target to the window's top-left corner. Where memory is shared it returns at

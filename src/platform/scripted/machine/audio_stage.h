@@ -26,7 +26,7 @@ class ScriptedEngine final : public AVAudioEngine {
 
   // What the microphone gives, while the engine runs and a tap is installed.
   void tap(const std::shared_ptr<AVAudioPCMBuffer>& buffer) VLM_EXCLUDES(mutex_);
-  // What the output asks for, while the engine runs; false when nobody answered.
+  // What the output asks for, while the engine runs; false when there was no answer.
   bool render(std::uint32_t frames, AudioBufferList buffers) VLM_EXCLUDES(mutex_);
   // For a call that comes late: the block as the library gave it.
   AVAudioNodeTapBlock tapBlock() VLM_EXCLUDES(mutex_);

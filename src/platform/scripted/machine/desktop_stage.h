@@ -17,7 +17,7 @@
 
 namespace vlm::platform {
 
-// Elements of the same name stand for the same thing.
+// Elements of the same name are equal.
 class AXUIElement : public Object {
  public:
   explicit AXUIElement(std::string called, CFDictionary with = {})
@@ -68,8 +68,8 @@ class DesktopStage {
   std::map<std::int32_t, CFDictionary> applications;
   CGPoint pointer;
 
-  // Tells every observer that asked for it, a little later on the main thread, while its source is
-  // added there.
+  // Notifies every observer that asked for it, a little later on the main thread, while its source
+  // is added there.
   void notify(const std::string& name) VLM_EXCLUDES(mutex_);
   // A key press, on the main thread a little later. Answers, then, how many monitors let it pass.
   void press(std::uint16_t keyCode, bool local);

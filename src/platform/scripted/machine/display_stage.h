@@ -11,7 +11,7 @@
 
 namespace vlm::platform::scripted {
 
-// A layer whose condition the test decides. What is done to it stands in the journal, after the
+// A layer whose condition the test decides. What is done to it is in the journal, after the
 // number that it got when it was made: "layer1 flush()".
 class ScriptedLayer final : public AVSampleBufferDisplayLayer {
  public:

@@ -33,7 +33,7 @@ struct Fault {
 // alone ("VTSessionSetProperty(") or an argument too ("VTSessionSetProperty(RealTime").
 class Journal {
  public:
-  // Notes the call and tells what happens to it.
+  // Notes the call and returns the fault that the test ordered for it.
   Fault enter(std::string_view operation, std::initializer_list<CFValue> arguments = {})
       VLM_EXCLUDES(mutex_);
   void note(std::string line) VLM_EXCLUDES(mutex_);

@@ -21,7 +21,8 @@ namespace vlm::platform::scripted {
 // A machine in memory behind the platform headers. A test makes one, sets the stage, calls the
 // library and reads from the journal what reached the platform. A framework is a stage (a plain
 // struct in its own header, a member here) and a source file that serves the framework's
-// operations: each enters the journal, obeys the fault it gets back, and else acts on the stage.
+// operations: each enters the journal, returns the fault that the test ordered, or acts on the
+// stage.
 class Machine {
  public:
   enum class Queues {

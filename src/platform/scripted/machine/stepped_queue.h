@@ -11,7 +11,7 @@
 namespace vlm::platform::scripted {
 
 // The jobs of all queues of a machine in the order in which they were submitted. Nothing runs but
-// when somebody steps: a test, or a wait that only a pending job can end.
+// in a step, which a test makes, or a wait that only a pending job can end.
 class Stepper {
  public:
   // A serial queue: none of its jobs runs inside another one of them.
@@ -31,7 +31,7 @@ class Stepper {
   // about: a real machine would hang here.
   void stepUntil(const std::function<bool()>& done, const std::string& what);
 
-  // What the thread that steps and calls the library stands for between jobs.
+  // Which thread the test's own thread acts as between jobs.
   bool onMainThread() const { return onMainThread_; }
   void setOnMainThread(bool onMainThread) { onMainThread_ = onMainThread; }
 

@@ -1,4 +1,6 @@
-// The library's threads as the host sees them: their names, and the signals that reach them.
+// What a host meets beside the functions: the library's threads with their names and signals, and
+// its log.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -8,6 +10,7 @@
 #include <fstream>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "VelmoraMacNative.h"
 #include "e2e/desktop.h"
@@ -44,7 +47,7 @@ std::map<std::string, ThreadSeen> threadsOfThisProcess() {
   return threads;
 }
 
-// GIO starts threads of its own, which keep its names.
+// GIO starts threads too, which keep its names.
 bool isNameOfOurs(const std::string& name) {
   return name.starts_with("vlm.") || name == "gmain" || name == "gdbus" ||
          name.starts_with("pool-") || name == "dconf worker";
@@ -153,6 +156,31 @@ TEST(Threads, HaveNamesAndLeaveTheHostsSignalsToTheHost) {
   EXPECT_EQ(taken, 0) << "of 20 signals";
   pthread_sigmask(SIG_SETMASK, &old, nullptr);
   EXPECT_EQ(handledBy, gettid());
+}
+
+std::vector<std::string> linesSeen;
+
+TEST(Log, LinesGoToTheHostsFunctionWhereItHasOne) {
+  unsetenv("DISPLAY");
+  const auto failToStart = [] {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(vlm_capture_start_display(
+                  0, 30, 320, 240, [](auto...) {}, nullptr, nullptr),
+              nullptr);
+    return testing::internal::GetCapturedStderr();
+  };
+  const auto setHook = [](void (*hook)(const char*)) {
+    g_dataset_set_data(g_main_context_default(), "VelmoraMacNative.log",
+                       reinterpret_cast<gpointer>(hook));
+  };
+  const auto written = failToStart();
+  EXPECT_THAT(written, testing::StartsWith("[vlm] "));
+  setHook([](const char* line) { linesSeen.emplace_back(line); });
+  EXPECT_EQ(failToStart(), "");
+  ASSERT_EQ(linesSeen.size(), 1U);
+  EXPECT_EQ(linesSeen.front() + "\n", written);
+  setHook(nullptr);
+  EXPECT_EQ(failToStart(), written);
 }
 
 }  // namespace

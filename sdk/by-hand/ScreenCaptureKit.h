@@ -1,0 +1,2 @@
+// By hand: Darwin's own header of the queues.
+#include <dispatch/dispatch.h>

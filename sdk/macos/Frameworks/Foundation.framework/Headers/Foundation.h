@@ -1,0 +1,97 @@
+// Made by sdk/generator/generate.py from typed bindings; sdk/macos/sources.txt names them.
+#pragma once
+#import <CoreFoundation/CoreFoundation.h>
+
+// By hand: classes with type parameters, which the metadata has without them, and what the language
+// itself asks for. The comparison looks the methods up like all others.
+// names: NSPoint NSSize NSRect NSArray NSDictionary NSErrorDomain NSFastEnumerationState NSUInteger NSInteger
+#import <objc/NSObject.h>
+#include <stdint.h>
+#include <sys/types.h>
+// On 64-bit systems these are one type each.
+typedef CGPoint NSPoint;
+typedef CGSize NSSize;
+typedef CGRect NSRect;
+@class NSString;
+typedef NSString *NSErrorDomain;
+typedef struct NSFastEnumerationState {
+  unsigned long state;
+  id __unsafe_unretained *itemsPtr;
+  unsigned long *mutationsPtr;
+  unsigned long extra[5];
+} NSFastEnumerationState;
+@interface NSArray<__covariant ObjectType> : NSObject
+- (NSUInteger)count;
+- (ObjectType)objectAtIndex:(NSUInteger)index;
+- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState *)state
+                                  objects:(id __unsafe_unretained[])buffer
+                                    count:(NSUInteger)len;
+@end
+@interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
+@end
+
+@class NSData, NSError, NSException, NSJSONSerialization, NSLocale, NSString, NSThread, NSURL;
+#ifdef __cplusplus
+extern "C" {
+#endif
+typedef NSString * NSExceptionName;
+typedef struct NSRange {
+  uint64_t location;
+  uint64_t length;
+} NSRange;
+typedef enum NSStringCompareOptions : uint64_t NSStringCompareOptions;
+enum NSStringCompareOptions : uint64_t {
+  NSCaseInsensitiveSearch = 1,
+  NSLiteralSearch = 2,
+  NSBackwardsSearch = 4,
+  NSAnchoredSearch = 8,
+  NSNumericSearch = 64,
+  NSDiacriticInsensitiveSearch = 128,
+  NSWidthInsensitiveSearch = 256,
+  NSForcedOrderingSearch = 512,
+  NSRegularExpressionSearch = 1024
+};
+typedef enum NSJSONWritingOptions : uint64_t NSJSONWritingOptions;
+enum NSJSONWritingOptions : uint64_t {
+  NSJSONWritingPrettyPrinted = 1,
+  NSJSONWritingSortedKeys = 2,
+  NSJSONWritingFragmentsAllowed = 4,
+  NSJSONWritingWithoutEscapingSlashes = 8
+};
+void NSLog(NSString * format, ...);
+typedef double NSTimeInterval;
+#ifdef __cplusplus
+}
+#endif
+@interface NSError : NSObject
+- (NSString *)localizedDescription;
+@end
+@interface NSException : NSObject
+- (NSString *)reason;
+- (NSExceptionName)name;
+@end
+@interface NSURL : NSObject
++ (instancetype)URLWithString:(NSString *)URLString;
++ (NSURL *)fileURLWithPath:(NSString *)path;
+- (NSString *)absoluteString;
+@end
+@interface NSString : NSObject
+- (NSUInteger)length;
+- (BOOL)isEqualToString:(NSString *)aString;
+- (NSString *)precomposedStringWithCanonicalMapping;
+- (NSRange)rangeOfString:(NSString *)searchString options:(NSStringCompareOptions)mask range:(NSRange)rangeOfReceiverToSearch locale:(NSLocale *)locale __attribute__((availability(macos,introduced=10.5)));
+@end
+@interface NSData : NSObject
+- (const void *)bytes;
+- (NSUInteger)length;
+@end
+@interface NSThread : NSObject
++ (BOOL)isMainThread;
+@end
+@interface NSLocale : NSObject
++ (NSLocale *)currentLocale;
+@end
+@interface NSJSONSerialization : NSObject
++ (BOOL)isValidJSONObject:(id)obj __attribute__((availability(macos,introduced=10.7)));
++ (NSData *)dataWithJSONObject:(id)obj options:(NSJSONWritingOptions)opt error:(NSError * _Nullable *)error __attribute__((availability(macos,introduced=10.7)));
+@end

@@ -1,0 +1,77 @@
+#pragma once
+
+#import <AVFAudio/AVFAudio.h>
+#import <AudioToolbox/AudioToolbox.h>
+
+#include <optional>
+
+#include "platform/avf_audio.h"
+#include "platform/macos/bridge/objc.h"
+
+namespace vlm::platform::bridge {
+
+// The audio unit of an input or output node; null units are kept out by the node.
+class Unit : public AudioUnit {
+ public:
+  explicit Unit(::AudioUnit unit) : unit_(unit) {}
+  OSStatus setProperty(std::uint32_t property, std::uint32_t scope, std::uint32_t element,
+                       std::uint32_t value) override {
+    return ::AudioUnitSetProperty(unit_, property, scope, element, &value, sizeof value);
+  }
+
+ private:
+  const ::AudioUnit unit_;
+};
+
+// What the library's two nodes have in common. The framework makes them when they are first asked
+// for, so that an engine that only plays asks for no microphone.
+class IoNode {
+ public:
+  explicit IoNode(Objc<AVAudioIONode> node) : node_(std::move(node)) {}
+  AudioUnit* unit();
+  AVAudioIONode* native() const { return node_.get(); }
+
+ private:
+  const Objc<AVAudioIONode> node_;
+  std::optional<Unit> unit_;
+};
+
+class InputNode : public AVAudioInputNode {
+ public:
+  // `failure` takes what a tap was refused for.
+  InputNode(Objc<AVAudioIONode> node, std::optional<NSError>& failure)
+      : node_(std::move(node)), failure_(failure) {}
+  AudioUnit* audioUnit() override { return node_.unit(); }
+  AVAudioFormat inputFormatForBus(std::uint32_t bus) override;
+  void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize, const AVAudioFormat& format,
+                       AVAudioNodeTapBlock block) override;
+  void removeTapOnBus(std::uint32_t bus) override;
+
+ private:
+  IoNode node_;
+  std::optional<NSError>& failure_;
+};
+
+class OutputNode : public AVAudioOutputNode {
+ public:
+  explicit OutputNode(Objc<AVAudioIONode> node) : node_(std::move(node)) {}
+  AudioUnit* audioUnit() override { return node_.unit(); }
+
+ private:
+  IoNode node_;
+};
+
+class SourceNode : public AVAudioSourceNode {
+ public:
+  explicit SourceNode(Objc<::AVAudioSourceNode> node) : node_(std::move(node)) {}
+  ::AVAudioSourceNode* native() const { return node_.get(); }
+
+ private:
+  const Objc<::AVAudioSourceNode> node_;
+};
+
+// Null when the framework makes none.
+std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormat& format,
+                                           AVAudioSourceNodeRenderBlock block);
+
+}  // namespace vlm::platform::bridge

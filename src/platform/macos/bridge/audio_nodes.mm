@@ -1,0 +1,90 @@
+#include "platform/macos/bridge/audio_nodes.h"
+
+#include <array>
+#include <memory>
+#include <utility>
+
+#include "platform/macos/bridge/audio_buffer.h"
+#include "platform/macos/bridge/guard.h"
+
+namespace vlm::platform::bridge {
+
+namespace {
+
+constexpr OSStatus kParameterError = -50;
+
+// Describes the framework's buffers to the block. On the engine's real-time thread: it sends no
+// message and allocates nothing.
+OSStatus render(const AVAudioSourceNodeRenderBlock& block, BOOL* isSilence, std::uint32_t frames,
+                const ::AudioBufferList* list) {
+  std::array<AudioBuffer, 64> buffers;
+  if (list->mNumberBuffers > buffers.size()) return kParameterError;
+  for (std::size_t i = 0; i < list->mNumberBuffers; ++i) {
+    const auto& buffer = list->mBuffers[i];
+    buffers[i] = {buffer.mNumberChannels, buffer.mDataByteSize, buffer.mData};
+  }
+  bool silence = *isSilence != 0;
+  const auto status = block(silence, frames, {buffers.data(), list->mNumberBuffers});
+  *isSilence = silence;
+  return status;
+}
+
+}  // namespace
+
+AudioUnit* IoNode::unit() {
+  if (!unit_) {
+    ::AudioUnit native = nullptr;
+    guarded([&] { native = [node_.get() audioUnit]; });
+    if (native != nullptr) unit_.emplace(native);
+  }
+  return unit_ ? &*unit_ : nullptr;
+}
+
+AVAudioFormat InputNode::inputFormatForBus(std::uint32_t bus) {
+  AVAudioFormat format;
+  guarded([&] {
+    ::AVAudioFormat* const native = [node_.native() inputFormatForBus:bus];
+    if (native != nil) format = fromNative(native);
+  });
+  return format;
+}
+
+void InputNode::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                const AVAudioFormat& format, AVAudioNodeTapBlock block) {
+  const auto shared = std::make_shared<const AVAudioNodeTapBlock>(std::move(block));
+  const auto thrown = guarded([&] {
+    [node_.native() installTapOnBus:bus
+                         bufferSize:bufferSize
+                             format:toNative(format).get()
+                              block:^(::AVAudioPCMBuffer* buffer, AVAudioTime*) {
+                                @autoreleasepool {
+                                  (*shared)(std::make_shared<PcmBuffer>(
+                                      Objc<::AVAudioPCMBuffer>::retaining(buffer)));
+                                }
+                              }];
+  });
+  if (thrown) failure_ = thrown;
+}
+
+void InputNode::removeTapOnBus(std::uint32_t bus) {
+  guarded([&] { [node_.native() removeTapOnBus:bus]; });
+}
+
+std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormat& format,
+                                           AVAudioSourceNodeRenderBlock block) {
+  const auto shared = std::make_shared<const AVAudioSourceNodeRenderBlock>(std::move(block));
+  Objc<::AVAudioSourceNode> node;
+  guarded([&] {
+    const auto native = toNative(format);
+    if (!native) return;
+    node = Objc<::AVAudioSourceNode>::adopting([[::AVAudioSourceNode alloc]
+        initWithFormat:native.get()
+           renderBlock:^OSStatus(BOOL* isSilence, const AudioTimeStamp*, AVAudioFrameCount frames,
+                                 ::AudioBufferList* list) {
+             return render(*shared, isSilence, frames, list);
+           }]);
+  });
+  return node ? std::make_shared<SourceNode>(std::move(node)) : nullptr;
+}
+
+}  // namespace vlm::platform::bridge
