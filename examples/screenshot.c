@@ -9,8 +9,8 @@
  */
 #include <VelmoraMacNative.h>
 #include <pthread.h>
+#include <stddef.h>
 #include <stdio.h>
-#include <stdlib.h>
 
 struct first_frame {
   pthread_mutex_t mutex;
@@ -33,27 +33,40 @@ static void keep_first(void* pixbuf, int32_t width, int32_t height, int64_t ptsN
   pthread_mutex_unlock(&first->mutex);
 }
 
-static int write_ppm(const char* path, const uint8_t* bgra, int32_t width, int32_t height) {
-  FILE* file = fopen(path, "wb");
-  if (file == NULL) return 1;
-  fprintf(file, "P6 %d %d 255\n", (int)width, (int)height);
-  const uint8_t* end = bgra + (size_t)width * (size_t)height * 4;
-  for (const uint8_t* pixel = bgra; pixel < end; pixel += 4) {
-    const uint8_t rgb[3] = {pixel[2], pixel[1], pixel[0]};
-    fwrite(rgb, 1, sizeof rgb, file);
-  }
-  return fclose(file) == 0 ? 0 : 1;
+static uint8_t clamped(int value) {
+  return (uint8_t)(value < 0 ? 0 : value > 255 ? 255 : value);
+}
+
+/* Captured frames are in video range: luma 16 is black and 235 white (ITU-R BT.601). */
+static void to_rgb(int y, int cb, int cr, uint8_t rgb[3]) {
+  const int luma = 298 * (y - 16) + 128;
+  rgb[0] = clamped((luma + 409 * (cr - 128)) / 256);
+  rgb[1] = clamped((luma - 100 * (cb - 128) - 208 * (cr - 128)) / 256);
+  rgb[2] = clamped((luma + 516 * (cb - 128)) / 256);
 }
 
 static int save(const struct first_frame* frame, const char* path) {
-  const int32_t size = frame->width * frame->height * 4;
-  uint8_t* bgra = malloc((size_t)size);
-  int status = 1;
-  if (bgra != NULL && vlm_pixbuf_to_bgra(frame->pixbuf, bgra, size)) {
-    status = write_ppm(path, bgra, frame->width, frame->height);
+  uint8_t *luma, *chroma;
+  int32_t luma_stride, chroma_stride;
+  FILE* file = fopen(path, "wb");
+  if (file == NULL) return 1;
+  if (!vlm_pixbuf_lock(frame->pixbuf, &luma, &luma_stride, &chroma, &chroma_stride)) {
+    fclose(file);
+    return 1;
   }
-  free(bgra);
-  return status;
+  fprintf(file, "P6 %d %d 255\n", (int)frame->width, (int)frame->height);
+  for (int32_t row = 0; row < frame->height; ++row) {
+    const uint8_t* y = luma + (ptrdiff_t)row * luma_stride;
+    const uint8_t* cbcr = chroma + (ptrdiff_t)(row / 2) * chroma_stride;
+    for (int32_t column = 0; column < frame->width; ++column) {
+      const uint8_t* pair = cbcr + column / 2 * 2;
+      uint8_t rgb[3];
+      to_rgb(y[column], pair[0], pair[1], rgb);
+      fwrite(rgb, 1, sizeof rgb, file);
+    }
+  }
+  vlm_pixbuf_unlock(frame->pixbuf);
+  return fclose(file) == 0 ? 0 : 1;
 }
 
 int main(int argc, char** argv) {

@@ -37,9 +37,10 @@
  *  9. Threads. A function may be called from any thread unless it says otherwise. One encoder or
  *     decoder is used by one thread at a time. An object's callback must not make the call that
  *     ends that object or waits for its frames, except where a function says that it may.
- * 10. Units. Time stamps are nanoseconds (ptsNs). Coordinates and sizes given as double are points
- *     in global display space: origin at the top-left corner of the main display, y downward.
- *     Sizes given as int32_t are pixels. Bit rates are bits a second.
+ * 10. Units. Time stamps are nanoseconds (ptsNs); those of captured frames are of the system's
+ *     clock that never jumps (on Linux CLOCK_MONOTONIC). Coordinates and sizes given as double are
+ *     points in global display space: origin at the top-left corner of the main display, y
+ *     downward. Sizes given as int32_t are pixels. Bit rates are bits a second.
  * 11. Waiting. Only these calls wait without a time limit: vlm_screen_capture_ready,
  *     vlm_capture_find_window, the three capture starts and vlm_capture_stop (for the system's
  *     capture service), and vlm_present_create off the main thread (for the main thread). Calls
@@ -50,11 +51,28 @@
  *
  *   The main thread is the process's first thread, and the main loop is GLib's default main
  *   context: a host with GTK or Qt runs it already, any other host iterates it (or runs a
- *   GMainLoop on it) on that thread. examples/main_loop_poll.c shows how a host with a poll() of
- *   its own sleeps until that context has work. One point is one pixel. A window id is the X11
- * window's id, a bundle identifier is the class part of the window's WM_CLASS. Calls that ask the X
- * server or make a view wait while the server stands still; the sound server and the keyring get a
- * few seconds.
+ *   GMainLoop on it) on that thread. Where nothing does so for some seconds while something waits
+ *   for it (QT_NO_GLIB=1 is one cause), one line is logged. A host with an event loop of its own
+ *   can sleep in GLib and be woken by its X connection; with SDL 2, where `display` is from
+ *   SDL_GetWindowWMInfo:
+ *
+ *     static gboolean woken(gint fd, GIOCondition condition, gpointer user) {
+ *       return G_SOURCE_CONTINUE;
+ *     }
+ *     ...
+ *     g_unix_fd_add(ConnectionNumber(display), G_IO_IN, woken, NULL);
+ *     while (running) {
+ *       while (SDL_PollEvent(&event)) handle(&event);
+ *       if (XPending(display) == 0) g_main_context_iteration(NULL, TRUE);
+ *     }
+ *
+ *   Events that other threads push there need g_main_context_wakeup. A host that must sleep in a
+ *   call of its own gets the descriptors and the time to wait from g_main_context_query
+ *   (examples/main_loop_poll.c).
+ *
+ *   One point is one pixel. A window id is the X11 window's id, a bundle identifier is the class
+ *   part of the window's WM_CLASS. Calls that ask the X server or make a view wait while the server
+ *   stands still; the sound server and the keyring get a few seconds.
  *
  *   A host that wants the log's lines sets a function void (*)(const char* line) of its own:
  *   g_dataset_set_data(g_main_context_default(), "VelmoraMacNative.log", (gpointer)function).
@@ -135,7 +153,11 @@ typedef struct VlmWindowEntry {
 typedef void (*vlm_track_cb)(int32_t event, double x, double y, double width, double height,
                              void* user);
 
-/* A key press: its Windows-style virtual-key code. A host that needs context keeps it itself. */
+/*
+ * A key press: its Windows-style virtual-key code; of a key that has no translation, such as those
+ * of the keypad and the punctuation, its macOS virtual key code. A host that needs context keeps it
+ * itself.
+ */
 typedef void (*vlm_hotkey_cb)(int32_t key);
 
 /*
@@ -147,7 +169,7 @@ typedef void (*vlm_mic_cb)(const float* samples, int32_t count, void* user);
 /* Results of vlm_present_enqueue. */
 enum {
   VLM_PRESENT_OK = 0,    /* the frame was handed to the display */
-  VLM_PRESENT_BUSY = 1,  /* the display could not take it now; drop it or try the next one */
+  VLM_PRESENT_BUSY = 1,  /* the display could not take it now; see vlm_present_enqueue */
   VLM_PRESENT_FAIL = -1, /* the frame could not be wrapped for display */
   VLM_PRESENT_ARG = -2   /* the presenter or the pixel buffer was NULL */
 };
@@ -198,7 +220,7 @@ VLM_API uint32_t vlm_capture_find_window(const char* bundlePrefix, const char* t
  *             maxW, maxH  largest size of a frame in pixels. The frame is made smaller to fit and
  *                         keeps its shape; 0 or less in either switches the limit off. Width and
  *                         height of a frame are even and fixed for the capture's life; a window
- *                         that is resized later is scaled into them.
+ *                         that is resized later is stretched into them, its shape not kept.
  *             frameCb     gets every frame; must not be NULL. Frames are '420v'. Keep at most 5;
  *                         while you do, new ones are skipped.
  *             audioCb     gets what the machine plays, less what this process plays, as stereo at
@@ -235,8 +257,13 @@ VLM_API void* vlm_capture_start_app(const char* bundlePrefix, int32_t fps, int32
 
 /*
  * What:       Captures one display.
- * Parameters: displayId  0 or the id of no display means the first display. On Linux the id is
- *                        that of the RandR output's monitor.
+ * Parameters: displayId  0 or the id of no display means the first display: compare
+ *                        vlm_capture_bounds with the place of the one that is meant. On Linux the
+ *                        id is the atom of the monitor's name: what xcb_intern_atom gives for the
+ *                        name that `xrandr --listmonitors` prints ("DP-1"), or the field `name` of
+ *                        a monitor from xcb_randr_get_monitors. It is the same as long as the
+ *                        server runs. A server without RandR 1.5 has one display, whose id is that
+ *                        of the root window.
  *             fps, maxW, maxH, frameCb, audioCb, user
  *                        as for vlm_capture_start_window.
  * Result:     a capture handle.
@@ -323,7 +350,10 @@ VLM_API void vlm_pixbuf_unlock(void* pixbuf);
 /*
  * What:       Writes the whole picture as packed BGRA: rows from top to bottom without padding, 4
  *             bytes a pixel in the order blue, green, red, alpha. YCbCr pictures are converted
- *             with the ITU-R BT.601 matrix and alpha 255; BGRA pictures are copied as they are.
+ *             with the ITU-R BT.601 matrix and alpha 255; '420v' keeps its video range: black is 0
+ *             but white 234, and colours are as weak. A host that shows or stores such a picture
+ *             converts the planes of vlm_pixbuf_lock instead, as examples/screenshot.c does. BGRA
+ *             pictures are copied as they are.
  * Parameters: pixbuf    a pixel buffer in '420v', '420f' or 'BGRA'.
  *             dst       the caller's memory.
  *             capacity  its size in bytes, at least width x height x 4.
@@ -515,7 +545,9 @@ VLM_API void* vlm_present_view(void* handle);
  *             pixbuf  the frame; may be released after the call.
  *             ptsNs   not used: frames are shown as they come.
  * Result:     VLM_PRESENT_OK, or VLM_PRESENT_BUSY when the display still works on an earlier
- *             frame, is recovering from a failure, or (on Linux) has lost its window.
+ *             frame, is recovering from a failure, or (on Linux) has lost its window. Then drop the
+ *             frame when another one comes soon. On a still screen none does: keep it, and try
+ *             again after some milliseconds.
  * Errors:     VLM_PRESENT_FAIL, VLM_PRESENT_ARG.
  * Thread:     any; never waits for the display.
  * Lifetime:   borrows both handles.
@@ -560,7 +592,8 @@ VLM_API int32_t vlm_window_enumerate(int32_t pid, VlmWindowEntry* out, int32_t c
 /*
  * What:       Finds the process of an application.
  * Parameters: bundlePrefix  beginning of its bundle identifier, case counts.
- * Result:     the process id of the first running application that matches.
+ * Result:     the process id of the first running application that matches, in the order in which
+ *             the system lists them. On Linux: front to back, by each one's frontmost window.
  * Errors:     0 when none does, or the prefix is NULL or empty.
  * Thread:     any.
  * Lifetime:   asks afresh on every call.
@@ -598,7 +631,10 @@ VLM_API bool vlm_window_focused_bounds(int32_t pid, double* x, double* y, double
  *             cb    gets every event; must not be NULL.
  *             user  passed to cb.
  * Result:     a tracker handle.
- * Errors:     NULL when cb is NULL, pid is below 1, or the process can't be observed.
+ * Errors:     NULL when cb is NULL, pid is below 1, or the process can't be observed. On macOS that
+ *             is one that does not exist, or any while the right to accessibility is missing; on
+ *             Linux every process can be, one that has no window yet included, unless the X server
+ *             can't be reached or takes no more clients.
  * Thread:     any. cb runs on the main thread, and only while the main loop runs.
  * Lifetime:   ended by vlm_window_untrack.
  */
@@ -651,20 +687,28 @@ VLM_API void vlm_input_mouse_button(int32_t button, bool down, double x, double 
 
 /*
  * What:       Turns the wheel.
- * Parameters: horizontal, vertical  pixels, whole ones: fractions are dropped.
+ * Parameters: horizontal  pixels, above 0 to the left; whole ones: fractions are dropped.
+ *             vertical    pixels, above 0 up, which shows what is further up; whole ones.
  * Result:     none.
- * Errors:     none. On Linux, where a wheel has steps, the platform adds amounts up to steps.
+ * Errors:     none. On Linux, where a wheel has steps, the platform adds amounts up to steps of 40
+ *             pixels; turning back starts afresh.
  * Thread:     any; the events of one thread arrive in order.
  * Lifetime:   nothing is kept by the library.
  */
 VLM_API void vlm_input_mouse_wheel(double horizontal, double vertical);
 
 /*
- * What:       Presses or releases a key.
+ * What:       Presses or releases a key. A press of a key that is down is one more press, as the
+ *             keyboard repeats it. On Linux the server repeats a key that is held, with the
+ *             modifiers of its press, until its release; the release presses none again.
  * Parameters: keyCode  a macOS virtual key code: a place on the keyboard, whatever the layout.
  *             down     true presses, false releases.
- *             flags    the modifiers that the key is seen with, and no others: 0x20000 shift,
- *                      0x40000 control, 0x80000 option, 0x100000 command.
+ *             flags    the modifiers that the key is seen with, and no others: 0x10000 caps lock,
+ *                      0x20000 shift, 0x40000 control, 0x80000 option, 0x100000 command. On Linux
+ *                      AltGr is the right option key: key code 0x3D, or 0x80040 in the flags, where
+ *                      0x40 says right and 0x20 left. Without a side option is the key that is
+ *                      held, else the left one (Alt). The flags of a modifier's own key count for
+ *                      nothing.
  * Result:     none.
  * Errors:     none.
  * Thread:     any; the events of one thread arrive in order.

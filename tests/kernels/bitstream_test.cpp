@@ -79,6 +79,7 @@ TEST(Bitstream, WritesParameterSetsOnlyBeforeKeyFramesAndStopsAtBadLengths) {
   const Bytes code{0, 0, 0, 1};
   const Bytes setsOut = concatenate({code, kSps, code, kPps});
   const Sets both{kSps, kPps};
+  const Bytes large(0x10203, 0x41);  // all bytes of its length differ
   const struct {
     const char* what;
     bool keyframe;
@@ -93,6 +94,11 @@ TEST(Bitstream, WritesParameterSetsOnlyBeforeKeyFramesAndStopsAtBadLengths) {
        {std::nullopt, ByteView{}, kPps},
        {},
        concatenate({code, code, kPps})},
+      {"64 KiB and more",
+       false,
+       {},
+       concatenate({{0, 1, 2, 3}, large, two}),
+       concatenate({code, large, twoOut})},
       {"zero length", false, {}, concatenate({one, {0, 0, 0, 0}, two}), oneOut},
       {"overrun by one", false, {}, concatenate({one, {0, 0, 0, 2, 0x41}}), oneOut},
       {"huge length", false, {}, concatenate({one, {0xFF, 0xFF, 0xFF, 0xFF, 0x41}}), oneOut},

@@ -70,6 +70,22 @@ TEST(Decoder, BuildsItsSessionFromTheStreamAndSubmitsInTheSameCall) {
   }
 }
 
+TEST(Decoder, WritesLengthsOfAllSizes) {
+  Decoding decoding;
+  Bytes sample;
+  decoding.machine.video.decompress = [&](const auto& session, const auto& submitted) {
+    const auto& first = submitted.data->pieces.front();
+    sample.assign(first.begin(), first.begin() + 4);
+    return platform::scripted::decompressSample(*session.description, session.pixelFormat);
+  };
+  for (const std::size_t size : {2U, 0x102U, 0x10203U}) {
+    EXPECT_TRUE(decoding.decode({sps(), kPps, Bytes(size, 0x41)}));
+    decoding.machine.run();
+    const auto byte = [&](int shift) { return static_cast<uint8_t>(size >> shift); };
+    EXPECT_EQ(sample, (Bytes{0, byte(16), byte(8), byte(0)}));
+  }
+}
+
 TEST(Decoder, ParameterSetsMayComeApart) {
   Decoding decoding;
   EXPECT_FALSE(decoding.decode({kSlice}));

@@ -305,6 +305,11 @@ TEST(Encoder, CopiesPackedRowsWithoutTheirPadding) {
   EXPECT_TRUE(encode(4, 3));
   EXPECT_EQ(machine.takeLog(),
             Lines{"[vlm] encoder input resized 64x48 → 4x3; rebuilding VT session"});
+  std::iota(source.begin(), source.end(), uint8_t{7});
+  EXPECT_TRUE(encode(4, 1));
+  machine.run();
+  EXPECT_TRUE(std::equal(source.begin(), source.begin() + 16, CVPixelBufferGetBaseAddress(*image)))
+      << "one row";
 }
 
 }  // namespace

@@ -107,6 +107,10 @@ TEST(HotKeys, OnePairOfMonitorsOnTheMainThread) {
   EXPECT_EQ(machine.journal.take(), Lines{});
   EXPECT_EQ(pressed(), (Lines{"key 65", "key 65"}));
   EXPECT_EQ(machine.desktop.passed, 1) << "what goes to this application goes on to it";
+  machine.throwFrom("NSEvent addGlobalMonitor");
+  EXPECT_FALSE(vlm_hotkey_monitor_start(noteKey)) << "no memory for a monitor";
+  EXPECT_TRUE(vlm_hotkey_monitor_start(noteKey));
+  machine.journal.take();
   EXPECT_TRUE(vlm_hotkey_monitor_start(noteOther));
   EXPECT_EQ(machine.journal.take("NSEvent").size(), 4U);
   EXPECT_EQ(pressed(), (Lines{"other 65", "other 65"}));

@@ -97,6 +97,17 @@ TEST(PlaybackRing, DoesWhatTheRulesSaySampleBySample) {
     std::mt19937 random(static_cast<unsigned>(channels));
     const auto below = [&](std::size_t end) { return random() % end; };
     std::size_t written = 1;
+    const std::size_t half = channels * 12000;
+    // First up to the last place exactly, and on from the first.
+    for (const std::size_t count : {half, half, std::size_t{0}, std::size_t{6000}}) {
+      const auto samples = ramp(count, written++);
+      ring.write(samples);
+      model.write(samples);
+      Output out(2, 12000), expected(2, 12000);
+      ring.render(12000, out.list);
+      model.render(12000, expected);
+      ASSERT_EQ(out.channels, expected.channels);
+    }
     for (int round = 0; round < 4000; ++round) {
       // Odd counts split frames, large ones fill the ring.
       const std::size_t count = below(10) == 0 ? below(60000) : below(1500);

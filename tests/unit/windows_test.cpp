@@ -82,6 +82,11 @@ TEST(Enumeration, PairsEachWindowWithTheNearestOfItsProcess) {
   EXPECT_EQ(desktop.enumerate(), (Lines{"4 (10,20 300x200) one", "5 (10,20 300x200) main",
                                         "8 (510,-20 300x200)", "7 (900,0 50x50)"}));
   EXPECT_EQ(desktop.enumerate(1), Lines{"4 (10,20 300x200) one"});
+  // Only the width differs: from one by 3, from the other by 1, from the last by too much.
+  Desktop wide({serverWindow(1, {100, 100, 63, 60}), serverWindow(2, {100, 100, 61, 60}),
+                serverWindow(3, {700, 700, 89, 80})},
+               {element("wide", {100, 100}, {60, 60}), element("far", {700, 700}, {80, 80})});
+  EXPECT_EQ(wide.enumerate(), Lines{"2 (100,100 60x60)"});
 }
 
 TEST(Enumeration, LeavesOutWhatCanNotBeSeenOrRead) {
@@ -123,6 +128,7 @@ TEST(Enumeration, CutsTitlesBetweenCharacters) {
       {std::string(125, 'x') + euro, std::string(125, 'x')},
       {std::string(124, 'x') + euro + euro, std::string(124, 'x') + euro},
       {full + "\xC3\xA4", full},
+      {std::string(125, 'x') + "\xC3\xA4y", std::string(125, 'x') + "\xC3\xA4"},
       {std::string(124, 'x') + "\xF0\x9F\x98\x80", std::string(124, 'x')},
       {"ok\xED\xA0\x80 half a pair", "ok"},
       {"\xC0\x80 overlong", ""},
