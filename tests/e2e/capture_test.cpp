@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <random>
+#include <span>
 #include <thread>
 
 #include "e2e/frame_recorder.h"
@@ -289,6 +290,121 @@ TEST(Capture, WindowIsWholeWhileCoveredMovedResizedAndMinimised) {
   EXPECT_EQ((recorder.last(), recorder.count()), before);
   outputOf({"xdotool", "windowmap", id});
   expectShown(recorder, "shown again", {{160, 120, kRed}});
+}
+
+TEST(Capture, WindowOfOddSizeLosesItsLastColumnAndRowAndNoSharpness) {
+  const PrivateDesktop desktop(kSmall);
+  Canvas canvas("odd", {60, 60, 321, 241}, kGrey);
+  for (std::int16_t x = 0; x < 321; x += 2) canvas.fill({x, 0, 1, 241}, kWhite);
+  FrameRecorder recorder;
+  ASSERT_TRUE(recorder.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+  expectShown(recorder, "lines",
+              {{0, 0, kWhite},
+               {161, 120, kGrey},
+               {162, 120, kWhite},
+               {318, 239, kWhite},
+               {319, 239, kGrey}});
+  EXPECT_EQ(recorder.last().width, 320);
+  EXPECT_EQ(recorder.last().height, 240);
+}
+
+// The window of an owner who takes time to paint. Until then it has what was behind it.
+class LateWindow {
+ public:
+  LateWindow(const char* name, const Canvas::Place& place)
+      : connection_(xcb_connect(nullptr, nullptr)), id_(xcb_generate_id(connection_)) {
+    const auto* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
+    const std::uint32_t bypassesManager = 1;
+    xcb_create_window(connection_, XCB_COPY_FROM_PARENT, id_, screen->root, place.x, place.y,
+                      place.width, place.height, 3, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+                      screen->root_visual, XCB_CW_OVERRIDE_REDIRECT, &bypassesManager);
+    const std::string both = std::string(name) + '\0' + name + '\0';
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
+                        8, static_cast<std::uint32_t>(both.size()), both.data());
+    show();
+  }
+  ~LateWindow() { xcb_disconnect(connection_); }
+  std::uint32_t id() const { return id_; }
+  void show() {
+    xcb_map_window(connection_, id_);
+    sync();
+  }
+  void hide() {
+    xcb_unmap_window(connection_, id_);
+    sync();
+  }
+  void resize(std::uint32_t width, std::uint32_t height) {
+    const std::uint32_t size[] = {width, height};
+    xcb_configure_window(connection_, id_, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         size);
+    sync();
+  }
+  void paint(std::uint32_t color) {
+    const auto context = xcb_generate_id(connection_);
+    xcb_create_gc(connection_, context, id_, XCB_GC_FOREGROUND, &color);
+    const xcb_rectangle_t all{0, 0, 1000, 1000};
+    xcb_poly_fill_rectangle(connection_, id_, context, 1, &all);
+    xcb_free_gc(connection_, context);
+    sync();
+  }
+
+ private:
+  void sync() {
+    free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+  }
+  xcb_connection_t* const connection_;
+  const std::uint32_t id_;
+};
+
+// How many frames show the colour anywhere.
+std::size_t framesWith(FrameRecorder& recorder, std::uint32_t color) {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < recorder.count(); ++i) {
+    const Frame frame = recorder.at(i);
+    const auto luma =
+        std::span(frame.pixels).first(static_cast<std::size_t>(frame.width) * frame.height);
+    count += std::ranges::any_of(
+        luma, [&](std::uint8_t each) { return std::abs(each - lumaOf(color)) <= 2; });
+  }
+  return count;
+}
+
+TEST(Capture, WhatLiesBehindAWindowIsNotShownBeforeTheWindowIsPainted) {
+  const auto lateEnough = [] { std::this_thread::sleep_for(400ms); };
+  for (const bool isApplication : {false, true}) {
+    PrivateDesktop desktop(kSmall);
+    const Canvas secret("private", {0, 0, 800, 600}, kRed);
+    LateWindow late("shared", {0, 0, 320, 240});
+    late.paint(kGrey);
+    const Canvas cover("private", {40, 40, 80, 80}, kRed);
+    FrameRecorder recorder;
+    ASSERT_TRUE(isApplication ? recorder.start(vlm_capture_start_app, "shared", kFps, 0, 0)
+                              : recorder.start(vlm_capture_start_window, late.id(), kFps, 0, 0));
+    lateEnough();
+    late.paint(kWhite);
+    expectShown(recorder, "at the start", {{160, 120, kWhite}, {80, 80, kWhite}});
+    late.hide();
+    late.show();
+    lateEnough();
+    late.paint(kWhite);
+    expectShown(recorder, "shown again", {{160, 120, kWhite}, {310, 230, kWhite}});
+    late.resize(640, 480);
+    lateEnough();
+    late.paint(kBlue);
+    expectShown(recorder, "grown", {{160, 120, kBlue}, {310, 230, kBlue}});
+    late.paint(kGrey);
+    late.resize(642, 482);  // with damage of the former picture underway
+    lateEnough();
+    late.paint(kWhite);
+    expectShown(recorder, "grown again", {{160, 120, kWhite}, {310, 230, kWhite}});
+    if (isApplication) {
+      LateWindow menu("shared", {100, 100, 200, 150});
+      lateEnough();
+      menu.paint(kGrey);
+      expectShown(recorder, "menu", {{200, 200, kGrey}, {90, 90, kWhite}});
+    }
+    EXPECT_EQ(framesWith(recorder, kRed), 0U) << isApplication << " of " << recorder.count();
+  }
 }
 
 TEST(Capture, ApplicationShowsItsWindowsAndNothingOfOthers) {

@@ -18,8 +18,7 @@ ApplicationSource::ApplicationSource(const x11::Connection& connection,
                                     XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_change_window_attributes(connection.get(), connection.screen().root, XCB_CW_EVENT_MASK,
                                &kEvents);
-  std::vector<Rectangle> everything;
-  refreshWindows(everything);
+  refreshWindows();
 }
 
 void ApplicationSource::handle(const xcb_generic_event_t& event) {
@@ -80,14 +79,23 @@ bool ApplicationSource::isOurs(const x11::Window& window) const {
   });
 }
 
-std::vector<Rectangle> ApplicationSource::takeChanges() {
-  std::vector<Rectangle> changes;
+void ApplicationSource::askChanges() {
+  isPlaceNew_ = place_.isStale();
+  if (isPlaceNew_) place_.refresh();
+  if (std::exchange(isListStale_, false)) refreshWindows();
   isFirst_ = false;
-  const bool isPlaceNew = place_.isStale();
-  if (isPlaceNew) place_.refresh();
-  if (std::exchange(isListStale_, false)) refreshWindows(changes);
-  collectDamage(changes);
-  if (isPlaceNew) return {x11::wholeOf(size())};
+  for (const auto& each : windows_) each.window->ask();
+  for (const auto& each : windows_) each.window->await();
+}
+
+std::vector<Rectangle> ApplicationSource::takeChanges() {
+  auto changes = std::exchange(changes_, {});
+  for (const auto& each : windows_) {
+    std::vector<Rectangle> damage;
+    each.window->take(damage);
+    for (const auto& area : damage) changes.push_back(area.movedBy(each.frame.x, each.frame.y));
+  }
+  if (isPlaceNew_) return {x11::wholeOf(size())};
   const Rectangle frame = place_.frame();
   for (auto& each : changes) each = intersection(each, frame).movedBy(-frame.x, -frame.y);
   return changes;
@@ -95,7 +103,7 @@ std::vector<Rectangle> ApplicationSource::takeChanges() {
 
 // Lists the windows anew. What moved, came, went or changed its place in the stack changed the
 // content there.
-void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
+void ApplicationSource::refreshWindows() {
   auto listed = x11::listAllWindows(connection_);
   std::erase_if(listed, [this](const x11::Window& each) { return !isOurs(each); });
   std::vector<xcb_window_t> hidden;
@@ -109,16 +117,16 @@ void ApplicationSource::refreshWindows(std::vector<Rectangle>& changes) {
   for (const auto& each : windows_) before.push_back(each.window->id());
   std::vector<Shown> next;
   next.reserve(listed.size());
-  for (const auto& window : listed) next.push_back(takeOver(window, changes));
+  for (const auto& window : listed) next.push_back(takeOver(window));
   for (const auto& each : windows_) {
-    if (each.window) changes.push_back(each.frame);  // gone
+    if (each.window) changes_.push_back(each.frame);  // gone
   }
   windows_ = std::move(next);
   watchHidden(hidden);
   const bool isSameOrder =
       std::ranges::equal(windows_, before, {}, [](const Shown& each) { return each.window->id(); });
   if (isSameOrder) return;
-  for (const auto& each : windows_) changes.push_back(each.frame);
+  for (const auto& each : windows_) changes_.push_back(each.frame);
 }
 
 // The root hears nothing of a window that is shown again inside a frame that stayed.
@@ -132,32 +140,22 @@ void ApplicationSource::watchHidden(const std::vector<xcb_window_t>& hidden) {
   hidden_ = hidden;
 }
 
-ApplicationSource::Shown ApplicationSource::takeOver(const x11::StackedWindow& window,
-                                                     std::vector<Rectangle>& changes) {
+ApplicationSource::Shown ApplicationSource::takeOver(const x11::StackedWindow& window) {
   const auto known = std::ranges::find_if(
       windows_, [&](const Shown& each) { return each.window && each.window->id() == window.id; });
   Shown shown;
   shown.topLevel = window.topLevel;
   shown.frame = window.frame;
   if (known == windows_.end()) {
-    shown.window = std::make_unique<RedirectedWindow>(connection_, window.id);
+    shown.window = std::make_unique<RedirectedWindow>(connection_, window.id, !isFirst_);
     return shown;
   }
   if (known->frame != window.frame) {
-    changes.push_back(known->frame);
-    changes.push_back(window.frame);
+    changes_.push_back(known->frame);
+    changes_.push_back(window.frame);
   }
   shown.window = std::move(known->window);
   return shown;
-}
-
-void ApplicationSource::collectDamage(std::vector<Rectangle>& changes) {
-  for (const auto& each : windows_) each.window->askChanges();
-  for (const auto& each : windows_) {
-    std::vector<Rectangle> damage;
-    each.window->collectChanges(damage);
-    for (const auto& area : damage) changes.push_back(area.movedBy(each.frame.x, each.frame.y));
-  }
 }
 
 std::vector<Layer> ApplicationSource::layers() const {
@@ -165,10 +163,11 @@ std::vector<Layer> ApplicationSource::layers() const {
   const Rectangle frame = place_.frame();
   for (const auto& each : windows_) {
     // A window shows as much as its picture holds, which may still be of its former size.
-    const Size size = each.window->size();
-    if (size.isEmpty()) continue;
-    result.push_back({each.window.get(),
-                      {each.frame.x - frame.x, each.frame.y - frame.y, size.width, size.height}});
+    const auto& picture = each.window->picture();
+    if (!picture) continue;
+    result.push_back(
+        {&*picture,
+         x11::wholeOf(picture->size()).movedBy(each.frame.x - frame.x, each.frame.y - frame.y)});
   }
   return result;
 }

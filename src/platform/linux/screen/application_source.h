@@ -21,6 +21,7 @@ class ApplicationSource final : public Source {
 
   void handle(const xcb_generic_event_t& event) override;
   bool hasChanges() const override;
+  void askChanges() override;
   std::vector<Rectangle> takeChanges() override;
   Size size() const override { return place_.frame().size(); }
   void read(std::span<const Rectangle> areas, const Receiver& receive) override;
@@ -37,10 +38,9 @@ class ApplicationSource final : public Source {
   bool isOurs(const x11::Window& window) const;
   bool isShown(xcb_window_t window) const;
   void handleRoot(const xcb_generic_event_t& event);
-  void refreshWindows(std::vector<Rectangle>& changes);
+  void refreshWindows();
   void watchHidden(const std::vector<xcb_window_t>& hidden);
-  Shown takeOver(const x11::StackedWindow& window, std::vector<Rectangle>& changes);
-  void collectDamage(std::vector<Rectangle>& changes);
+  Shown takeOver(const x11::StackedWindow& window);
   std::vector<Layer> layers() const;
 
   const x11::Connection& connection_;
@@ -50,6 +50,8 @@ class ApplicationSource final : public Source {
   std::vector<xcb_window_t> hidden_;  // ours as well, but not on the screen
   bool isListStale_ = true;
   bool isFirst_ = true;
+  bool isPlaceNew_ = false;
+  std::vector<Rectangle> changes_;  // of the windows' places, relative to the root
   LayeredReader reader_;
 };
 

@@ -50,6 +50,8 @@ CaptureLoop::Wake CaptureLoop::step(Clock::time_point now) {
   if (!composer_.hasFreeFrame()) return now + kStarvedPause;
   nextGrab_ = now + interval_;
   if (source_.hasChanges()) {
+    source_.askChanges();
+    handleQueuedEvents();
     const auto changes = source_.takeChanges();
     composer_.setContentSize(source_.size());
     for (const auto& area : changes) composer_.invalidate(area);
@@ -62,7 +64,8 @@ CaptureLoop::Wake CaptureLoop::step(Clock::time_point now) {
     return now;
   }
   if (picture) deliver_(std::move(picture), now);
-  return source_.wakeAt();
+  // An event that was handled here does not wake the loop.
+  return source_.hasChanges() ? nextGrab_ : source_.wakeAt();
 }
 
 void CaptureLoop::sleep(const Wake& wake) const {

@@ -1,8 +1,8 @@
 #include "platform/linux/screen/damage_watch.h"
 
 #include <xcb/damage.h>
-#include <xcb/xfixes.h>
 
+#include "platform/linux/screen/server_region.h"
 #include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
@@ -28,13 +28,16 @@ bool DamageWatch::handle(const xcb_generic_event_t& event) {
   if (x11::typeOf(event) != notify_) return false;
   const auto& notice = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
   if (notice.damage != damage_) return false;
-  isDamaged_ = true;
+  isDamaged_ |= !isBeforeLastTake(event);
   return true;
 }
 
+bool DamageWatch::isBeforeLastTake(const xcb_generic_event_t& event) const {
+  return static_cast<std::int32_t>(event.full_sequence - taken_) < 0;  // the numbers wrap around
+}
+
 void DamageWatch::ask() {
-  isDamaged_ = false;
-  xcb_damage_subtract(connection_.get(), damage_, XCB_NONE, region_);
+  take();
   asked_ = xcb_xfixes_fetch_region(connection_.get(), region_).sequence;
 }
 
@@ -42,17 +45,13 @@ void DamageWatch::collect(std::vector<x11::Rectangle>& damage) {
   const x11::Reply<xcb_xfixes_fetch_region_reply_t> reply(
       xcb_xfixes_fetch_region_reply(connection_.get(), {asked_}, nullptr));
   if (!reply) return;
-  const auto* rectangles = xcb_xfixes_fetch_region_rectangles(reply.get());
-  const int count = xcb_xfixes_fetch_region_rectangles_length(reply.get());
-  for (int i = 0; i < count; ++i) {
-    const auto& each = rectangles[i];
-    damage.push_back({each.x, each.y, each.width, each.height});
-  }
+  const auto parts = rectanglesIn(*reply);
+  damage.insert(damage.end(), parts.begin(), parts.end());
 }
 
-void DamageWatch::forget() {
+void DamageWatch::take() {
   isDamaged_ = false;
-  xcb_damage_subtract(connection_.get(), damage_, XCB_NONE, XCB_NONE);
+  taken_ = xcb_damage_subtract(connection_.get(), damage_, XCB_NONE, region_).sequence;
 }
 
 }  // namespace vlm::platform::screen

@@ -3,6 +3,7 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
@@ -62,14 +63,16 @@ void DisplaySource::handle(const xcb_generic_event_t& event) {
   if (!damage_.handle(event)) place_.handle(event);
 }
 
-std::vector<Rectangle> DisplaySource::takeChanges() {
-  std::vector<Rectangle> damage;
+void DisplaySource::askChanges() {
   damage_.ask();
-  damage_.collect(damage);
-  if (place_.isStale()) {
-    place_.refresh();
-    return {x11::wholeOf(size())};
-  }
+  damage_.collect(damaged_);
+  isMoved_ = place_.isStale();
+  if (isMoved_) place_.refresh();
+}
+
+std::vector<Rectangle> DisplaySource::takeChanges() {
+  auto damage = std::exchange(damaged_, {});
+  if (isMoved_) return {x11::wholeOf(size())};
   const Rectangle frame = place_.frame();
   for (auto& each : damage) each = intersection(each, frame).movedBy(-frame.x, -frame.y);
   return damage;

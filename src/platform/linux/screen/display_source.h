@@ -43,6 +43,7 @@ class DisplaySource final : public Source {
 
   void handle(const xcb_generic_event_t& event) override;
   bool hasChanges() const override { return place_.isStale() || damage_.isDamaged(); }
+  void askChanges() override;
   std::vector<Rectangle> takeChanges() override;
   Size size() const override { return place_.frame().size(); }
   void read(std::span<const Rectangle> areas, const Receiver& receive) override;
@@ -53,6 +54,8 @@ class DisplaySource final : public Source {
   const x11::Connection& connection_;
   MonitorPlace place_;
   DamageWatch damage_;
+  std::vector<Rectangle> damaged_;  // as of the last askChanges()
+  bool isMoved_ = false;
   ImageReader reader_;
 };
 

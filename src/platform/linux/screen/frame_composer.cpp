@@ -39,7 +39,13 @@ FrameComposer::FrameComposer(Size output, std::size_t depth)
   if (!convertedRows_) throw std::bad_alloc();
 }
 
+// Pictures have even sizes. Of a content that is one pixel larger the last column or row is left
+// out: scaled, every pixel of it would be blurred.
 void FrameComposer::setContentSize(Size content) {
+  const auto isOneMore = [](int length, int output) { return length - output == 1; };
+  const Size even{content.width - (isOneMore(content.width, output_.width) ? 1 : 0),
+                  content.height - (isOneMore(content.height, output_.height) ? 1 : 0)};
+  if (even == output_) content = even;
   if (content == content_) return;
   content_ = content;
   scaler_.reset();

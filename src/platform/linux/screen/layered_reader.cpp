@@ -8,7 +8,7 @@ namespace vlm::platform::screen {
 namespace {
 
 bool hides(const Layer& layer, const Rectangle& area) {
-  return !layer.window->isTranslucent() && !layer.window->shape() &&
+  return !layer.picture->isTranslucent() && !layer.picture->parts() &&
          intersection(layer.frame, area) == area;
 }
 
@@ -24,9 +24,9 @@ void LayeredReader::read(std::span<const Layer> layers, std::span<const Rectangl
   for (std::size_t i = 0; i < areas.size(); ++i) addPieces(layers, areas[i], i);
   std::vector<ImageReader::Request> requests;
   for (const auto& piece : pieces_) {
-    const auto& [window, frame] = *piece.layer;
-    requests.push_back({window->pixmap(), piece.place.movedBy(window->border() - frame.x,
-                                                              window->border() - frame.y)});
+    const auto& [picture, frame] = *piece.layer;
+    requests.push_back(
+        {picture->pixmap(), picture->inPixmap(piece.place.movedBy(-frame.x, -frame.y))});
   }
   const auto views = reader_.read(requests);
   for (std::size_t i = 0, first = 0; i < areas.size(); ++i) {
@@ -55,7 +55,7 @@ void LayeredReader::addPieces(std::span<const Layer> layers, const Rectangle& ar
 PixelView LayeredReader::compose(const Rectangle& area, std::span<const Piece> pieces,
                                  std::span<const PixelView> views) {
   const bool isOnePiece = pieces.size() == 1 && pieces[0].place == area &&
-                          !pieces[0].layer->window->shape() && views[0].data != nullptr;
+                          !pieces[0].layer->picture->parts() && views[0].data != nullptr;
   if (isOnePiece) return views[0];
   canvas_.assign(bytesOf(area.width) * static_cast<std::size_t>(area.height), 0);
   for (std::size_t i = 0; i < pieces.size(); ++i) {
@@ -74,18 +74,18 @@ void LayeredReader::draw(const Rectangle& area, const Piece& piece, const PixelV
                bytesOf(part.x - area.x);
     const auto fromStride = static_cast<int>(pixels.bytesPerRow);
     const auto toStride = static_cast<int>(bytesPerRow);
-    if (piece.layer->window->isTranslucent()) {
+    if (piece.layer->picture->isTranslucent()) {
       libyuv::ARGBBlend(from, fromStride, to, toStride, to, toStride, part.width, part.height);
     } else {
       libyuv::ARGBCopy(from, fromStride, to, toStride, part.width, part.height);
     }
   };
-  const auto& shape = piece.layer->window->shape();
-  if (!shape) {
+  const auto& parts = piece.layer->picture->parts();
+  if (!parts) {
     paint(piece.place);
     return;
   }
-  for (const auto& part : *shape) {
+  for (const auto& part : *parts) {
     const auto& frame = piece.layer->frame;
     const Rectangle shown = intersection(part.movedBy(frame.x, frame.y), piece.place);
     if (!shown.isEmpty()) paint(shown);

@@ -5,14 +5,14 @@
 #include <vector>
 
 #include "platform/linux/screen/image_reader.h"
-#include "platform/linux/screen/redirected_window.h"
 #include "platform/linux/screen/source.h"
+#include "platform/linux/screen/window_picture.h"
 
 namespace vlm::platform::screen {
 
-// A window at its place in the content.
+// A window's picture at its place in the content.
 struct Layer {
-  const RedirectedWindow* window = nullptr;
+  const WindowPicture* picture = nullptr;
   Rectangle frame;
 };
 

@@ -6,53 +6,65 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/screen/repaint.h"
 #include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
-#include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::screen {
 namespace {
 
 using namespace std::chrono_literals;
 
-// Painting is taken for done when nothing was painted for a while. A window that never rests, and
-// one that has nothing to paint, are shown after the limit.
+// Painting is taken for done when nothing was painted for a while. A window that never rests is
+// shown after the limit.
 constexpr auto kRepaintPause = 15ms;
 constexpr auto kRepaintLimit = 150ms;
+// The server calls a new picture damaged as a whole, painted or not, once it has nothing else to
+// do.
+constexpr auto kFalseDamage = 10ms;
+// An owner who painted nothing by then may have done it before it could be noticed.
+constexpr auto kMissedLimit = 40ms;
 
 constexpr std::uint32_t kEvents =
     XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_VISIBILITY_CHANGE;
 
+// True when the server made the event before it served the request of this number.
+bool isBefore(const xcb_generic_event_t& event, std::uint32_t request) {
+  return static_cast<std::int32_t>(event.full_sequence - request) < 0;  // the numbers wrap around
+}
+
 }  // namespace
 
-RedirectedWindow::RedirectedWindow(const x11::Connection& connection, xcb_window_t window)
+RedirectedWindow::RedirectedWindow(const x11::Connection& connection, xcb_window_t window,
+                                   bool isNew)
     : connection_(connection),
       window_(window),
-      hasShape_(x11::supports(connection, x11::Extension::shape)) {
+      hasShape_(x11::supports(connection, x11::Extension::shape)),
+      damage_(connection, window),
+      unpainted_(connection) {
   auto* c = connection_.get();
   xcb_change_window_attributes(c, window_, XCB_CW_EVENT_MASK, &kEvents);
   if (hasShape_) xcb_shape_select_input(c, window_, 1);
-  const bool wasRedirected = namePixmap();
-  releasePixmap();
-  xcb_composite_redirect_window(c, window_, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
-  damage_.emplace(connection_, window_);
-  if (!wasRedirected) {
-    const auto now = Clock::now();
-    repaint_ = {now + kRepaintLimit, now + kRepaintLimit};
-    damage_->forget();  // that of the whole window, which every watch begins with
-  }
+  redirect(isNew);
 }
 
 RedirectedWindow::~RedirectedWindow() {
-  damage_.reset();
-  releasePixmap();
   constexpr std::uint32_t kNoEvents = XCB_EVENT_MASK_NO_EVENT;
   xcb_change_window_attributes(connection_.get(), window_, XCB_CW_EVENT_MASK, &kNoEvents);
   xcb_composite_unredirect_window(connection_.get(), window_, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
 }
 
+// What others covered until now is not painted. The server announces it when there is such a part.
+void RedirectedWindow::redirect(bool isNew) {
+  damage_.take();  // that of the whole window, which every watch begins with
+  redirected_ =
+      xcb_composite_redirect_window(connection_.get(), window_, XCB_COMPOSITE_REDIRECT_AUTOMATIC)
+          .sequence;
+  if (isNew) beginWait();
+}
+
 void RedirectedWindow::handle(const xcb_generic_event_t& event) {
-  if (damage_->handle(event)) {
+  if (damage_.handle(event)) {
     handleDamage();
   } else {
     handleStructure(event);
@@ -60,10 +72,14 @@ void RedirectedWindow::handle(const xcb_generic_event_t& event) {
 }
 
 void RedirectedWindow::handleDamage() {
-  const bool isFirst = !std::exchange(sawFirstDamage_, true);
-  if (!repaint_ || isFirst) return;
-  damage_->forget();
-  repaint_->due = std::min(Clock::now() + kRepaintPause, repaint_->limit);
+  if (!wait_ || !damage_.isDamaged()) return;
+  if (Clock::now() < wait_->countsFrom) {
+    damage_.take();
+    return;
+  }
+  takePainted();
+  wait_->sawDamage = true;
+  wait_->due = std::min(Clock::now() + kRepaintPause, wait_->limit);
 }
 
 void RedirectedWindow::handleStructure(const xcb_generic_event_t& event) {
@@ -73,103 +89,117 @@ void RedirectedWindow::handleStructure(const xcb_generic_event_t& event) {
   const int type = x11::typeOf(event);
   if (type == XCB_CONFIGURE_NOTIFY) {
     const auto& notice = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
-    if (isOurs(notice) &&
-        (Size{notice.width, notice.height} != size_ || notice.border_width != border_)) {
-      isStale_ = true;
+    const Outline outline{{notice.width, notice.height}, notice.border_width};
+    if (!isOurs(notice)) return;
+    if (std::exchange(outline_, outline) != outline) {
+      handleNewPicture(event);
+    } else {
+      handleMove(event);
     }
   } else if (type == XCB_MAP_NOTIFY) {
-    isStale_ |= isOurs(reinterpret_cast<const xcb_map_notify_event_t&>(event));
+    if (isOurs(reinterpret_cast<const xcb_map_notify_event_t&>(event))) handleNewPicture(event);
   } else if (type == XCB_UNMAP_NOTIFY) {
-    isStale_ |= isOurs(reinterpret_cast<const xcb_unmap_notify_event_t&>(event));
+    if (!isOurs(reinterpret_cast<const xcb_unmap_notify_event_t&>(event))) return;
+    isStale_ = true;
+    wait_.reset();
   } else if (type == XCB_DESTROY_NOTIFY) {
     isClosed_ |= isOurs(reinterpret_cast<const xcb_destroy_notify_event_t&>(event));
   } else if (type == XCB_VISIBILITY_NOTIFY) {
     // Comes also when a window above it in the tree is shown again, with a new picture for this.
-    isStale_ |= reinterpret_cast<const xcb_visibility_notify_event_t&>(event).window == window_;
+    const auto& notice = reinterpret_cast<const xcb_visibility_notify_event_t&>(event);
+    if (notice.window == window_) handleNewPicture(event);
   } else if (hasShape_ &&
              type == x11::firstEventOf(connection_, x11::Extension::shape) + XCB_SHAPE_NOTIFY) {
     isStale_ |= reinterpret_cast<const xcb_shape_notify_event_t&>(event).affected_window == window_;
   }
 }
 
+void RedirectedWindow::handleNewPicture(const xcb_generic_event_t& event) {
+  if (isBefore(event, redirected_)) return;
+  // A wait that began after the new picture was there covers it.
+  if (!wait_ || !damage_.isBeforeLastTake(event)) beginWait();
+}
+
+// A moved window is called damaged, too.
+void RedirectedWindow::handleMove(const xcb_generic_event_t& event) {
+  const bool isUnfinished = wait_ || (picture_ && picture_->isUnfinished());
+  if (!isUnfinished || damage_.isBeforeLastTake(event)) return;
+  beginWait();
+}
+
+// Damage of before belongs to the former picture or is what the server calls damaged when it makes
+// a new one. It is dropped, and with it what a quick owner has painted by now.
+void RedirectedWindow::beginWait() {
+  isStale_ = true;
+  mayHaveMissed_ = true;
+  damage_.take();
+  unpainted_.fill();
+  const auto now = Clock::now();
+  wait_ = {now + kMissedLimit, now + kRepaintLimit, now + kFalseDamage};
+}
+
+void RedirectedWindow::takePainted() {
+  damage_.take();
+  unpainted_.subtract(damage_.region());
+}
+
+void RedirectedWindow::askForRepaint() {
+  isStale_ = true;
+  mayHaveMissed_ = false;
+  const auto inside = windowsIn(connection_, window_);
+  damage_.take();
+  exposeAnew(connection_, inside);
+  const auto now = Clock::now();
+  wait_ = {now + kRepaintLimit, now + kRepaintLimit, now};
+}
+
 bool RedirectedWindow::hasChanges() const {
   if (isClosed_) return false;
-  if (repaint_ && Clock::now() < repaint_->due) return false;
-  return repaint_ || isStale_ || damage_->isDamaged();
+  if (wait_ && Clock::now() < wait_->due) return false;
+  return wait_ || isStale_ || damage_.isDamaged();
 }
 
 std::optional<Clock::time_point> RedirectedWindow::wakeAt() const {
-  if (isClosed_ || !repaint_) return std::nullopt;
-  return repaint_->due;
+  if (isClosed_ || !wait_) return std::nullopt;
+  return wait_->due;
 }
 
-void RedirectedWindow::askChanges() {
+void RedirectedWindow::ask() {
   if (!hasChanges()) return;
-  if (isStale_ || repaint_) {
-    repaint_.reset();
-    refresh();
+  if (wait_ && !wait_->sawDamage && mayHaveMissed_) {
+    askForRepaint();
+    return;
   }
   isAsked_ = true;
-  damage_->ask();
-}
-
-void RedirectedWindow::collectChanges(std::vector<Rectangle>& changes) {
-  if (!std::exchange(isAsked_, false)) return;
-  damage_->collect(changes);
-  if (std::exchange(isWholeChanged_, false)) changes.push_back(x11::wholeOf(size_));
-}
-
-bool RedirectedWindow::namePixmap() {
-  const xcb_pixmap_t pixmap = xcb_generate_id(connection_.get());
-  const x11::Reply<xcb_generic_error_t> refused(xcb_request_check(
-      connection_.get(),
-      xcb_composite_name_window_pixmap_checked(connection_.get(), window_, pixmap)));
-  if (refused || connection_.isLost()) return false;
-  pixmap_ = pixmap;
-  return true;
-}
-
-void RedirectedWindow::releasePixmap() {
-  if (pixmap_ != XCB_NONE) xcb_free_pixmap(connection_.get(), pixmap_);
-  pixmap_ = XCB_NONE;
-}
-
-void RedirectedWindow::refresh() {
+  isRenewing_ = isStale_ || wait_ || (picture_ && picture_->isUnfinished());
+  wait_.reset();
   isStale_ = false;
-  isWholeChanged_ = true;
-  size_ = {};
-  releasePixmap();
-  if (!namePixmap()) return;  // not shown
-  auto* c = connection_.get();
-  const auto inside = xcb_get_geometry(c, window_);
-  const auto whole = xcb_get_geometry(c, pixmap_);
-  const x11::Reply<xcb_get_geometry_reply_t> window(xcb_get_geometry_reply(c, inside, nullptr));
-  const x11::Reply<xcb_get_geometry_reply_t> pixmap(xcb_get_geometry_reply(c, whole, nullptr));
-  if (!window || !pixmap) return;
-  // The window may be of another size again by now; what is read is the pixmap.
-  border_ = window->border_width;
-  size_ = {pixmap->width - 2 * border_, pixmap->height - 2 * border_};
-  isTranslucent_ = pixmap->depth == kTranslucentDepth;
-  readShape();
+  if (isRenewing_) next_ = WindowPicture::of(connection_, window_);
+  damage_.ask();
+  unpainted_.subtract(damage_.region());
 }
 
-void RedirectedWindow::readShape() {
-  shape_.reset();
-  if (!hasShape_) return;
-  auto* c = connection_.get();
-  const auto askedExtents = xcb_shape_query_extents(c, window_);
-  const auto askedParts = xcb_shape_get_rectangles(c, window_, XCB_SHAPE_SK_BOUNDING);
-  const x11::Reply<xcb_shape_query_extents_reply_t> extents(
-      xcb_shape_query_extents_reply(c, askedExtents, nullptr));
-  const x11::Reply<xcb_shape_get_rectangles_reply_t> parts(
-      xcb_shape_get_rectangles_reply(c, askedParts, nullptr));
-  if (!extents || !parts || extents->bounding_shaped == 0) return;
-  shape_.emplace();
-  const auto* first = xcb_shape_get_rectangles_rectangles(parts.get());
-  for (int i = 0; i < xcb_shape_get_rectangles_rectangles_length(parts.get()); ++i) {
-    const Rectangle part{first[i].x, first[i].y, first[i].width, first[i].height};
-    shape_->push_back(intersection(part, x11::wholeOf(size_)));
+void RedirectedWindow::await() {
+  if (!isAsked_) return;
+  damage_.collect(damaged_);
+  if (next_) next_->limitTo(window_, unpainted_);
+}
+
+void RedirectedWindow::take(std::vector<Rectangle>& changes) {
+  if (!std::exchange(isAsked_, false)) return;
+  const auto damaged = std::exchange(damaged_, {});
+  auto next = std::exchange(next_, std::nullopt);
+  if (isRenewing_ && !isStale_) {  // else the answers mix two pictures
+    if (next && next->isUnfinished() && mayHaveMissed_) {
+      askForRepaint();
+      return;
+    }
+    picture_ = std::move(next);
+    if (picture_) changes.push_back(x11::wholeOf(picture_->size()));
+    return;
   }
+  if (!picture_) return;
+  for (const auto& each : damaged) changes.push_back(picture_->inPicture(each));
 }
 
 }  // namespace vlm::platform::screen

@@ -40,7 +40,10 @@ class Source {
   virtual void handle(const xcb_generic_event_t& event) = 0;
   // True when takeChanges() would find something now.
   virtual bool hasChanges() const = 0;
-  // Where the content changed since the last call; everything after a change of size.
+  // Asks the server what changed and waits for the answers. Every event that came along with them
+  // is handled before takeChanges() is called, so that it knows what the answers are worth.
+  virtual void askChanges() = 0;
+  // Where the content changed before askChanges(); everything after a change of size.
   virtual std::vector<Rectangle> takeChanges() = 0;
   // The content's size as of the last takeChanges(); empty while there is nothing to be seen.
   virtual Size size() const = 0;

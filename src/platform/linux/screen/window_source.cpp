@@ -3,17 +3,23 @@
 namespace vlm::platform::screen {
 
 WindowSource::WindowSource(const x11::Connection& connection, xcb_window_t window)
-    : window_(connection, window), reader_(connection) {}
+    : window_(connection, window, false), reader_(connection) {}
+
+void WindowSource::askChanges() {
+  window_.ask();
+  window_.await();
+}
 
 std::vector<Rectangle> WindowSource::takeChanges() {
   std::vector<Rectangle> changes;
-  window_.askChanges();
-  window_.collectChanges(changes);
+  window_.take(changes);
   return changes;
 }
 
 void WindowSource::read(std::span<const Rectangle> areas, const Receiver& receive) {
-  const Layer layer{&window_, x11::wholeOf(window_.size())};
+  const auto& picture = window_.picture();
+  if (!picture) return;
+  const Layer layer{&*picture, x11::wholeOf(picture->size())};
   reader_.read({&layer, 1}, areas, receive);
 }
 

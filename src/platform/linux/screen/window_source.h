@@ -14,8 +14,9 @@ class WindowSource final : public Source {
 
   void handle(const xcb_generic_event_t& event) override { window_.handle(event); }
   bool hasChanges() const override { return window_.hasChanges(); }
+  void askChanges() override;
   std::vector<Rectangle> takeChanges() override;
-  Size size() const override { return window_.size(); }
+  Size size() const override { return window_.picture() ? window_.picture()->size() : Size{}; }
   void read(std::span<const Rectangle> areas, const Receiver& receive) override;
   std::optional<Clock::time_point> wakeAt() const override { return window_.wakeAt(); }
   std::optional<std::string> ended() const override;
