@@ -94,7 +94,8 @@ void noteBlock(const float* samples, int32_t count, void* user) {
 std::shared_ptr<AVAudioPCMBuffer> tapped(double rate, std::uint32_t channels,
                                          std::uint32_t frames) {
   auto buffer = AVAudioPCMBuffer::initWithPCMFormat(
-      {platform::AVAudioCommonFormat::pcmFloat32, rate, channels, false}, frames);
+      platform::makeAudioFormat({platform::AVAudioCommonFormat::pcmFloat32, rate, channels, false}),
+      frames);
   buffer->setFrameLength(frames);
   for (std::uint32_t channel = 0; channel < channels; ++channel) {
     std::fill_n(buffer->floatChannelData(channel), frames, static_cast<float>(channel));
@@ -176,9 +177,17 @@ TEST(Microphone, ThatCannotRunIsNullInSilence) {
     EXPECT_EQ(vlm_audio_in_start(nullptr, noteBlock, &machine), nullptr);
   }
   machine.audio.inputFormat = {platform::AVAudioCommonFormat::pcmFloat32, 48000, 1, false};
-  machine.refuse("AVAudioEngine start", "busy");
+  for (const char* refused : {"AVAudioEngine start", "installTapOnBus"}) {
+    machine.refuse(refused, "busy");
+    EXPECT_EQ(vlm_audio_in_start(nullptr, noteBlock, &machine), nullptr) << refused;
+  }
+  for (const char* refused : {"AVAudioEngine start", "connect to mainMixerNode"}) {
+    machine.refuse(refused, "busy");
+    EXPECT_EQ(vlm_audio_out_start(nullptr, 2), nullptr) << refused;
+  }
+  machine.answerNothing("inputFormatForBus");
   EXPECT_EQ(vlm_audio_in_start(nullptr, noteBlock, &machine), nullptr);
-  machine.refuse("AVAudioEngine start", "busy");
+  machine.answerNothing("AVAudioSourceNode");
   EXPECT_EQ(vlm_audio_out_start(nullptr, 2), nullptr);
   for (const auto& engine : machine.audio.engines) EXPECT_TRUE(engine.expired());
   EXPECT_TRUE(machine.takeLog().empty());

@@ -178,8 +178,8 @@ TEST(Threads, SoundIsWrittenRenderedTappedAndStoppedAtOnce) {
     std::thread platformThread([&] {
       std::vector<float> left(512), right(512);
       const platform::AudioBuffer list[] = {{1, 2048, left.data()}, {1, 2048, right.data()}};
-      const auto tapped =
-          platform::AVAudioPCMBuffer::initWithPCMFormat(machine.audio.inputFormat, 960);
+      const auto tapped = platform::AVAudioPCMBuffer::initWithPCMFormat(
+          platform::makeAudioFormat(machine.audio.inputFormat), 960);
       tapped->setFrameLength(960);
       for (int i = 0; i < 40; ++i) {
         output->render(512, list);
