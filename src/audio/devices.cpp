@@ -1,6 +1,7 @@
 #include "audio/devices.h"
 
 #include <cstddef>
+#include <numeric>
 #include <span>
 #include <utility>
 
@@ -9,7 +10,6 @@
 namespace vlm::audio {
 namespace {
 
-using platform::AudioBuffer;
 using platform::AudioDeviceID;
 using platform::AudioObjectPropertyAddress;
 using platform::noErr;
@@ -26,22 +26,9 @@ AudioObjectPropertyAddress configurationOf(Direction direction) {
           platform::kAudioObjectPropertyElementMain};
 }
 
-// The property as an array of records, as many as fit into its size; empty when it can't be read.
-template <class Record>
-std::vector<Record> records(platform::AudioObjectID object,
-                            const AudioObjectPropertyAddress& address) {
-  std::uint32_t size = 0;
-  if (platform::AudioObjectGetPropertyDataSize(object, address, size) != noErr) return {};
-  std::vector<Record> result(size / sizeof(Record));
-  if (result.empty()) return {};
-  const auto bytes = std::as_writable_bytes(std::span(result));
-  if (platform::AudioObjectGetPropertyData(object, address, bytes, size) != noErr) return {};
-  return result;
-}
-
 std::optional<std::string> text(AudioDeviceID device, std::uint32_t selector) {
   std::optional<std::string> value;
-  if (platform::AudioObjectGetPropertyText(device, globalProperty(selector), value) != noErr) {
+  if (platform::helpers::propertyText(device, globalProperty(selector), value) != noErr) {
     return std::nullopt;
   }
   return value;
@@ -50,16 +37,23 @@ std::optional<std::string> text(AudioDeviceID device, std::uint32_t selector) {
 }  // namespace
 
 std::vector<AudioDeviceID> audioDeviceIDs() {
-  return records<AudioDeviceID>(platform::kAudioObjectSystemObject,
-                                globalProperty(platform::kAudioHardwarePropertyDevices));
+  const auto address = globalProperty(platform::kAudioHardwarePropertyDevices);
+  constexpr auto kSystem = platform::kAudioObjectSystemObject;
+  std::uint32_t size = 0;
+  if (platform::AudioObjectGetPropertyDataSize(kSystem, address, size) != noErr) return {};
+  std::vector<AudioDeviceID> devices(size / sizeof(AudioDeviceID));
+  if (devices.empty()) return {};
+  const auto bytes = std::as_writable_bytes(std::span(devices));
+  if (platform::AudioObjectGetPropertyData(kSystem, address, bytes, size) != noErr) return {};
+  return devices;
 }
 
 std::int64_t channelCount(AudioDeviceID device, Direction direction) {
-  std::int64_t channels = 0;
-  for (const auto& buffer : records<AudioBuffer>(device, configurationOf(direction))) {
-    channels += buffer.mNumberChannels;
+  std::vector<std::uint32_t> streams;
+  if (platform::helpers::streamChannels(device, configurationOf(direction), streams) != noErr) {
+    return 0;
   }
-  return channels;
+  return std::accumulate(streams.begin(), streams.end(), std::int64_t{0});
 }
 
 std::optional<AudioDeviceID> findDevice(const std::optional<std::string>& uid,

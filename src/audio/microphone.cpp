@@ -15,13 +15,16 @@ constexpr std::uint32_t kBus = 0;
 constexpr std::uint32_t kTapFrames = 960;
 // Frames that a converter may give beyond the ratio of the rates, from what it kept back before.
 constexpr std::uint32_t kHeadroomFrames = 64;
-constexpr platform::AVAudioFormat kOutFormat{platform::AVAudioCommonFormat::pcmFloat32, 48000, 1,
-                                             true};
+constexpr double kOutRate = 48000;
 
 }  // namespace
 
 MicCapture::MicCapture(vlm_mic_cb cb, void* user)
-    : engine_(platform::AVAudioEngine::make()), cb_(cb), user_(user) {}
+    : engine_(platform::AVAudioEngine::make()),
+      outFormat_(platform::AVAudioFormat::initWithCommonFormat(
+          platform::AVAudioCommonFormat::pcmFloat32, kOutRate, 1, true)),
+      cb_(cb),
+      user_(user) {}
 
 std::shared_ptr<MicCapture> MicCapture::start(const std::optional<std::string>& deviceUid,
                                               vlm_mic_cb cb, void* user) {
@@ -30,26 +33,26 @@ std::shared_ptr<MicCapture> MicCapture::start(const std::optional<std::string>& 
 }
 
 bool MicCapture::startEngine(const std::optional<std::string>& deviceUid) {
-  if (!engine_) return false;
+  if (!engine_ || !outFormat_) return false;
   auto& input = engine_->inputNode();
   // Before the format is read, which is the chosen device's then.
   chooseDevice(input.audioUnit(), findDevice(deviceUid, Direction::input));
   const auto format = input.inputFormatForBus(kBus);
-  if (!(format.sampleRate > 0) || format.channelCount == 0) return false;
-  converter_ = platform::AVAudioConverter::initFromFormat(format, kOutFormat);
+  if (!format || !(format->sampleRate() > 0) || format->channelCount() == 0) return false;
+  converter_ = platform::AVAudioConverter::initFromFormat(format, outFormat_);
   const auto block = [weak = weak_from_this()](const std::shared_ptr<AVAudioPCMBuffer>& buffer) {
     if (const auto self = weak.lock()) frame::guarded([&] { self->delivery(buffer); });
   };
-  input.installTapOnBus(kBus, kTapFrames, format, block);
+  if (input.installTapOnBus(kBus, kTapFrames, format, block)) return false;
   engine_->prepare();
   return !engine_->start();
 }
 
 void MicCapture::delivery(const std::shared_ptr<AVAudioPCMBuffer>& tapped) const {
   if (!converter_) return;
-  const double ratio = kOutFormat.sampleRate / tapped->format().sampleRate;
+  const double ratio = kOutRate / tapped->format().sampleRate();
   const auto expected = static_cast<std::uint32_t>(tapped->frameLength() * ratio);
-  const auto output = AVAudioPCMBuffer::initWithPCMFormat(kOutFormat, expected + kHeadroomFrames);
+  const auto output = AVAudioPCMBuffer::initWithPCMFormat(outFormat_, expected + kHeadroomFrames);
   if (!output) return;
   // Never the end of the stream: what the converter keeps back comes with the next buffer.
   const auto once = [next = tapped](platform::AVAudioConverterInputStatus& status) mutable {

@@ -28,6 +28,7 @@ class MicCapture final : public frame::HandleObject<MicCapture> {
   void delivery(const std::shared_ptr<platform::AVAudioPCMBuffer>& tapped) const;
 
   const std::shared_ptr<platform::AVAudioEngine> engine_;
+  const platform::AVAudioFormatPtr outFormat_;  // what the host gets
   // Null when there is no conversion from the device's format: then nothing is ever delivered.
   std::shared_ptr<platform::AVAudioConverter> converter_;
   const vlm_mic_cb cb_;

@@ -22,8 +22,10 @@ std::shared_ptr<Playback> Playback::start(const std::optional<std::string>& devi
 
 bool Playback::startEngine(const std::optional<std::string>& deviceUid) {
   if (!engine_) return false;
-  const platform::AVAudioFormat format{platform::AVAudioCommonFormat::pcmFloat32, kSampleRate,
-                                       static_cast<std::uint32_t>(ring_.channels()), false};
+  const auto format = platform::AVAudioFormat::initWithCommonFormat(
+      platform::AVAudioCommonFormat::pcmFloat32, kSampleRate,
+      static_cast<std::uint32_t>(ring_.channels()), false);
+  if (!format) return false;
   source_ = platform::AVAudioSourceNode::initWithFormat(
       format,
       [weak = weak_from_this()](bool&, std::uint32_t frames,
@@ -31,8 +33,9 @@ bool Playback::startEngine(const std::optional<std::string>& deviceUid) {
         if (const auto self = weak.lock()) self->ring_.render(frames, buffers);
         return platform::noErr;
       });
+  if (!source_) return false;
   engine_->attachNode(source_);
-  engine_->connectToMainMixer(*source_, format);
+  if (engine_->connectToMainMixer(*source_, format)) return false;
   chooseDevice(engine_->outputNode().audioUnit(), findDevice(deviceUid, Direction::output));
   engine_->prepare();
   return !engine_->start();

@@ -14,7 +14,7 @@ float clampedVolume(double volume) {
 }  // namespace
 
 std::shared_ptr<SoundEffect> SoundEffect::open(const std::string& path) {
-  auto player = platform::AVAudioPlayer::initWithContentsOfFile(path);
+  auto player = platform::helpers::audioPlayerOfFile(path);
   if (!player) return nullptr;
   player->prepareToPlay();
   return std::make_shared<SoundEffect>(std::move(player));

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -48,9 +49,9 @@ std::vector<float> interleave(std::span<const AudioBuffer> buffers, const Shape&
 
 void forwardAudio(platform::CMSampleBuffer& sample, vlm_audio_cb audioCb, void* user) {
   const auto* format = platform::CMSampleBufferGetFormatDescription(sample);
-  const auto* description =
-      format ? platform::CMAudioFormatDescriptionGetStreamBasicDescription(*format) : nullptr;
-  if (description == nullptr) return;
+  const auto description =
+      format ? platform::CMAudioFormatDescriptionGetStreamBasicDescription(*format) : std::nullopt;
+  if (!description) return;
   const Shape shape{static_cast<std::int32_t>(platform::CMSampleBufferGetNumSamples(sample)),
                     static_cast<std::int32_t>(description->mChannelsPerFrame),
                     wholeRate(description->mSampleRate)};

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "frame/guard.h"
 #include "frame/log.h"
 #include "frame/media_time.h"
 
@@ -73,7 +74,6 @@ bool VlmDecoder::rebuildSessionIfNeeded() {
     dropSession();
     return false;
   }
-  ended_ = nullptr;
   return true;
 }
 
@@ -86,22 +86,25 @@ OSStatus VlmDecoder::createSession() {
       {std::string(platform::kCVPixelBufferIOSurfacePropertiesKey), CFDictionary{}},
       {std::string(platform::kCVPixelBufferMetalCompatibilityKey), true},
   };
-  return platform::VTDecompressionSessionCreate(formatDesc_, attributes, ended_, session_);
+  return platform::VTDecompressionSessionCreate(formatDesc_, attributes, session_);
 }
 
 bool VlmDecoder::submit(ByteView bytes, std::int64_t ptsNs) {
   auto sample = makeSample(bytes, formatDesc_, ptsNs);
   if (!sample) return false;
-  const auto deliver = [weak = weak_from_this()](OSStatus status, platform::VTDecodeInfoFlags,
-                                                 Ref<CVPixelBuffer> image, CMTime pts, CMTime) {
-    const auto self = weak.lock();
-    if (self && status == noErr && image) {
-      self->cb_(image.get(), static_cast<std::int32_t>(platform::CVPixelBufferGetWidth(*image)),
-                static_cast<std::int32_t>(platform::CVPixelBufferGetHeight(*image)),
-                frame::nanoseconds(pts), self->user_);
-    } else if (status != noErr) {
-      frame::log("decode output status ", status);
-    }
+  const auto deliver = [weak = weak_from_this(), place = order_->append()](
+                           OSStatus status, platform::VTDecodeInfoFlags, Ref<CVPixelBuffer> image,
+                           CMTime pts, CMTime) {
+    frame::guarded([&] {
+      place->deliver([weak, status, image = std::move(image), pts] {
+        const auto self = weak.lock();
+        if (self && status == noErr && image) {
+          self->show(*image, pts);
+        } else if (status != noErr) {
+          frame::log("decode output status ", status);
+        }
+      });
+    });
   };
   constexpr auto kFlags = platform::kVTDecodeFrame_EnableAsynchronousDecompression |
                           platform::kVTDecodeFrame_1xRealTimePlayback;
@@ -115,20 +118,28 @@ bool VlmDecoder::submit(ByteView bytes, std::int64_t ptsNs) {
   return false;
 }
 
+void VlmDecoder::show(CVPixelBuffer& image, CMTime pts) const {
+  cb_(&image, static_cast<std::int32_t>(platform::CVPixelBufferGetWidth(image)),
+      static_cast<std::int32_t>(platform::CVPixelBufferGetHeight(image)), frame::nanoseconds(pts),
+      user_);
+}
+
 void VlmDecoder::flush() {
-  const auto& last = session_ ? session_ : ended_;
-  if (last) platform::VTDecompressionSessionWaitForAsynchronousFrames(*last);
+  // Of a session that can't be waited for it is not known whether its frames still come.
+  if (session_ && platform::VTDecompressionSessionWaitForAsynchronousFrames(*session_) != noErr) {
+    return;
+  }
+  order_->wait();
 }
 
 void VlmDecoder::destroy() {
   flush();
   if (session_) platform::VTDecompressionSessionInvalidate(*session_);
   dropSession();
-  ended_ = nullptr;
 }
 
 void VlmDecoder::dropSession() {
-  if (session_) ended_ = std::move(session_);
+  session_ = nullptr;
   formatDesc_ = nullptr;
 }
 

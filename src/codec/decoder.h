@@ -1,17 +1,19 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
+#include <memory>
 
 #include "VelmoraMacNative.h"
 #include "codec/bitstream.h"
+#include "codec/delivery_order.h"
 #include "frame/handle.h"
 #include "platform/video_toolbox.h"
 
 namespace vlm::codec {
 
 // One H.264 decoder over a decompression session of the platform, rebuilt when the stream's
-// parameter sets change. Used by one thread at a time; frames arrive on a thread of the session.
+// parameter sets change. Used by one thread at a time. Frames arrive on a thread of a session, in
+// the order of submission and one at a time, whichever session they come from.
 class VlmDecoder final : public frame::HandleObject<VlmDecoder> {
  public:
   // `cb` is never null. Makes no platform call until the first access unit.
@@ -30,10 +32,11 @@ class VlmDecoder final : public frame::HandleObject<VlmDecoder> {
   bool rebuildSessionIfNeeded();
   platform::OSStatus createSession();
   bool submit(ByteView sample, std::int64_t ptsNs);
+  void show(platform::CVPixelBuffer& image, platform::CMTime pts) const;
   void dropSession();
 
-  // What ended while its frames were in flight, until another session goes on after it.
-  platform::Ref<platform::VTDecompressionSession> ended_;
+  // Holds the frames of all sessions, also of those that ended while frames were in flight.
+  const std::shared_ptr<DeliveryOrder> order_ = std::make_shared<DeliveryOrder>();
   // Both present or both absent between calls.
   platform::Ref<platform::VTDecompressionSession> session_;
   platform::Ref<platform::CMFormatDescription> formatDesc_;

@@ -13,19 +13,30 @@ namespace vlm::platform {
 
 enum class AVAudioCommonFormat : std::uint32_t { other = 0, pcmFloat32 = 1 };
 
-struct AVAudioFormat {
-  AVAudioCommonFormat commonFormat = AVAudioCommonFormat::pcmFloat32;
-  double sampleRate = 0;
-  std::uint32_t channelCount = 0;
-  bool interleaved = false;
-  friend bool operator==(const AVAudioFormat&, const AVAudioFormat&) = default;
+// What the samples of a buffer or a node are. Never changes. Any thread.
+class AVAudioFormat {
+ public:
+  // Null when there is no such format: more than two channels need a layout, which this does not
+  // give.
+  static std::shared_ptr<const AVAudioFormat> initWithCommonFormat(AVAudioCommonFormat format,
+                                                                   double sampleRate,
+                                                                   std::uint32_t channels,
+                                                                   bool interleaved);
+  virtual ~AVAudioFormat() = default;
+  virtual AVAudioCommonFormat commonFormat() const = 0;
+  // Both may be 0, where there is no device.
+  virtual double sampleRate() const = 0;
+  virtual std::uint32_t channelCount() const = 0;
+  virtual bool isInterleaved() const = 0;
 };
+// Shared by all that is made with the format. Null makes nothing.
+using AVAudioFormatPtr = std::shared_ptr<const AVAudioFormat>;
 
 // Samples in memory. `frameLength` of the `frameCapacity` frames hold any.
 class AVAudioPCMBuffer {
  public:
   // Null when it can't be made.
-  static std::shared_ptr<AVAudioPCMBuffer> initWithPCMFormat(const AVAudioFormat& format,
+  static std::shared_ptr<AVAudioPCMBuffer> initWithPCMFormat(AVAudioFormatPtr format,
                                                              std::uint32_t frameCapacity);
   virtual ~AVAudioPCMBuffer() = default;
   virtual const AVAudioFormat& format() const = 0;
@@ -47,8 +58,8 @@ using AVAudioConverterInputBlock =
 class AVAudioConverter {
  public:
   // Null for formats between which there is no conversion.
-  static std::shared_ptr<AVAudioConverter> initFromFormat(const AVAudioFormat& from,
-                                                          const AVAudioFormat& to);
+  static std::shared_ptr<AVAudioConverter> initFromFormat(AVAudioFormatPtr from,
+                                                          AVAudioFormatPtr to);
   virtual ~AVAudioConverter() = default;
   // Fills `output` and sets its frame length. Nothing, or what went wrong.
   virtual std::optional<NSError> convertToBuffer(AVAudioPCMBuffer& output,
@@ -61,10 +72,12 @@ using AVAudioNodeTapBlock = std::function<void(const std::shared_ptr<AVAudioPCMB
 class AVAudioInputNode {
  public:
   virtual ~AVAudioInputNode() = default;
-  virtual AudioUnit* audioUnit() = 0;  // lent; may be null
-  virtual AVAudioFormat inputFormatForBus(std::uint32_t bus) = 0;
-  virtual void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
-                               const AVAudioFormat& format, AVAudioNodeTapBlock block) = 0;
+  virtual AudioUnit* audioUnit() = 0;                                 // lent; may be null
+  virtual AVAudioFormatPtr inputFormatForBus(std::uint32_t bus) = 0;  // may be null
+  // `bufferSize` frames for each call are a wish. Nothing when the tap is installed, else why not.
+  virtual std::optional<NSError> installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                                 AVAudioFormatPtr format,
+                                                 AVAudioNodeTapBlock block) = 0;
   // No block begins after this.
   virtual void removeTapOnBus(std::uint32_t bus) = 0;
 };
@@ -82,7 +95,8 @@ using AVAudioSourceNodeRenderBlock =
 
 class AVAudioSourceNode {
  public:
-  static std::shared_ptr<AVAudioSourceNode> initWithFormat(const AVAudioFormat& format,
+  // Null when it can't be made.
+  static std::shared_ptr<AVAudioSourceNode> initWithFormat(AVAudioFormatPtr format,
                                                            AVAudioSourceNodeRenderBlock block);
   virtual ~AVAudioSourceNode() = default;
 };
@@ -96,7 +110,9 @@ class AVAudioEngine {
   virtual AVAudioInputNode& inputNode() = 0;
   virtual AVAudioOutputNode& outputNode() = 0;
   virtual void attachNode(std::shared_ptr<AVAudioSourceNode> node) = 0;
-  virtual void connectToMainMixer(AVAudioSourceNode& node, const AVAudioFormat& format) = 0;
+  // connect:to:format: with the mainMixerNode. Nothing when they are connected, else why not.
+  virtual std::optional<NSError> connectToMainMixer(AVAudioSourceNode& node,
+                                                    AVAudioFormatPtr format) = 0;
   virtual void prepare() = 0;
   // Nothing when the engine runs, else why it does not.
   virtual std::optional<NSError> start() = 0;
@@ -107,10 +123,8 @@ class AVAudioEngine {
 // Plays one sound file on the system's default output. Used by one thread at a time.
 class AVAudioPlayer {
  public:
-  // Null for a file that can't be opened or decoded.
-  static std::shared_ptr<AVAudioPlayer> initWithContentsOfFile(std::string_view path);
   virtual ~AVAudioPlayer() = default;
-  virtual void prepareToPlay() = 0;
+  virtual bool prepareToPlay() = 0;  // false: play() will try again
   virtual bool play() = 0;
   virtual void stop() = 0;  // the position stays
   virtual void setVolume(float volume) = 0;
@@ -120,5 +134,14 @@ class AVAudioPlayer {
   virtual double duration() = 0;
   virtual bool isPlaying() = 0;
 };
+
+// Ours, on top of the operations that their comments name.
+namespace helpers {
+
+// AVAudioPlayer's initWithContentsOfURL:error: with NSURL's fileURLWithPath:. Null for a file that
+// can't be opened or decoded.
+std::shared_ptr<AVAudioPlayer> audioPlayerOfFile(std::string_view path);
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

@@ -5,12 +5,13 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "platform/foundation.h"
 
 namespace vlm::platform {
 
-// One buffer of audio, or the description of one: in a stream configuration it has no memory.
+// One buffer of audio.
 struct AudioBuffer {
   std::uint32_t mNumberChannels = 0;
   std::uint32_t mDataByteSize = 0;
@@ -37,23 +38,33 @@ inline constexpr std::uint32_t kAudioObjectPropertyElementMain = 0;
 
 // Array of device numbers, of the system object.
 inline constexpr std::uint32_t kAudioHardwarePropertyDevices = 0x64657623;  // 'dev#'
-// AudioBuffer records that tell the channels of a device in one direction.
+// The channels of a device in one direction: see helpers::streamChannels().
 inline constexpr std::uint32_t kAudioDevicePropertyStreamConfiguration = 0x736C6179;  // 'slay'
-// Texts: the display name, and the identifier that stays the same from run to run.
+// Texts: the display name, and the identifier that stays the same from run to run. See
+// helpers::propertyText().
 inline constexpr std::uint32_t kAudioObjectPropertyName = 0x6C6E616D;       // 'lnam'
 inline constexpr std::uint32_t kAudioDevicePropertyDeviceUID = 0x75696420;  // 'uid '
 
-// Properties of audio objects. Any thread. What is written is written only on success.
+// Properties of audio objects that are plain numbers. Any thread. What is written is written only
+// on success.
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
                                         const AudioObjectPropertyAddress& address,
                                         std::uint32_t& size);
-// Fills at most `data` and sets `size` to the bytes written. Devices are 32-bit numbers, a stream
-// configuration is AudioBuffer records.
+// Fills at most `data` and sets `size` to the bytes written. Devices are 32-bit numbers.
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress& address,
                                     std::span<std::byte> data, std::uint32_t& size);
-// The same for a property that is text; nothing where the object has none.
-OSStatus AudioObjectGetPropertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
-                                    std::optional<std::string>& text);
+
+// Ours, on top of the two operations above, for properties of other types.
+namespace helpers {
+
+// kAudioDevicePropertyStreamConfiguration: mNumberChannels of each buffer of the AudioBufferList.
+OSStatus streamChannels(AudioDeviceID device, const AudioObjectPropertyAddress& address,
+                        std::vector<std::uint32_t>& channels);
+// A property that is text; nothing where the object has none.
+OSStatus propertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                      std::optional<std::string>& text);
+
+}  // namespace helpers
 
 // The device that an input or output unit works with; 32-bit device number, global scope.
 inline constexpr std::uint32_t kAudioOutputUnitProperty_CurrentDevice = 2000;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "platform/core_audio.h"
@@ -14,8 +15,8 @@ struct AudioStreamBasicDescription {
   std::uint32_t mChannelsPerFrame = 0;
 };
 
-// Null for a description of anything but audio. Lent: lives as long as the description.
-const AudioStreamBasicDescription* CMAudioFormatDescriptionGetStreamBasicDescription(
+// Nothing for a description of anything but audio.
+std::optional<AudioStreamBasicDescription> CMAudioFormatDescriptionGetStreamBasicDescription(
     const CMFormatDescription& description) noexcept;
 // Frames, for audio.
 std::int64_t CMSampleBufferGetNumSamples(const CMSampleBuffer& sample) noexcept;

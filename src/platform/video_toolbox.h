@@ -83,29 +83,27 @@ inline constexpr VTDecodeFrameFlags kVTDecodeFrame_EnableAsynchronousDecompressi
 inline constexpr VTDecodeFrameFlags kVTDecodeFrame_1xRealTimePlayback = 4;
 using VTDecodeInfoFlags = std::uint32_t;
 
-// Called once for every frame that was accepted, in order, on a thread of the session: status 0
-// and an image, status 0 and none for a frame that was dropped, or another status.
+// Called for every frame that was accepted, once and in order, on a thread of the session: status 0
+// and an image, status 0 and none for a frame that was dropped, or another status. Frames in flight
+// when the session ends are called for or not; a handler that will not be called is destroyed.
 using VTDecompressionOutputHandler =
     std::function<void(OSStatus status, VTDecodeInfoFlags infoFlags, Ref<CVPixelBuffer> image,
                        CMTime presentationTimeStamp, CMTime duration)>;
 
-// `destinationAttributes` is a dictionary of pixel buffer attributes. `predecessor` is null or a
-// session that has ended: the new one's frames come after its, and who waits for the new one's has
-// waited for those as well. `out` is written only on success.
+// `destinationAttributes` is a dictionary of pixel buffer attributes. Sessions know nothing of each
+// other: what two deliver has no order. `out` is written only on success.
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
-                                      const Ref<VTDecompressionSession>& predecessor,
                                       Ref<VTDecompressionSession>& out);
-// Submits a sample and returns without waiting for it, unless so many wait already that it pays to
-// wait for room a moment; kVTVideoDecoderMalfunctionErr when none comes. When the status is not 0,
-// the handler is not called.
+// Submits a sample and returns without waiting for it to be decoded; when very many wait already,
+// the platform may wait a moment for room. When the status is not 0, the handler is not called.
 OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSession& session,
                                                             Ref<CMSampleBuffer> sample,
                                                             VTDecodeFrameFlags flags,
                                                             VTDecompressionOutputHandler handler);
-// Waits until the handlers of all submitted frames have returned, also after the session's end.
+// Waits until the handlers of all submitted frames have returned. Not after the session's end.
 OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session);
-// Ends the session without waiting for frames in flight: their handlers may still be called.
+// Ends the session without waiting for frames in flight.
 void VTDecompressionSessionInvalidate(VTDecompressionSession& session);
 
 }  // namespace vlm::platform

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <vector>
 
+#include "platform/avf_audio.h"
 #include "platform/core_media.h"
 #include "platform/core_video.h"
 #include "platform/dispatch.h"
@@ -66,6 +67,26 @@ TEST(Media, AttachmentsAreKeptByTheSampleUnderTheirKeys) {
   const Ref<CMSampleBuffer> same = sample;
   EXPECT_EQ(sampleAttachment(*same, kCMSampleAttachmentKey_NotSync), CFValue(true));
   EXPECT_EQ(sampleAttachment(*same, kCMSampleAttachmentKey_DisplayImmediately), CFValue(false));
+}
+
+TEST(Sound, FormatsOfUpToTwoChannelsNeedNoLayout) {
+  constexpr auto kFloat = AVAudioCommonFormat::pcmFloat32;
+  for (const std::uint32_t channels : {1U, 2U}) {
+    for (const bool interleaved : {false, true}) {
+      const auto format = AVAudioFormat::initWithCommonFormat(kFloat, 44100, channels, interleaved);
+      ASSERT_TRUE(format);
+      EXPECT_EQ(format->commonFormat(), kFloat);
+      EXPECT_EQ(format->sampleRate(), 44100);
+      EXPECT_EQ(format->channelCount(), channels);
+      EXPECT_EQ(format->isInterleaved(), interleaved);
+      const auto buffer = AVAudioPCMBuffer::initWithPCMFormat(format, 5);
+      ASSERT_TRUE(buffer);
+      EXPECT_EQ(buffer->format().channelCount(), channels);
+      const auto next = buffer->floatChannelData(channels - 1) - buffer->floatChannelData(0);
+      EXPECT_TRUE(channels == 1 || !interleaved || next == 1);
+    }
+  }
+  EXPECT_EQ(AVAudioFormat::initWithCommonFormat(kFloat, 44100, 3, false), nullptr);
 }
 
 TEST(Text, ContainmentIgnoresCaseAndTheEmptyPart) {

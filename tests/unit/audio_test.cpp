@@ -50,8 +50,8 @@ TEST(AudioDevices, AreThoseWithChannelsAndAName) {
       {"AudioObjectGetPropertyData(1, dev#, glob)", "[]"},
       {"AudioObjectGetPropertyDataSize(5, slay, outp)", kHeadset},
       {"AudioObjectGetPropertyData(5, slay, outp)", kHeadset},
-      {"AudioObjectGetPropertyText(5, lnam, glob)", kHeadset},
-      {"AudioObjectGetPropertyText(5, uid , glob)",
+      {"AudioObjectGetPropertyData(5, lnam, glob)", kHeadset},
+      {"AudioObjectGetPropertyData(5, uid , glob)",
        R"([{"name":"Speakers","uid":""},{"name":"Headset","uid":"head"}])"},
   };
   for (const auto& [fault, expected] : cases) {
@@ -78,7 +78,7 @@ TEST(AudioDevices, AreFoundByTheFirstEqualUidOfTheDirection) {
   EXPECT_EQ(findDevice("same", Direction::output), 5U);
   EXPECT_EQ(findDevice("\xC3\xA9", Direction::input), 8U) << "the same letter, composed";
   EXPECT_EQ(findDevice("Same", Direction::input), std::nullopt);
-  machine.refuse("AudioObjectGetPropertyText(6, uid ", -50);
+  machine.refuse("AudioObjectGetPropertyData(6, uid ", -50);
   EXPECT_EQ(findDevice("same", Direction::input), 7U);
   machine.journal.take();
   EXPECT_EQ(findDevice("", Direction::input), std::nullopt);
@@ -94,7 +94,8 @@ void noteBlock(const float* samples, int32_t count, void* user) {
 std::shared_ptr<AVAudioPCMBuffer> tapped(double rate, std::uint32_t channels,
                                          std::uint32_t frames) {
   auto buffer = AVAudioPCMBuffer::initWithPCMFormat(
-      {platform::AVAudioCommonFormat::pcmFloat32, rate, channels, false}, frames);
+      platform::makeAudioFormat({platform::AVAudioCommonFormat::pcmFloat32, rate, channels, false}),
+      frames);
   buffer->setFrameLength(frames);
   for (std::uint32_t channel = 0; channel < channels; ++channel) {
     std::fill_n(buffer->floatChannelData(channel), frames, static_cast<float>(channel));
@@ -176,9 +177,17 @@ TEST(Microphone, ThatCannotRunIsNullInSilence) {
     EXPECT_EQ(vlm_audio_in_start(nullptr, noteBlock, &machine), nullptr);
   }
   machine.audio.inputFormat = {platform::AVAudioCommonFormat::pcmFloat32, 48000, 1, false};
-  machine.refuse("AVAudioEngine start", "busy");
+  for (const char* refused : {"AVAudioEngine start", "installTapOnBus"}) {
+    machine.refuse(refused, "busy");
+    EXPECT_EQ(vlm_audio_in_start(nullptr, noteBlock, &machine), nullptr) << refused;
+  }
+  for (const char* refused : {"AVAudioEngine start", "connect to mainMixerNode"}) {
+    machine.refuse(refused, "busy");
+    EXPECT_EQ(vlm_audio_out_start(nullptr, 2), nullptr) << refused;
+  }
+  machine.answerNothing("inputFormatForBus");
   EXPECT_EQ(vlm_audio_in_start(nullptr, noteBlock, &machine), nullptr);
-  machine.refuse("AVAudioEngine start", "busy");
+  machine.answerNothing("AVAudioSourceNode");
   EXPECT_EQ(vlm_audio_out_start(nullptr, 2), nullptr);
   for (const auto& engine : machine.audio.engines) EXPECT_TRUE(engine.expired());
   EXPECT_TRUE(machine.takeLog().empty());

@@ -16,15 +16,19 @@ struct Receiver {
   std::atomic<int> count = 0;
   std::atomic<bool> ended = false;
   std::atomic<int> late = 0;
+  std::atomic<int64_t> ptsNs = 0;
+  std::atomic<int> disordered = 0;
   void take() {
     ++count;
     if (ended) ++late;
   }
 };
 
-void receiveFrame(void* pixbuf, int32_t, int32_t, int64_t, void* user) {
+void receiveFrame(void* pixbuf, int32_t, int32_t, int64_t ptsNs, void* user) {
   vlm_pixbuf_retain(pixbuf);
-  static_cast<Receiver*>(user)->take();
+  auto& receiver = *static_cast<Receiver*>(user);
+  receiver.take();
+  if (receiver.ptsNs.exchange(ptsNs) > ptsNs) ++receiver.disordered;
   vlm_pixbuf_release(pixbuf);
 }
 
@@ -49,7 +53,10 @@ TEST(Threads, CodecsEndWhileTheirFramesArrive) {
       encoded.ended = true;
     });
     for (int i = 0; i < 20; ++i) {
-      EXPECT_TRUE(vlm_dec_decode(decoder, unit.data(), static_cast<int32_t>(unit.size()), i));
+      // A stream that changes its size goes on in another session, on another thread.
+      Bytes next = unit;
+      next[5] = i % 3 == 0 ? 32 : 64;
+      EXPECT_TRUE(vlm_dec_decode(decoder, next.data(), static_cast<int32_t>(next.size()), i));
     }
     vlm_dec_destroy(decoder);
     decoded.ended = true;
@@ -57,6 +64,7 @@ TEST(Threads, CodecsEndWhileTheirFramesArrive) {
     EXPECT_EQ(encoded.count, 21);
     EXPECT_EQ(decoded.count, 20);
     EXPECT_EQ(encoded.late + decoded.late, 0);
+    EXPECT_EQ(decoded.disordered, 0);
   }
   EXPECT_TRUE(frame->uniquelyReferenced());
 }
@@ -170,8 +178,8 @@ TEST(Threads, SoundIsWrittenRenderedTappedAndStoppedAtOnce) {
     std::thread platformThread([&] {
       std::vector<float> left(512), right(512);
       const platform::AudioBuffer list[] = {{1, 2048, left.data()}, {1, 2048, right.data()}};
-      const auto tapped =
-          platform::AVAudioPCMBuffer::initWithPCMFormat(machine.audio.inputFormat, 960);
+      const auto tapped = platform::AVAudioPCMBuffer::initWithPCMFormat(
+          platform::makeAudioFormat(machine.audio.inputFormat), 960);
       tapped->setFrameLength(960);
       for (int i = 0; i < 40; ++i) {
         output->render(512, list);

@@ -10,21 +10,22 @@
 
 namespace vlm::platform {
 
-std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(const AVAudioFormat& from,
-                                                                   const AVAudioFormat& to) {
-  return media::makeAudioConverter(from, to);
+std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(AVAudioFormatPtr from,
+                                                                   AVAudioFormatPtr to) {
+  return from && to ? media::makeAudioConverter(*from, *to) : nullptr;
 }
 
 std::shared_ptr<AVAudioSourceNode> AVAudioSourceNode::initWithFormat(
-    const AVAudioFormat& format, AVAudioSourceNodeRenderBlock block) {
-  return std::make_shared<pulse::SourceNode>(format, std::move(block));
+    AVAudioFormatPtr format, AVAudioSourceNodeRenderBlock block) {
+  if (!format) return nullptr;
+  return std::make_shared<pulse::SourceNode>(std::move(format), std::move(block));
 }
 
 std::shared_ptr<AVAudioEngine> AVAudioEngine::make() {
   return pulse::makeEngine();
 }
 
-std::shared_ptr<AVAudioPlayer> AVAudioPlayer::initWithContentsOfFile(std::string_view path) {
+std::shared_ptr<AVAudioPlayer> helpers::audioPlayerOfFile(std::string_view path) {
   auto sound = pulse::readSound(path);
   return sound ? pulse::makePlayer(std::move(*sound)) : nullptr;
 }

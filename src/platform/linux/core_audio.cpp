@@ -13,31 +13,13 @@ constexpr OSStatus kAudioHardwareNotRunningError = 0x73746F70;       // 'stop'
 constexpr OSStatus kAudioHardwareBadObjectError = 0x216F626A;        // '!obj'
 constexpr OSStatus kAudioHardwareUnknownPropertyError = 0x77686F3F;  // 'who?'
 
-template <class Record>
-std::vector<std::byte> bytesOf(const std::vector<Record>& records) {
-  const auto bytes = std::as_bytes(std::span(records));
-  return {bytes.begin(), bytes.end()};
-}
-
 OSStatus deviceNumbers(const std::shared_ptr<const pulse::Devices>& devices,
                        std::vector<std::byte>& content) {
   if (!devices) return kAudioHardwareNotRunningError;
   std::vector<AudioDeviceID> numbers;
   for (const auto& device : *devices) numbers.push_back(device.number);
-  content = bytesOf(numbers);
-  return noErr;
-}
-
-// A device of the server has one direction, and in it one stream of all its channels.
-OSStatus streamConfiguration(AudioDeviceID number, std::uint32_t scope,
-                             std::vector<std::byte>& content) {
-  const auto device = pulse::deviceByNumber(number);
-  if (!device) return kAudioHardwareBadObjectError;
-  std::vector<AudioBuffer> buffers;
-  const auto own =
-      device->isInput ? kAudioObjectPropertyScopeInput : kAudioObjectPropertyScopeOutput;
-  if (scope == own) buffers.push_back({device->format.channels, 0, nullptr});
-  content = bytesOf(buffers);
+  const auto bytes = std::as_bytes(std::span(numbers));
+  content.assign(bytes.begin(), bytes.end());
   return noErr;
 }
 
@@ -47,10 +29,6 @@ OSStatus contentOf(AudioObjectID object, const AudioObjectPropertyAddress& addre
                    AskForDevices* devices, std::vector<std::byte>& content) {
   if (object == kAudioObjectSystemObject && address.mSelector == kAudioHardwarePropertyDevices) {
     return deviceNumbers(devices(), content);
-  }
-  if (object != kAudioObjectSystemObject &&
-      address.mSelector == kAudioDevicePropertyStreamConfiguration) {
-    return streamConfiguration(object, address.mScope, content);
   }
   return kAudioHardwareUnknownPropertyError;
 }
@@ -78,8 +56,19 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
   return noErr;
 }
 
-OSStatus AudioObjectGetPropertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
-                                    std::optional<std::string>& text) {
+// A device of the server has one direction, and in it one stream of all its channels.
+OSStatus helpers::streamChannels(AudioDeviceID number, const AudioObjectPropertyAddress& address,
+                                 std::vector<std::uint32_t>& channels) {
+  const auto device = pulse::deviceByNumber(number);
+  if (!device) return kAudioHardwareBadObjectError;
+  const auto own =
+      device->isInput ? kAudioObjectPropertyScopeInput : kAudioObjectPropertyScopeOutput;
+  channels.assign(address.mScope == own ? 1 : 0, device->format.channels);
+  return noErr;
+}
+
+OSStatus helpers::propertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                               std::optional<std::string>& text) {
   const auto device = pulse::deviceByNumber(object);
   if (!device) return kAudioHardwareBadObjectError;
   if (address.mSelector == kAudioObjectPropertyName) {

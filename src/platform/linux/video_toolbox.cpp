@@ -131,15 +131,13 @@ class VTDecompressionSession final : public Object {
 
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
-                                      const Ref<VTDecompressionSession>& predecessor,
                                       Ref<VTDecompressionSession>& out) {
   const auto format = destinationFormat(destinationAttributes);
   if (!description || !format) return kVTParameterErr;
   try {
     auto avc = h264::AvcDecoder::open(parameterSetsOf(*description));
     if (!avc) return kVTVideoDecoderBadDataErr;
-    auto line = predecessor ? predecessor->line : std::make_shared<h264::DecodingLine>();
-    out = makeRef<VTDecompressionSession>(std::move(avc), *format, std::move(line));
+    out = makeRef<VTDecompressionSession>(std::move(avc), *format, h264::lineForNewSession());
   } catch (const std::exception&) {  // no memory, or no thread
     return kVTAllocationFailedErr;
   }
@@ -152,6 +150,7 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
                                                             VTDecompressionOutputHandler handler) {
   if (session.isEnded) return kVTInvalidSessionErr;
   if (!sample) return kVTParameterErr;
+  // A status of this platform: the host holds decoding up, and too much waits already.
   if (!session.line->backlog.enter()) return kVTVideoDecoderMalfunctionErr;
   session.line->queue->async([line = session.line, decoder = session.decoder,
                               sample = std::move(sample), handler = std::move(handler)] {
@@ -162,12 +161,14 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
 }
 
 OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session) {
+  if (session.isEnded) return kVTInvalidSessionErr;
   session.line->queue->sync([] {});
   return noErr;
 }
 
 void VTDecompressionSessionInvalidate(VTDecompressionSession& session) {
-  session.isEnded = true;
+  if (std::exchange(session.isEnded, true)) return;
+  h264::leaveLine(session.line);
 }
 
 }  // namespace vlm::platform

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "platform/avf_audio.h"
@@ -8,25 +9,25 @@ namespace {
 
 class FloatBuffer final : public AVAudioPCMBuffer {
  public:
-  FloatBuffer(const AVAudioFormat& format, std::uint32_t frameCapacity)
-      : format_(format),
+  FloatBuffer(AVAudioFormatPtr format, std::uint32_t frameCapacity)
+      : format_(std::move(format)),
         frameCapacity_(frameCapacity),
-        samples_(std::size_t{frameCapacity} * format.channelCount) {}
+        samples_(std::size_t{frameCapacity} * format_->channelCount()) {}
 
-  const AVAudioFormat& format() const override { return format_; }
+  const AVAudioFormat& format() const override { return *format_; }
   std::uint32_t frameCapacity() const override { return frameCapacity_; }
   std::uint32_t frameLength() const override { return frameLength_; }
   void setFrameLength(std::uint32_t frames) override {
     frameLength_ = std::min(frames, frameCapacity_);
   }
   float* floatChannelData(std::uint32_t channel) override {
-    if (channel >= format_.channelCount) return nullptr;
-    const std::size_t step = format_.interleaved ? 1 : frameCapacity_;
+    if (channel >= format_->channelCount()) return nullptr;
+    const std::size_t step = format_->isInterleaved() ? 1 : frameCapacity_;
     return samples_.data() + channel * step;
   }
 
  private:
-  const AVAudioFormat format_;
+  const AVAudioFormatPtr format_;
   const std::uint32_t frameCapacity_;
   std::uint32_t frameLength_ = 0;
   std::vector<float> samples_;
@@ -34,12 +35,13 @@ class FloatBuffer final : public AVAudioPCMBuffer {
 
 }  // namespace
 
-std::shared_ptr<AVAudioPCMBuffer> AVAudioPCMBuffer::initWithPCMFormat(const AVAudioFormat& format,
+std::shared_ptr<AVAudioPCMBuffer> AVAudioPCMBuffer::initWithPCMFormat(AVAudioFormatPtr format,
                                                                       std::uint32_t frameCapacity) {
-  if (format.commonFormat != AVAudioCommonFormat::pcmFloat32 || format.channelCount == 0) {
+  if (!format || format->commonFormat() != AVAudioCommonFormat::pcmFloat32 ||
+      format->channelCount() == 0) {
     return nullptr;
   }
-  return std::make_shared<FloatBuffer>(format, frameCapacity);
+  return std::make_shared<FloatBuffer>(std::move(format), frameCapacity);
 }
 
 }  // namespace vlm::platform

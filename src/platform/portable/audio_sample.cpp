@@ -12,9 +12,9 @@ constexpr OSStatus kCMSampleBufferError_ArrayTooSmall = -12737;
 
 }  // namespace
 
-const AudioStreamBasicDescription* CMAudioFormatDescriptionGetStreamBasicDescription(
+std::optional<AudioStreamBasicDescription> CMAudioFormatDescriptionGetStreamBasicDescription(
     const CMFormatDescription& description) noexcept {
-  return description.audio ? &*description.audio : nullptr;
+  return description.audio;
 }
 
 std::int64_t CMSampleBufferGetNumSamples(const CMSampleBuffer& sample) noexcept {

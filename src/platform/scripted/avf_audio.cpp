@@ -44,7 +44,7 @@ class Converter final : public AVAudioConverter {
 
  private:
   void convert(AVAudioPCMBuffer& piece, AVAudioPCMBuffer& output, bool keepsAll) const {
-    const auto channels = piece.format().channelCount;
+    const auto channels = piece.format().channelCount();
     output.setFrameLength(keepsAll ? 0 : static_cast<std::uint32_t>(piece.frameLength() * ratio_));
     for (std::uint32_t i = 0; i < output.frameLength(); ++i) {
       float sum = 0;
@@ -60,17 +60,19 @@ class Converter final : public AVAudioConverter {
 
 }  // namespace
 
-std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(const AVAudioFormat& from,
-                                                                   const AVAudioFormat& to) {
+std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(AVAudioFormatPtr from,
+                                                                   AVAudioFormatPtr to) {
   const auto fault =
       enter("AVAudioConverter initFromFormat", {scripted::describe(from), scripted::describe(to)});
-  if (fault.nothing) return nullptr;
-  return std::make_shared<Converter>(to.sampleRate / from.sampleRate);
+  if (fault.nothing || !from || !to) return nullptr;
+  return std::make_shared<Converter>(to->sampleRate() / from->sampleRate());
 }
 
 std::shared_ptr<AVAudioSourceNode> AVAudioSourceNode::initWithFormat(
-    const AVAudioFormat& format, AVAudioSourceNodeRenderBlock block) {
-  enter("AVAudioSourceNode initWithFormat", {scripted::describe(format)});
+    AVAudioFormatPtr format, AVAudioSourceNodeRenderBlock block) {
+  if (enter("AVAudioSourceNode initWithFormat", {scripted::describe(format)}).nothing) {
+    return nullptr;
+  }
   return std::make_shared<SourceNode>(std::move(block));
 }
 
@@ -80,7 +82,7 @@ std::shared_ptr<AVAudioEngine> AVAudioEngine::make() {
   return engine;
 }
 
-std::shared_ptr<AVAudioPlayer> AVAudioPlayer::initWithContentsOfFile(std::string_view path) {
+std::shared_ptr<AVAudioPlayer> helpers::audioPlayerOfFile(std::string_view path) {
   enter("AVAudioPlayer initWithContentsOfURL", {path});
   auto& stage = Machine::current().audio;
   const auto file = stage.files.find(path);
@@ -92,9 +94,10 @@ std::shared_ptr<AVAudioPlayer> AVAudioPlayer::initWithContentsOfFile(std::string
 
 namespace scripted {
 
-std::string describe(const AVAudioFormat& format) {
-  return describe(CFValue(format.sampleRate)) + " x " + std::to_string(format.channelCount) +
-         (format.interleaved ? " interleaved" : "");
+std::string describe(const AVAudioFormatPtr& format) {
+  if (!format) return "no format";
+  return describe(CFValue(format->sampleRate())) + " x " + std::to_string(format->channelCount()) +
+         (format->isInterleaved() ? " interleaved" : "");
 }
 
 ScriptedEngine::ScriptedEngine() : input_(*this) {
@@ -110,17 +113,19 @@ AudioUnit* ScriptedEngine::Input::audioUnit() {
   return Machine::current().audio.hasUnits ? &unit_ : nullptr;
 }
 
-AVAudioFormat ScriptedEngine::Input::inputFormatForBus(std::uint32_t bus) {
-  enter("inputFormatForBus", {bus});
-  return Machine::current().audio.inputFormat;
+AVAudioFormatPtr ScriptedEngine::Input::inputFormatForBus(std::uint32_t bus) {
+  if (enter("inputFormatForBus", {bus}).nothing) return nullptr;
+  return makeAudioFormat(Machine::current().audio.inputFormat);
 }
 
-void ScriptedEngine::Input::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
-                                            const AVAudioFormat& format,
-                                            AVAudioNodeTapBlock block) {
-  enter("installTapOnBus", {bus, bufferSize, describe(format)});
+std::optional<NSError> ScriptedEngine::Input::installTapOnBus(std::uint32_t bus,
+                                                              std::uint32_t bufferSize,
+                                                              AVAudioFormatPtr format,
+                                                              AVAudioNodeTapBlock block) {
+  auto error = errorOf(enter("installTapOnBus", {bus, bufferSize, describe(format)}));
   const MutexLock lock(engine_.mutex_);
-  engine_.tap_ = std::move(block);
+  if (!error) engine_.tap_ = std::move(block);
+  return error;
 }
 
 void ScriptedEngine::Input::removeTapOnBus(std::uint32_t bus) {
@@ -138,10 +143,12 @@ void ScriptedEngine::attachNode(std::shared_ptr<AVAudioSourceNode> node) {
   source_ = std::move(node);
 }
 
-void ScriptedEngine::connectToMainMixer(AVAudioSourceNode& node, const AVAudioFormat& format) {
-  enter("connect to mainMixerNode", {describe(format)});
+std::optional<NSError> ScriptedEngine::connectToMainMixer(AVAudioSourceNode& node,
+                                                          AVAudioFormatPtr format) {
+  auto error = errorOf(enter("connect to mainMixerNode", {describe(format)}));
   const MutexLock lock(mutex_);
-  render_ = static_cast<SourceNode&>(node).block;
+  if (!error) render_ = static_cast<SourceNode&>(node).block;
+  return error;
 }
 
 void ScriptedEngine::prepare() {
@@ -183,8 +190,8 @@ AVAudioSourceNodeRenderBlock ScriptedEngine::renderBlock() {
   return render_;
 }
 
-void ScriptedPlayer::prepareToPlay() {
-  enter("prepareToPlay");
+bool ScriptedPlayer::prepareToPlay() {
+  return !enter("prepareToPlay").nothing;
 }
 
 bool ScriptedPlayer::play() {

@@ -1,7 +1,6 @@
 #include "platform/core_audio.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "platform/scripted/machine/machine.h"
 
@@ -28,34 +27,16 @@ const AudioStage::Device* deviceOf(AudioObjectID object) {
   return device == devices.end() ? nullptr : &*device;
 }
 
-template <class Record>
-std::vector<std::byte> bytesOf(const std::vector<Record>& records) {
-  std::vector<std::byte> bytes(records.size() * sizeof(Record));
-  if (!bytes.empty()) std::memcpy(bytes.data(), records.data(), bytes.size());
-  return bytes;
-}
-
-OSStatus content(AudioObjectID object, const AudioObjectPropertyAddress& address,
-                 std::vector<std::byte>& bytes) {
-  if (object == kAudioObjectSystemObject) {
-    if (address.mSelector != kAudioHardwarePropertyDevices)
-      return kAudioHardwareUnknownPropertyError;
-    std::vector<AudioDeviceID> numbers;
-    for (const auto& device : Machine::current().audio.devices) numbers.push_back(device.number);
-    bytes = bytesOf(numbers);
-    return noErr;
-  }
-  const auto* device = deviceOf(object);
-  if (device == nullptr) return kAudioHardwareBadObjectError;
-  if (address.mSelector != kAudioDevicePropertyStreamConfiguration) {
+OSStatus deviceNumbers(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                       std::vector<std::byte>& bytes) {
+  if (object != kAudioObjectSystemObject || address.mSelector != kAudioHardwarePropertyDevices) {
     return kAudioHardwareUnknownPropertyError;
   }
-  std::vector<AudioBuffer> buffers;
-  const bool isInput = address.mScope == kAudioObjectPropertyScopeInput;
-  for (const auto channels : isInput ? device->inputs : device->outputs) {
-    buffers.push_back({channels, 0, nullptr});
+  bytes.clear();
+  for (const auto& device : Machine::current().audio.devices) {
+    const auto number = std::as_bytes(std::span(&device.number, 1));
+    bytes.insert(bytes.end(), number.begin(), number.end());
   }
-  bytes = bytesOf(buffers);
   return noErr;
 }
 
@@ -67,7 +48,7 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
   const auto fault = enter("AudioObjectGetPropertyDataSize", object, address);
   if (fault.fails()) return fault.status;
   std::vector<std::byte> bytes;
-  const auto status = content(object, address, bytes);
+  const auto status = deviceNumbers(object, address, bytes);
   if (status == noErr) size = fault.nothing ? 0 : static_cast<std::uint32_t>(bytes.size());
   return status;
 }
@@ -77,7 +58,7 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
   const auto fault = enter("AudioObjectGetPropertyData", object, address);
   if (fault.fails()) return fault.status;
   std::vector<std::byte> bytes;
-  const auto status = content(object, address, bytes);
+  const auto status = deviceNumbers(object, address, bytes);
   if (status != noErr) return status;
   bytes.resize(std::min(bytes.size(), data.size()));
   std::ranges::copy(bytes, data.begin());
@@ -85,9 +66,21 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
   return noErr;
 }
 
-OSStatus AudioObjectGetPropertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
-                                    std::optional<std::string>& text) {
-  const auto fault = enter("AudioObjectGetPropertyText", object, address);
+OSStatus helpers::streamChannels(AudioDeviceID number, const AudioObjectPropertyAddress& address,
+                                 std::vector<std::uint32_t>& channels) {
+  for (const char* operation : {"AudioObjectGetPropertyDataSize", "AudioObjectGetPropertyData"}) {
+    const auto fault = enter(operation, number, address);
+    if (fault.fails()) return fault.status;
+  }
+  const auto* device = deviceOf(number);
+  if (device == nullptr) return kAudioHardwareBadObjectError;
+  channels = address.mScope == kAudioObjectPropertyScopeInput ? device->inputs : device->outputs;
+  return noErr;
+}
+
+OSStatus helpers::propertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                               std::optional<std::string>& text) {
+  const auto fault = enter("AudioObjectGetPropertyData", object, address);
   if (fault.fails()) return fault.status;
   const auto* device = deviceOf(object);
   if (device == nullptr) return kAudioHardwareBadObjectError;

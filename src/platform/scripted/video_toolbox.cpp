@@ -178,7 +178,6 @@ void VTCompressionSessionInvalidate(VTCompressionSession& session) {
 
 OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
                                       const CFValue& destinationAttributes,
-                                      const Ref<VTDecompressionSession>& predecessor,
                                       Ref<VTDecompressionSession>& out) {
   auto& machine = Machine::current();
   const auto fault = machine.journal.enter("VTDecompressionSessionCreate", {destinationAttributes});
@@ -187,12 +186,8 @@ OSStatus VTDecompressionSessionCreate(Ref<CMFormatDescription> description,
   const auto* format = destinationAttributes.find(kCVPixelBufferPixelFormatTypeKey);
   const auto* code = format != nullptr ? format->as<std::int64_t>() : nullptr;
   if (!description || code == nullptr) return kVTParameterErr;
-  auto line =
-      predecessor
-          ? predecessor->output
-          : std::make_shared<scripted::OutputLine>(machine.makeQueue("scripted.decompression"));
   out = makeRef<VTDecompressionSession>(std::move(description), static_cast<OSType>(*code),
-                                        std::move(line));
+                                        machine.makeQueue("scripted.decompression"));
   machine.video.decompressions.push_back(out);
   return noErr;
 }
@@ -207,7 +202,7 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
       enter(session, "VTDecompressionSessionDecodeFrame", {static_cast<std::int64_t>(size), flags});
   if (status != noErr) return status;
   auto& video = Machine::current().video;
-  session.output->submit(
+  session.output.submit(
       [held = Ref<VTDecompressionSession>::retaining(&session), sample = std::move(sample),
        decompress = video.decompress, handler = std::move(handler)] {
         auto [outcome, image] =
@@ -221,15 +216,15 @@ OSStatus VTDecompressionSessionDecodeFrameWithOutputHandler(VTDecompressionSessi
 }
 
 OSStatus VTDecompressionSessionWaitForAsynchronousFrames(VTDecompressionSession& session) {
-  const auto fault =
-      Machine::current().journal.enter("VTDecompressionSessionWaitForAsynchronousFrames");
-  if (!fault.fails()) session.output->wait();
-  return fault.status;
+  const OSStatus status = enter(session, "VTDecompressionSessionWaitForAsynchronousFrames");
+  if (status == noErr) session.output.wait();
+  return status;
 }
 
 void VTDecompressionSessionInvalidate(VTDecompressionSession& session) {
   enter(session, "VTDecompressionSessionInvalidate");
   session.invalidated = true;
+  session.output.release();
 }
 
 }  // namespace vlm::platform

@@ -1,8 +1,10 @@
 #include "platform/linux/h264/decoding_line.h"
 
 #include <chrono>
+#include <map>
 #include <new>
 #include <span>
+#include <thread>
 
 namespace vlm::platform::h264 {
 namespace {
@@ -12,7 +14,43 @@ namespace {
 constexpr std::size_t kMostUnits = 32;
 constexpr auto kPatience = std::chrono::seconds(1);
 
+// The line that each thread has left last. A line ends with its last sample, wherever it is noted.
+class LeftLines {
+ public:
+  // Never ended: a session may end while the process exits.
+  static LeftLines& shared() {
+    static auto* const lines = new LeftLines();
+    return *lines;
+  }
+
+  void add(const std::shared_ptr<DecodingLine>& line) {
+    MutexLock lock(mutex_);
+    std::erase_if(lines_, [](const auto& each) { return each.second.expired(); });
+    lines_[std::this_thread::get_id()] = line;
+  }
+
+  // Null when the line has ended or the thread has left none.
+  std::shared_ptr<DecodingLine> take() {
+    MutexLock lock(mutex_);
+    const auto left = lines_.extract(std::this_thread::get_id());
+    return left ? left.mapped().lock() : nullptr;
+  }
+
+ private:
+  Mutex mutex_;
+  std::map<std::thread::id, std::weak_ptr<DecodingLine>> lines_ VLM_GUARDED_BY(mutex_);
+};
+
 }  // namespace
+
+std::shared_ptr<DecodingLine> lineForNewSession() {
+  auto line = LeftLines::shared().take();
+  return line ? line : std::make_shared<DecodingLine>();
+}
+
+void leaveLine(const std::shared_ptr<DecodingLine>& line) {
+  LeftLines::shared().add(line);
+}
 
 bool Backlog::enter() {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;

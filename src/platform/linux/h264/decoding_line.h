@@ -44,12 +44,19 @@ class SampleDecoder {
   PictureConverter converter_;
 };
 
-// Where samples wait for their turn. A session that follows another goes on with its line: so what
-// comes out stays in order, and a stream that changes all the time piles up no threads.
+// Where samples wait for their turn.
 struct DecodingLine {
   Backlog backlog;
   const std::shared_ptr<DispatchQueue> queue =
       dispatch_queue_create(thread_names::kDecoder, DispatchQoS::userInteractive);
 };
+
+// A stream that changes its parameter sets ends a session and makes the next one right after, on
+// the same thread. So a new session goes on with the line of the session that its thread ended
+// last, while samples wait there: a stream that changes all the time has one codec thread and one
+// bound on what waits, however many sessions it makes. Any thread.
+std::shared_ptr<DecodingLine> lineForNewSession();
+// The calling thread has ended the session of this line.
+void leaveLine(const std::shared_ptr<DecodingLine>& line);
 
 }  // namespace vlm::platform::h264

@@ -9,6 +9,7 @@ extern "C" {
 #include <vector>
 
 #include "platform/linux/media/libav.h"
+#include "platform/portable/audio_format.h"
 
 namespace vlm::platform::media {
 namespace {
@@ -16,16 +17,16 @@ namespace {
 // Of a buffer, as far as the resampler can see.
 constexpr std::uint32_t kMostChannels = 64;
 
-AVSampleFormat formatOf(const AVAudioFormat& format) {
+AVSampleFormat formatOf(const PcmShape& format) {
   return format.interleaved ? AV_SAMPLE_FMT_FLT : AV_SAMPLE_FMT_FLTP;
 }
 
-bool canConvert(const AVAudioFormat& format) {
+bool canConvert(const PcmShape& format) {
   return format.commonFormat == AVAudioCommonFormat::pcmFloat32 && format.sampleRate >= 1 &&
          format.channelCount >= 1 && format.channelCount <= kMostChannels;
 }
 
-SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to) {
+SwrContextPtr makeResampler(const PcmShape& from, const PcmShape& to) {
   if (!canConvert(from) || !canConvert(to)) return nullptr;
   AVChannelLayout input{};
   AVChannelLayout output{};
@@ -51,7 +52,7 @@ SwrContextPtr makeResampler(const AVAudioFormat& from, const AVAudioFormat& to) 
 using Planes = std::array<std::uint8_t*, kMostChannels>;
 
 Planes planesOf(AVAudioPCMBuffer& buffer, std::uint32_t fromFrame) {
-  const auto& format = buffer.format();
+  const auto format = shapeOf(buffer.format());
   const std::size_t step = format.interleaved ? format.channelCount : 1;
   Planes planes{};
   for (std::uint32_t channel = 0; channel < format.channelCount; ++channel) {
@@ -63,7 +64,7 @@ Planes planesOf(AVAudioPCMBuffer& buffer, std::uint32_t fromFrame) {
 
 class Converter final : public AVAudioConverter {
  public:
-  Converter(SwrContextPtr resampler, const AVAudioFormat& from)
+  Converter(SwrContextPtr resampler, const PcmShape& from)
       : resampler_(std::move(resampler)), from_(from) {}
 
   std::optional<NSError> convertToBuffer(AVAudioPCMBuffer& output,
@@ -71,7 +72,7 @@ class Converter final : public AVAudioConverter {
     output.setFrameLength(0);
     auto status = AVAudioConverterInputStatus::haveData;
     while (const auto piece = input(status)) {
-      if (piece->format() != from_) return NSError{"the input has another format"};
+      if (shapeOf(piece->format()) != from_) return NSError{"the input has another format"};
       auto from = planesOf(*piece, 0);
       if (!convert(output, from.data(), piece->frameLength())) {
         return NSError{"the samples can't be converted"};
@@ -93,15 +94,16 @@ class Converter final : public AVAudioConverter {
   }
 
   const SwrContextPtr resampler_;
-  const AVAudioFormat from_;
+  const PcmShape from_;
 };
 
 }  // namespace
 
 std::shared_ptr<AVAudioConverter> makeAudioConverter(const AVAudioFormat& from,
                                                      const AVAudioFormat& to) {
-  auto resampler = makeResampler(from, to);
-  return resampler ? std::make_shared<Converter>(std::move(resampler), from) : nullptr;
+  const auto shape = shapeOf(from);
+  auto resampler = makeResampler(shape, shapeOf(to));
+  return resampler ? std::make_shared<Converter>(std::move(resampler), shape) : nullptr;
 }
 
 }  // namespace vlm::platform::media

@@ -21,8 +21,10 @@ class Engine final : public AVAudioEngine {
   }
 
   // The server mixes and converts, and the format is the node's own.
-  void connectToMainMixer(AVAudioSourceNode& node, const AVAudioFormat&) override {
-    if (attached_.get() == &node) output_.setSource(attached_);
+  std::optional<NSError> connectToMainMixer(AVAudioSourceNode& node, AVAudioFormatPtr) override {
+    if (attached_.get() != &node) return NSError{"the node is not attached"};
+    output_.setSource(attached_);
+    return std::nullopt;
   }
 
   void prepare() override {}

@@ -29,9 +29,10 @@ class DeviceChoice final : public AudioUnit {
 class InputNode final : public AVAudioInputNode {
  public:
   AudioUnit* audioUnit() override { return &choice_; }
-  AVAudioFormat inputFormatForBus(std::uint32_t bus) override;
-  void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize, const AVAudioFormat& format,
-                       AVAudioNodeTapBlock block) override;
+  AVAudioFormatPtr inputFormatForBus(std::uint32_t bus) override;
+  std::optional<NSError> installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                         AVAudioFormatPtr format,
+                                         AVAudioNodeTapBlock block) override;
   void removeTapOnBus(std::uint32_t bus) override;
 
   // For the engine. Without a tap there is nothing to run.
@@ -48,9 +49,9 @@ class InputNode final : public AVAudioInputNode {
 
 class SourceNode final : public AVAudioSourceNode {
  public:
-  SourceNode(const AVAudioFormat& nodeFormat, AVAudioSourceNodeRenderBlock nodeBlock)
-      : format(nodeFormat), block(std::move(nodeBlock)) {}
-  const AVAudioFormat format;
+  SourceNode(AVAudioFormatPtr nodeFormat, AVAudioSourceNodeRenderBlock nodeBlock)
+      : format(std::move(nodeFormat)), block(std::move(nodeBlock)) {}
+  const AVAudioFormatPtr format;
   const AVAudioSourceNodeRenderBlock block;
 };
 

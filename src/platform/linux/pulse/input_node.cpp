@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "platform/linux/pulse/engine_nodes.h"
+#include "platform/portable/audio_format.h"
 
 namespace vlm::platform::pulse {
 namespace {
@@ -20,23 +21,28 @@ OSStatus DeviceChoice::setProperty(std::uint32_t property, std::uint32_t, std::u
   return noErr;
 }
 
-AVAudioFormat InputNode::inputFormatForBus(std::uint32_t) {
+AVAudioFormatPtr InputNode::inputFormatForBus(std::uint32_t) {
   auto device = choice_.device();
   if (!device) {
     if (const auto connection = Connection::open()) device = defaultInput(*connection);
     default_ = device;
   }
-  AVAudioFormat format{AVAudioCommonFormat::pcmFloat32, 0, 0, true};
+  PcmShape format{AVAudioCommonFormat::pcmFloat32, 0, 0, true};
   if (device) {
     format.sampleRate = device->format.rate;
     format.channelCount = device->format.channels;
   }
-  return format;
+  return makeAudioFormat(format);
 }
 
-void InputNode::installTapOnBus(std::uint32_t, std::uint32_t bufferSize,
-                                const AVAudioFormat& format, AVAudioNodeTapBlock block) {
-  tap_ = {std::max(bufferSize, 1U), format, std::move(block)};
+std::optional<NSError> InputNode::installTapOnBus(std::uint32_t, std::uint32_t bufferSize,
+                                                  AVAudioFormatPtr format,
+                                                  AVAudioNodeTapBlock block) {
+  if (!format || !format->isInterleaved() || format->channelCount() == 0) {
+    return NSError{"the format is not that of the input"};
+  }
+  tap_ = {std::max(bufferSize, 1U), std::move(format), std::move(block)};
+  return std::nullopt;
 }
 
 void InputNode::removeTapOnBus(std::uint32_t) {

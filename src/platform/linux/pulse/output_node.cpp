@@ -18,15 +18,15 @@ constexpr std::uint32_t kLongestPiece = 1024;
 }  // namespace
 
 bool OutputNode::start(Connection& connection) {
-  const auto& wanted = source_->format;
-  planes_.assign(wanted.channelCount, std::vector<float>(kLongestPiece));
+  const auto& wanted = *source_->format;
+  planes_.assign(wanted.channelCount(), std::vector<float>(kLongestPiece));
   list_.clear();
   for (auto& plane : planes_) list_.push_back({1, kLongestPiece * 4, plane.data()});
 
   const Connection::Lock lock(connection);
   const auto& device = choice_.device();
-  const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(wanted.sampleRate),
-                              static_cast<std::uint8_t>(wanted.channelCount)};
+  const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(wanted.sampleRate()),
+                              static_cast<std::uint8_t>(wanted.channelCount())};
   pa_buffer_attr sizes{};
   sizes.maxlength = sizes.prebuf = static_cast<std::uint32_t>(-1);
   sizes.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(kAhead, &format));

@@ -164,7 +164,7 @@ class Player final : public AVAudioPlayer {
   explicit Player(Sound sound) : sound_(std::move(sound)) {}
 
   // The sound is in memory already.
-  void prepareToPlay() override {}
+  bool prepareToPlay() override { return true; }
 
   bool play() override {
     if (isPlaying()) return true;

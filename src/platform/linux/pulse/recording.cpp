@@ -7,8 +7,8 @@ namespace vlm::platform::pulse {
 namespace {
 
 pa_sample_spec specOf(const AVAudioFormat& format) {
-  return {PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format.sampleRate),
-          static_cast<std::uint8_t>(format.channelCount)};
+  return {PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format.sampleRate()),
+          static_cast<std::uint8_t>(format.channelCount())};
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ std::shared_ptr<Recording> Recording::start(Connection& connection, const Record
 
 bool Recording::connect(const RecordingSource& source) {
   const Connection::Lock lock(connection_);
-  const auto format = specOf(tap_.format);
+  const auto format = specOf(*tap_.format);
   // Half a tap's worth at a time keeps the pieces evenly spaced.
   pa_buffer_attr sizes{};
   sizes.maxlength = static_cast<std::uint32_t>(-1);
@@ -57,14 +57,14 @@ void Recording::read() {
     const void* data = nullptr;
     std::size_t bytes = 0;
     if (pa_stream_peek(stream_.get(), &data, &bytes) < 0 || bytes == 0) return;
-    append(static_cast<const float*>(data), bytes / sizeof(float) / tap_.format.channelCount);
+    append(static_cast<const float*>(data), bytes / sizeof(float) / tap_.format->channelCount());
     if (stream_) pa_stream_drop(stream_.get());
   }
 }
 
 // Null samples stand for a hole in the recording: silence.
 void Recording::append(const float* samples, std::size_t frames) {
-  const std::size_t channels = tap_.format.channelCount;
+  const std::size_t channels = tap_.format->channelCount();
   while (frames > 0 && stream_) {
     const std::uint32_t begin = filling_->frameLength();
     const auto count =

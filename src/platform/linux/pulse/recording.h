@@ -11,7 +11,7 @@ namespace vlm::platform::pulse {
 // Who listens to a recording: it is given pieces of exactly so many frames.
 struct Tap {
   std::uint32_t frames = 0;
-  AVAudioFormat format;
+  AVAudioFormatPtr format;
   AVAudioNodeTapBlock block;
 };
 

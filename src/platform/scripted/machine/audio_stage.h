@@ -8,6 +8,7 @@
 #include "platform/avf_audio.h"
 #include "platform/cf_value.h"
 #include "platform/mutex.h"
+#include "platform/portable/audio_format.h"
 
 namespace vlm::platform::scripted {
 
@@ -19,7 +20,8 @@ class ScriptedEngine final : public AVAudioEngine {
   AVAudioInputNode& inputNode() override { return input_; }
   AVAudioOutputNode& outputNode() override { return output_; }
   void attachNode(std::shared_ptr<AVAudioSourceNode> node) override;
-  void connectToMainMixer(AVAudioSourceNode& node, const AVAudioFormat& format) override;
+  std::optional<NSError> connectToMainMixer(AVAudioSourceNode& node,
+                                            AVAudioFormatPtr format) override;
   void prepare() override;
   std::optional<NSError> start() override;
   void stop() override VLM_EXCLUDES(mutex_);
@@ -47,9 +49,10 @@ class ScriptedEngine final : public AVAudioEngine {
    public:
     explicit Input(ScriptedEngine& engine) : engine_(engine) {}
     AudioUnit* audioUnit() override;
-    AVAudioFormat inputFormatForBus(std::uint32_t bus) override;
-    void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize, const AVAudioFormat& format,
-                         AVAudioNodeTapBlock block) override;
+    AVAudioFormatPtr inputFormatForBus(std::uint32_t bus) override;
+    std::optional<NSError> installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                           AVAudioFormatPtr format,
+                                           AVAudioNodeTapBlock block) override;
     void removeTapOnBus(std::uint32_t bus) override;
 
    private:
@@ -79,7 +82,7 @@ class ScriptedPlayer final : public AVAudioPlayer {
  public:
   explicit ScriptedPlayer(double duration) : duration_(duration) {}
 
-  void prepareToPlay() override;
+  bool prepareToPlay() override;
   bool play() override;
   void stop() override;
   void setVolume(float volume) override;
@@ -108,7 +111,7 @@ struct AudioStage {
     CFValue uid;
   };
   std::vector<Device> devices;
-  AVAudioFormat inputFormat{AVAudioCommonFormat::pcmFloat32, 48000, 2, false};
+  PcmShape inputFormat{AVAudioCommonFormat::pcmFloat32, 48000, 2, false};
   bool hasUnits = true;
   // The duration of each file that can be played.
   std::map<std::string, double, std::less<>> files;
@@ -117,6 +120,6 @@ struct AudioStage {
   std::vector<std::weak_ptr<ScriptedPlayer>> players;
 };
 
-std::string describe(const AVAudioFormat& format);  // 48000.0 x 2
+std::string describe(const AVAudioFormatPtr& format);  // 48000.0 x 2
 
 }  // namespace vlm::platform::scripted

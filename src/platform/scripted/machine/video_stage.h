@@ -74,12 +74,12 @@ class VTCompressionSession final : public Object {
 class VTDecompressionSession final : public Object {
  public:
   VTDecompressionSession(Ref<CMFormatDescription> sessionDescription, OSType format,
-                         std::shared_ptr<scripted::OutputLine> line)
-      : description(std::move(sessionDescription)), pixelFormat(format), output(std::move(line)) {}
+                         std::shared_ptr<DispatchQueue> queue)
+      : description(std::move(sessionDescription)), pixelFormat(format), output(std::move(queue)) {}
 
   const Ref<CMFormatDescription> description;
   const OSType pixelFormat;
-  const std::shared_ptr<scripted::OutputLine> output;  // its predecessor's, where it has one
+  scripted::OutputLine output;
   bool invalidated = false;
 };
 
@@ -89,7 +89,8 @@ struct VideoStage {
   // What comes out for a frame or sample; replaced by a test that wants something else.
   std::function<SampleOut(const FrameIn&)> compress = compressFrame;
   std::function<ImageOut(const VTDecompressionSession&, const CMSampleBuffer&)> decompress;
-  // While set, finished frames wait until the session is waited for or told to release them.
+  // While set, finished frames wait until the session is waited for, released or (a decompression
+  // session) invalidated.
   bool holdsOutput = false;
   // All sessions made so far.
   std::vector<Ref<VTCompressionSession>> compressions;
