@@ -180,7 +180,8 @@ class Generator:
             return crate
         if crate == 'usize':
             return 'size_t'
-        return ctypes_of.encoded(typestr)[0]
+        kind = ctypes_of.encoded(typestr)[0]
+        return 'const ' + kind if crate.startswith('*const') and not kind.startswith('const') else kind
 
     def function(self, name):
         where, record = self.pyobjc.look('functions', name)

@@ -65,7 +65,7 @@ class Engine : public AVAudioEngine {
     if (!input_) {
       Objc<AVAudioIONode> node;
       guarded([&] { node = Objc<AVAudioIONode>::retaining([engine_.get() inputNode]); });
-      input_.emplace(std::move(node), failure_);
+      input_.emplace(std::move(node));
     }
     return *input_;
   }
@@ -78,22 +78,20 @@ class Engine : public AVAudioEngine {
     return *output_;
   }
   void attachNode(std::shared_ptr<AVAudioSourceNode> node) override {
-    attempt([&] {
-      [engine_.get() attachNode:static_cast<bridge::SourceNode&>(*node).native()];
-    });
+    guarded([&] { [engine_.get() attachNode:native(*node)]; });
   }
-  void connectToMainMixer(AVAudioSourceNode& node, const AVAudioFormat& format) override {
-    attempt([&] {
-      [engine_.get() connect:static_cast<bridge::SourceNode&>(node).native()
+  std::optional<NSError> connectToMainMixer(AVAudioSourceNode& node,
+                                            AVAudioFormatPtr format) override {
+    return guarded([&] {
+      [engine_.get() connect:native(node)
                           to:[engine_.get() mainMixerNode]
-                      format:bridge::toNative(format).get()];
+                      format:bridge::native(format)];
     });
   }
   void prepare() override {
-    attempt([&] { [engine_.get() prepare]; });
+    guarded([&] { [engine_.get() prepare]; });
   }
   std::optional<NSError> start() override {
-    if (failure_) return failure_;
     std::optional<NSError> refusal;
     const auto thrown = guarded([&] {
       ::NSError* error = nil;
@@ -107,15 +105,11 @@ class Engine : public AVAudioEngine {
   }
 
  private:
-  // A step that the framework threw at is the reason for which the engine does not start.
-  template <class Step>
-  void attempt(Step&& step) {
-    const auto thrown = guarded(std::forward<Step>(step));
-    if (thrown) failure_ = thrown;
+  static ::AVAudioSourceNode* native(AVAudioSourceNode& node) {
+    return static_cast<bridge::SourceNode&>(node).native();
   }
 
   const Objc<::AVAudioEngine> engine_;
-  std::optional<NSError> failure_;
   std::optional<bridge::InputNode> input_;
   std::optional<bridge::OutputNode> output_;
 };
@@ -123,8 +117,8 @@ class Engine : public AVAudioEngine {
 class Player : public AVAudioPlayer {
  public:
   explicit Player(Objc<::AVAudioPlayer> player) : player_(std::move(player)) {}
-  void prepareToPlay() override {
-    guarded([&] { [player_.get() prepareToPlay]; });
+  bool prepareToPlay() override {
+    return answer(false, [&] { return static_cast<bool>([player_.get() prepareToPlay]); });
   }
   bool play() override {
     return answer(false, [&] { return static_cast<bool>([player_.get() play]); });
@@ -164,33 +158,45 @@ class Player : public AVAudioPlayer {
 
 }  // namespace
 
-std::shared_ptr<AVAudioPCMBuffer> AVAudioPCMBuffer::initWithPCMFormat(const AVAudioFormat& format,
+AVAudioFormatPtr AVAudioFormat::initWithCommonFormat(AVAudioCommonFormat format, double sampleRate,
+                                                     std::uint32_t channels, bool interleaved) {
+  Objc<::AVAudioFormat> native;
+  guarded([&] {
+    native = Objc<::AVAudioFormat>::adopting([[::AVAudioFormat alloc]
+        initWithCommonFormat:static_cast<::AVAudioCommonFormat>(format)
+                  sampleRate:sampleRate
+                    channels:channels
+                 interleaved:interleaved]);
+  });
+  return native ? std::make_shared<bridge::Format>(std::move(native)) : nullptr;
+}
+
+std::shared_ptr<AVAudioPCMBuffer> AVAudioPCMBuffer::initWithPCMFormat(AVAudioFormatPtr format,
                                                                       std::uint32_t frameCapacity) {
+  if (format == nullptr) return nullptr;
   Objc<::AVAudioPCMBuffer> buffer;
   guarded([&] {
-    const auto native = bridge::toNative(format);
-    if (!native) return;
-    buffer = Objc<::AVAudioPCMBuffer>::adopting(
-        [[::AVAudioPCMBuffer alloc] initWithPCMFormat:native.get() frameCapacity:frameCapacity]);
+    buffer = Objc<::AVAudioPCMBuffer>::adopting([[::AVAudioPCMBuffer alloc]
+        initWithPCMFormat:bridge::native(format)
+            frameCapacity:frameCapacity]);
   });
   return buffer ? std::make_shared<bridge::PcmBuffer>(std::move(buffer)) : nullptr;
 }
 
-std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(const AVAudioFormat& from,
-                                                                   const AVAudioFormat& to) {
+std::shared_ptr<AVAudioConverter> AVAudioConverter::initFromFormat(AVAudioFormatPtr from,
+                                                                   AVAudioFormatPtr to) {
+  if (from == nullptr || to == nullptr) return nullptr;
   Objc<::AVAudioConverter> converter;
   guarded([&] {
-    const auto source = bridge::toNative(from);
-    const auto target = bridge::toNative(to);
-    if (!source || !target) return;
-    converter = Objc<::AVAudioConverter>::adopting(
-        [[::AVAudioConverter alloc] initFromFormat:source.get() toFormat:target.get()]);
+    converter = Objc<::AVAudioConverter>::adopting([[::AVAudioConverter alloc]
+        initFromFormat:bridge::native(from)
+              toFormat:bridge::native(to)]);
   });
   return converter ? std::make_shared<Converter>(std::move(converter)) : nullptr;
 }
 
 std::shared_ptr<AVAudioSourceNode> AVAudioSourceNode::initWithFormat(
-    const AVAudioFormat& format, AVAudioSourceNodeRenderBlock block) {
+    AVAudioFormatPtr format, AVAudioSourceNodeRenderBlock block) {
   return bridge::makeSourceNode(format, std::move(block));
 }
 
@@ -200,16 +206,20 @@ std::shared_ptr<AVAudioEngine> AVAudioEngine::make() {
   return engine ? std::make_shared<Engine>(std::move(engine)) : nullptr;
 }
 
-std::shared_ptr<AVAudioPlayer> AVAudioPlayer::initWithContentsOfFile(std::string_view path) {
+namespace helpers {
+
+std::shared_ptr<AVAudioPlayer> audioPlayerOfFile(std::string_view path) {
   Objc<::AVAudioPlayer> player;
   guarded([&] {
     const auto string = bridge::toString(path);
-    if (!string) return;
+    if (!string || path.empty()) return;
     ::NSURL* const url = [::NSURL fileURLWithPath:(NSString*)string.get()];
-    player = Objc<::AVAudioPlayer>::adopting([[::AVAudioPlayer alloc] initWithContentsOfURL:url
-                                                                                      error:nullptr]);
+    player = Objc<::AVAudioPlayer>::adopting(
+        [[::AVAudioPlayer alloc] initWithContentsOfURL:url error:nullptr]);
   });
   return player ? std::make_shared<Player>(std::move(player)) : nullptr;
 }
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

@@ -4,7 +4,7 @@
 #import <CoreAudio/CoreAudio.h>
 #import <CoreAudioTypes/CoreAudioTypes.h>
 #include <algorithm>
-#include <cstring>
+#include <cstddef>
 #include <vector>
 
 #include "platform/macos/bridge/owned.h"
@@ -36,60 +36,20 @@ OSStatus sizeOf(AudioObjectID object, const ::AudioObjectPropertyAddress& addres
   return ::AudioObjectGetPropertyDataSize(object, &address, 0, nullptr, &size);
 }
 
-// The framework's list has a count in front of its records; the header's has records alone.
-OSStatus streamConfiguration(AudioObjectID object, const ::AudioObjectPropertyAddress& address,
-                             std::vector<AudioBuffer>& buffers) {
-  ::UInt32 size = 0;
-  if (const auto status = sizeOf(object, address, size); status != noErr) return status;
-  // In words, for the alignment of the records.
-  std::vector<std::uint64_t> memory(size / sizeof(std::uint64_t) + 1);
-  const auto status =
-      ::AudioObjectGetPropertyData(object, &address, 0, nullptr, &size, memory.data());
-  if (status != noErr) return status;
-  const auto* const list = reinterpret_cast<const ::AudioBufferList*>(memory.data());
-  constexpr auto kHead = offsetof(::AudioBufferList, mBuffers);
-  // A list that is shorter than its count says ends where its bytes do.
-  const auto room = size < kHead ? 0 : (size - kHead) / sizeof(::AudioBuffer);
-  const auto count = size < sizeof list->mNumberBuffers
-                         ? 0
-                         : std::min<std::size_t>(list->mNumberBuffers, room);
-  for (std::size_t i = 0; i < count; ++i) {
-    buffers.push_back({list->mBuffers[i].mNumberChannels, list->mBuffers[i].mDataByteSize, nullptr});
-  }
-  return noErr;
-}
-
 }  // namespace
 
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
                                         const AudioObjectPropertyAddress& address,
                                         std::uint32_t& size) {
-  const auto native = toNative(address);
   ::UInt32 bytes = 0;
-  const auto status = sizeOf(object, native, bytes);
-  if (status != noErr) return status;
-  if (address.mSelector != kAudioDevicePropertyStreamConfiguration) {
-    size = bytes;
-    return status;
-  }
-  std::vector<AudioBuffer> buffers;
-  const auto listStatus = streamConfiguration(object, native, buffers);
-  if (listStatus == noErr) size = static_cast<std::uint32_t>(buffers.size() * sizeof(AudioBuffer));
-  return listStatus;
+  const auto status = sizeOf(object, toNative(address), bytes);
+  if (status == noErr) size = bytes;
+  return status;
 }
 
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress& address,
                                     std::span<std::byte> data, std::uint32_t& size) {
   const auto native = toNative(address);
-  if (address.mSelector == kAudioDevicePropertyStreamConfiguration) {
-    std::vector<AudioBuffer> buffers;
-    const auto status = streamConfiguration(object, native, buffers);
-    if (status != noErr) return status;
-    const auto count = std::min(buffers.size(), data.size() / sizeof(AudioBuffer));
-    size = static_cast<std::uint32_t>(count * sizeof(AudioBuffer));
-    if (count > 0) std::memcpy(data.data(), buffers.data(), size);
-    return noErr;
-  }
   auto bytes = static_cast<::UInt32>(data.size());
   const auto status =
       ::AudioObjectGetPropertyData(object, &native, 0, nullptr, &bytes, data.data());
@@ -97,8 +57,31 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
   return status;
 }
 
-OSStatus AudioObjectGetPropertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
-                                    std::optional<std::string>& text) {
+namespace helpers {
+
+OSStatus streamChannels(AudioDeviceID device, const AudioObjectPropertyAddress& address,
+                        std::vector<std::uint32_t>& channels) {
+  const auto native = toNative(address);
+  ::UInt32 size = 0;
+  if (const auto status = sizeOf(device, native, size); status != noErr) return status;
+  // In words, for the alignment of the records.
+  std::vector<std::uint64_t> memory(size / sizeof(std::uint64_t) + 1);
+  const auto status =
+      ::AudioObjectGetPropertyData(device, &native, 0, nullptr, &size, memory.data());
+  if (status != noErr) return status;
+  const auto* const list = reinterpret_cast<const ::AudioBufferList*>(memory.data());
+  // A list that is shorter than its count says ends where its bytes do. An empty one is all zeros.
+  constexpr auto kHead = offsetof(::AudioBufferList, mBuffers);
+  const auto room = size < kHead ? 0 : (size - kHead) / sizeof(::AudioBuffer);
+  channels.clear();
+  for (std::size_t i = 0; i < std::min<std::size_t>(list->mNumberBuffers, room); ++i) {
+    channels.push_back(list->mBuffers[i].mNumberChannels);
+  }
+  return noErr;
+}
+
+OSStatus propertyText(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                      std::optional<std::string>& text) {
   const auto native = toNative(address);
   bridge::Owned<CFTypeRef> string;
   ::UInt32 size = sizeof(CFTypeRef);
@@ -110,5 +93,7 @@ OSStatus AudioObjectGetPropertyText(AudioObjectID object, const AudioObjectPrope
   text = words == nullptr ? std::nullopt : std::optional(*words);
   return noErr;
 }
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

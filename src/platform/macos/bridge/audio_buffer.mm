@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/macos/bridge/guard.h"
-
 namespace vlm::platform::bridge {
 
 namespace {
@@ -12,39 +10,20 @@ namespace {
 static_assert(static_cast<int>(AVAudioCommonFormat::other) == ::AVAudioOtherFormat);
 static_assert(static_cast<int>(AVAudioCommonFormat::pcmFloat32) == ::AVAudioPCMFormatFloat32);
 
-// The framework makes formats of more channels only with a layout. Ours have no places: the
-// channels are counted.
-constexpr std::uint32_t kMostChannelsWithoutLayout = 2;
-
 }  // namespace
 
-Objc<::AVAudioFormat> toNative(const AVAudioFormat& format) {
-  const auto common = static_cast<::AVAudioCommonFormat>(format.commonFormat);
-  Objc<::AVAudioFormat> native;
-  guarded([&] {
-    if (format.channelCount <= kMostChannelsWithoutLayout) {
-      native = Objc<::AVAudioFormat>::adopting([[::AVAudioFormat alloc]
-          initWithCommonFormat:common
-                    sampleRate:format.sampleRate
-                      channels:format.channelCount
-                   interleaved:format.interleaved]);
-      return;
-    }
-    const auto layout = Objc<AVAudioChannelLayout>::adopting([[AVAudioChannelLayout alloc]
-        initWithLayoutTag:(::kAudioChannelLayoutTag_DiscreteInOrder | format.channelCount)]);
-    native = Objc<::AVAudioFormat>::adopting([[::AVAudioFormat alloc]
-        initWithCommonFormat:common
-                  sampleRate:format.sampleRate
-                 interleaved:format.interleaved
-               channelLayout:layout.get()]);
-  });
-  return native;
+AVAudioCommonFormat Format::commonFormat() const {
+  const bool isFloat = [format_.get() commonFormat] == ::AVAudioPCMFormatFloat32;
+  return isFloat ? AVAudioCommonFormat::pcmFloat32 : AVAudioCommonFormat::other;
 }
 
-AVAudioFormat fromNative(::AVAudioFormat* format) {
-  const bool isFloat = format.commonFormat == ::AVAudioPCMFormatFloat32;
-  return {isFloat ? AVAudioCommonFormat::pcmFloat32 : AVAudioCommonFormat::other,
-          format.sampleRate, format.channelCount, static_cast<bool>(format.isInterleaved)};
+::AVAudioFormat* native(const AVAudioFormatPtr& format) {
+  return format == nullptr ? nil : static_cast<const Format&>(*format).native();
+}
+
+AVAudioFormatPtr fromNative(::AVAudioFormat* format) {
+  if (format == nil) return nullptr;
+  return std::make_shared<Format>(Objc<::AVAudioFormat>::retaining(format));
 }
 
 PcmBuffer::PcmBuffer(Objc<::AVAudioPCMBuffer> buffer)
@@ -57,7 +36,7 @@ void PcmBuffer::setFrameLength(std::uint32_t frames) {
 
 float* PcmBuffer::floatChannelData(std::uint32_t channel) {
   float* const* const channels = [buffer_.get() floatChannelData];
-  return channels == nullptr || channel >= format_.channelCount ? nullptr : channels[channel];
+  return channels == nullptr || channel >= format_->channelCount() ? nullptr : channels[channel];
 }
 
 }  // namespace vlm::platform::bridge

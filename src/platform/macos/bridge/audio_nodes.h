@@ -4,6 +4,7 @@
 #import <AudioToolbox/AudioToolbox.h>
 
 #include <optional>
+#include <utility>
 
 #include "platform/avf_audio.h"
 #include "platform/macos/bridge/objc.h"
@@ -38,18 +39,16 @@ class IoNode {
 
 class InputNode : public AVAudioInputNode {
  public:
-  // `failure` takes what a tap was refused for.
-  InputNode(Objc<AVAudioIONode> node, std::optional<NSError>& failure)
-      : node_(std::move(node)), failure_(failure) {}
+  explicit InputNode(Objc<AVAudioIONode> node) : node_(std::move(node)) {}
   AudioUnit* audioUnit() override { return node_.unit(); }
-  AVAudioFormat inputFormatForBus(std::uint32_t bus) override;
-  void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize, const AVAudioFormat& format,
-                       AVAudioNodeTapBlock block) override;
+  AVAudioFormatPtr inputFormatForBus(std::uint32_t bus) override;
+  std::optional<NSError> installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                         AVAudioFormatPtr format,
+                                         AVAudioNodeTapBlock block) override;
   void removeTapOnBus(std::uint32_t bus) override;
 
  private:
   IoNode node_;
-  std::optional<NSError>& failure_;
 };
 
 class OutputNode : public AVAudioOutputNode {
@@ -71,7 +70,7 @@ class SourceNode : public AVAudioSourceNode {
 };
 
 // Null when the framework makes none.
-std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormat& format,
+std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormatPtr& format,
                                            AVAudioSourceNodeRenderBlock block);
 
 }  // namespace vlm::platform::bridge

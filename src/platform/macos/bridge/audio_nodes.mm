@@ -40,22 +40,21 @@ AudioUnit* IoNode::unit() {
   return unit_ ? &*unit_ : nullptr;
 }
 
-AVAudioFormat InputNode::inputFormatForBus(std::uint32_t bus) {
-  AVAudioFormat format;
-  guarded([&] {
-    ::AVAudioFormat* const native = [node_.native() inputFormatForBus:bus];
-    if (native != nil) format = fromNative(native);
-  });
+AVAudioFormatPtr InputNode::inputFormatForBus(std::uint32_t bus) {
+  AVAudioFormatPtr format;
+  guarded([&] { format = fromNative([node_.native() inputFormatForBus:bus]); });
   return format;
 }
 
-void InputNode::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
-                                const AVAudioFormat& format, AVAudioNodeTapBlock block) {
+std::optional<NSError> InputNode::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                                  AVAudioFormatPtr format,
+                                                  AVAudioNodeTapBlock block) {
+  if (node_.native() == nil) return NSError{"there is no input"};
   const auto shared = std::make_shared<const AVAudioNodeTapBlock>(std::move(block));
-  const auto thrown = guarded([&] {
+  return guarded([&] {
     [node_.native() installTapOnBus:bus
                          bufferSize:bufferSize
-                             format:toNative(format).get()
+                             format:native(format)
                               block:^(::AVAudioPCMBuffer* buffer, AVAudioTime*) {
                                 @autoreleasepool {
                                   (*shared)(std::make_shared<PcmBuffer>(
@@ -63,22 +62,20 @@ void InputNode::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                 }
                               }];
   });
-  if (thrown) failure_ = thrown;
 }
 
 void InputNode::removeTapOnBus(std::uint32_t bus) {
   guarded([&] { [node_.native() removeTapOnBus:bus]; });
 }
 
-std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormat& format,
+std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormatPtr& format,
                                            AVAudioSourceNodeRenderBlock block) {
   const auto shared = std::make_shared<const AVAudioSourceNodeRenderBlock>(std::move(block));
+  if (format == nullptr) return nullptr;
   Objc<::AVAudioSourceNode> node;
   guarded([&] {
-    const auto native = toNative(format);
-    if (!native) return;
     node = Objc<::AVAudioSourceNode>::adopting([[::AVAudioSourceNode alloc]
-        initWithFormat:native.get()
+        initWithFormat:native(format)
            renderBlock:^OSStatus(BOOL* isSilence, const AudioTimeStamp*, AVAudioFrameCount frames,
                                  ::AudioBufferList* list) {
              return render(*shared, isSilence, frames, list);

@@ -5,7 +5,7 @@
 #import <CoreAudioTypes/CoreAudioTypes.h>
 #import <AudioToolbox/AudioToolbox.h>
 
-@class AVAudioBuffer, AVAudioChannelLayout, AVAudioConverter, AVAudioEngine, AVAudioFormat, AVAudioIONode, AVAudioInputNode, AVAudioMixerNode, AVAudioNode, AVAudioOutputNode, AVAudioPCMBuffer, AVAudioPlayer, AVAudioSourceNode, AVAudioTime;
+@class AVAudioBuffer, AVAudioConverter, AVAudioEngine, AVAudioFormat, AVAudioIONode, AVAudioInputNode, AVAudioMixerNode, AVAudioNode, AVAudioOutputNode, AVAudioPCMBuffer, AVAudioPlayer, AVAudioSourceNode, AVAudioTime;
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -40,12 +40,8 @@ typedef OSStatus (^AVAudioSourceNodeRenderBlock)(BOOL * _Nonnull, const AudioTim
 #ifdef __cplusplus
 }
 #endif
-@interface AVAudioChannelLayout : NSObject
-- (instancetype)initWithLayoutTag:(AudioChannelLayoutTag)layoutTag __attribute__((availability(macos,introduced=10.10)));
-@end
 @interface AVAudioFormat : NSObject
 - (instancetype)initWithCommonFormat:(AVAudioCommonFormat)format sampleRate:(double)sampleRate channels:(AVAudioChannelCount)channels interleaved:(BOOL)interleaved __attribute__((availability(macos,introduced=10.10)));
-- (instancetype)initWithCommonFormat:(AVAudioCommonFormat)format sampleRate:(double)sampleRate interleaved:(BOOL)interleaved channelLayout:(AVAudioChannelLayout *)layout __attribute__((availability(macos,introduced=10.10)));
 - (AVAudioCommonFormat)commonFormat;
 - (double)sampleRate;
 - (AVAudioChannelCount)channelCount;

@@ -33,8 +33,6 @@ typedef struct AudioStreamBasicDescription {
   UInt32 mBitsPerChannel;
   UInt32 mReserved;
 } AudioStreamBasicDescription;
-enum { kAudioChannelLayoutTag_DiscreteInOrder = 9633792 };
-typedef UInt32 AudioChannelLayoutTag;
 #ifdef __cplusplus
 }
 #endif

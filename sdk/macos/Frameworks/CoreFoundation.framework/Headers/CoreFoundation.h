@@ -75,7 +75,7 @@ CFTypeID CFDataGetTypeID(void);
 typedef const struct __CFData * CFDataRef;
 CFDataRef CFDataCreate(CFAllocatorRef allocator, const UInt8 * bytes, CFIndex length);
 CFIndex CFDataGetLength(CFDataRef theData);
-uint8_t * CFDataGetBytePtr(CFDataRef theData);
+const uint8_t * CFDataGetBytePtr(CFDataRef theData);
 CFTypeID CFArrayGetTypeID(void);
 typedef struct __CFArray * CFMutableArrayRef;
 typedef const void *(*CFArrayRetainCallBack)(CFAllocatorRef, const void *);
@@ -93,7 +93,7 @@ CFMutableArrayRef CFArrayCreateMutable(CFAllocatorRef allocator, CFIndex capacit
 void CFArrayAppendValue(CFMutableArrayRef theArray, const void * value);
 typedef const struct __CFArray * CFArrayRef;
 CFIndex CFArrayGetCount(CFArrayRef theArray);
-void * CFArrayGetValueAtIndex(CFArrayRef theArray, CFIndex idx);
+const void * CFArrayGetValueAtIndex(CFArrayRef theArray, CFIndex idx);
 CFTypeID CFDictionaryGetTypeID(void);
 typedef struct __CFDictionary * CFMutableDictionaryRef;
 typedef const void *(*CFDictionaryRetainCallBack)(CFAllocatorRef, const void *);
@@ -120,7 +120,7 @@ typedef struct CFDictionaryValueCallBacks {
 CFMutableDictionaryRef CFDictionaryCreateMutable(CFAllocatorRef allocator, CFIndex capacity, const CFDictionaryKeyCallBacks * keyCallBacks, const CFDictionaryValueCallBacks * valueCallBacks);
 void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void * key, const void * value);
 typedef const struct __CFDictionary * CFDictionaryRef;
-void * CFDictionaryGetValue(CFDictionaryRef theDict, const void * key);
+const void * CFDictionaryGetValue(CFDictionaryRef theDict, const void * key);
 CFIndex CFDictionaryGetCount(CFDictionaryRef theDict);
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void ** keys, const void ** values);
 CFTypeID CFNullGetTypeID(void);

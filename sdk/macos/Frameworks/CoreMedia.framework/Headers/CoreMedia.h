@@ -73,7 +73,6 @@ enum { kCMMediaType_Video = 1986618469 };
 enum { kCMBlockBufferBadOffsetParameterErr = -12703 };
 enum { kCMSampleBufferError_ArrayTooSmall = -12737 };
 enum { kCMFormatDescriptionError_InvalidParameter = -12710 };
-enum { kCMSampleBufferFlag_AudioBufferList_Assure16ByteAlignment = 1 };
 enum { kCMBlockBufferNoErr = 0 };
 typedef FourCharCode CMVideoCodecType;
 #ifdef __cplusplus

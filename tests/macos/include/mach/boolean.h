@@ -1,0 +1,2 @@
+#pragma once
+typedef int boolean_t;

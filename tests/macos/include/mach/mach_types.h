@@ -1,0 +1,3 @@
+#pragma once
+typedef unsigned int mach_port_t;
+typedef int kern_return_t;
