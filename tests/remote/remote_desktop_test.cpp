@@ -118,7 +118,8 @@ TEST(RemoteDesktop, ShowsTypesDrawsCopiesAndPlaysOnTheOtherSide) {
   const PrivateSoundServer sharedSound;
   const std::string sharedServer = "PULSE_SERVER=" + std::string(getenv("PULSE_SERVER"));
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   const ScratchFolder folder;
   const auto typed = folder.file("typed");
   const ChildProcess editor(
@@ -167,7 +168,8 @@ TEST(RemoteDesktop, ShowsTypesDrawsCopiesAndPlaysOnTheOtherSide) {
 
 TEST(RemoteDesktop, LetsNobodyInWithoutTheTokenAndShowsNothingOfAnotherHost) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   Role share(shared, {"share"});
   const auto invitation = share.invitation();
   const auto status = [&](const std::string& other) {
@@ -207,7 +209,8 @@ TEST(RemoteDesktop, LetsNobodyInWithoutTheTokenAndShowsNothingOfAnotherHost) {
 
 TEST(RemoteDesktop, TheNewestViewerIsServedAndKeysOfALostOneAreReleased) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   Role share(shared, {"share"});
   const auto invitation = share.invitation();
   Role first(viewing, {"view", invitation});
@@ -237,7 +240,8 @@ TEST(RemoteDesktop, TheNewestViewerIsServedAndKeysOfALostOneAreReleased) {
 
 TEST(RemoteDesktop, AWindowThatIsSharedIsAllThatIsSeenAndEndsTheSharingWhenItCloses) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   const ChildProcess chosen(on(shared, plainWindow("Only this", "60x20+40+40", "#2a6f97")));
   const auto window = windowOn(shared, "--name", "Only this");
   const ChildProcess above(on(shared, plainWindow("Not this", "60x20+60+60", "red")));
@@ -279,7 +283,8 @@ remote::Bytes damaged(std::mt19937& random, remote::Side side) {
 
 TEST(RemoteDesktop, HostileViewersHarmNothing) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   Role share(shared, {"share"});
   const auto invitation = remote::Invitation::parse(share.invitation());
   const remote::Credentials own(remote::Side::view);
