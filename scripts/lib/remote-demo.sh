@@ -5,7 +5,7 @@
 readonly remote_programs=build/release/examples/remote-desktop
 readonly shared_width=1280 shared_height=720
 
-# Commands on one of the two desktops, each with a sound server of its own.
+# Commands on one of the two desktops, each with its own sound server.
 on_shared() { "${shared[@]}" "$@"; }
 on_viewing() { "${viewing[@]}" "$@"; }
 

@@ -292,7 +292,7 @@ TEST(RemoteDesktop, HostileViewersHarmNothing) {
                             remote::Bytes(invitation.token.begin(), invitation.token.end())};
   const long before = share.residentKilobytes();
 
-  // Those that never speak hold up nobody.
+  // Those that never speak hold up no viewer.
   std::vector<remote::Socket> silent;
   for (int i = 0; i < std::min(5 * rounds(), 1000); ++i) {
     silent.push_back(remote::connectTo(invitation.address));
@@ -340,7 +340,7 @@ TEST(RemoteDesktop, AHostileHostHarmsNoViewer) {
     HostilePeer host(std::move(guest), own, remote::Side::share);
     ASSERT_TRUE(host.isConnected());
     host.say(remote::Screen{800, 600, 1});
-    // Understood, each of them, but for what stands in it.
+    // Each has the form of a message and content that makes no sense.
     for (int i = 0; i < rounds(); ++i) {
       remote::Bytes bytes(64 + random() % 1000);
       for (auto& byte : bytes) byte = static_cast<remote::u8>(random());
