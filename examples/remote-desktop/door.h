@@ -17,7 +17,7 @@ class Door {
       : token_(token), admit_(std::move(admit)), socket_(listenAt(address)) {
     const Object<GSocketAddress> own(g_socket_get_local_address(socket_.get(), nullptr));
     address_ = nameOf(own.get());
-    // Nobody can connect to "any address".
+    // "Any address" is none that can be connected to.
     auto* internet = G_INET_SOCKET_ADDRESS(own.get());
     if (g_inet_address_get_is_any(g_inet_socket_address_get_address(internet)) != FALSE) {
       const auto port = g_inet_socket_address_get_port(internet);
@@ -64,7 +64,7 @@ class Door {
     if (!guest || Clock::now() < closedUntil_) return;
     g_socket_set_blocking(guest.get(), FALSE);
     const Object<GSocketAddress> peer(g_socket_get_remote_address(guest.get(), nullptr));
-    // The one that has taken longest makes room, so that idle strangers keep nobody out.
+    // The one that has taken longest makes room, so that idle strangers keep no viewer out.
     if (guests_.size() >= kMostGuests) guests_.pop_front();
     guests_.emplace_back(*this, std::move(guest), peer ? nameOf(peer.get()) : "?");
   }

@@ -9,6 +9,8 @@
  *   GTK 4      the keycode of GtkEventControllerKey's signals
  *   Qt         QKeyEvent::nativeScanCode(), under X11 and Wayland
  *   SDL, libinput, Linux itself: their evdev code plus 8
+ *
+ * A test compares the table with the library's own.
  */
 #ifndef REMOTE_MAC_KEYS_H
 #define REMOTE_MAC_KEYS_H

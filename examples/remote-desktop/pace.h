@@ -54,7 +54,7 @@ class Pace {
   static constexpr Seconds kQueueAllowed{0.05};
   static constexpr double kFree = 16 * 1024;
   static constexpr std::size_t kMostOnTheWay = 30;
-  static constexpr std::size_t kTellsRate = 4 * 1024;  // smaller ones tell about the delay alone
+  static constexpr std::size_t kShowsRate = 4 * 1024;  // smaller ones show the delay alone
   static constexpr double kRemembered = 0.5;           // seconds of a busy line
 
   // A picture begins to pass the narrowest place when the one before it has passed, or when it gets
@@ -62,7 +62,7 @@ class Pace {
   void learn(const Sent& picture, Clock::time_point now) {
     const Seconds underWay = now - picture.at;
     shortest_ = std::min(shortest_, underWay);
-    if (picture.bytes < kTellsRate) return;
+    if (picture.bytes < kShowsRate) return;
     const auto passing = std::min<Seconds>(now - lastArrival_, underWay - shortest_);
     busyBytes_ += static_cast<double>(picture.bytes);
     busySeconds_ += std::max(passing.count(), 1e-4);

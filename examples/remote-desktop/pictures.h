@@ -42,10 +42,11 @@ class Pictures {
   void reported(const Report& report) {
     const auto [visible, shown, passedOver] = report;
     wanted_ = visible != 0;
-    if (passedOver > shown / 8) {
-      fps_ = std::clamp(2 * shown, kLeastFps, options_.fps);  // a report is about half a second
+    // One now and then only came too soon after another.
+    if (passedOver > 1 + shown / 4) {
+      fps_ = std::max(fps_ * shown / (shown + passedOver), kLeastFps);
     } else {
-      fps_ = std::min(fps_ + 1 + fps_ / 8, options_.fps);
+      fps_ = std::min(fps_ + 1 + fps_ / 4, options_.fps);
     }
   }
 

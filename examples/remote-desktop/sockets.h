@@ -23,7 +23,7 @@ inline void raise(GError* error) {
   throw std::runtime_error(text);
 }
 
-// The first address of "HOST:PORT"; IPv6 numbers stand in brackets.
+// The first address of "HOST:PORT"; IPv6 numbers are in brackets.
 inline Object<GSocketAddress> lookUp(const std::string& address) {
   GError* error = nullptr;
   const Object<GSocketConnectable> named(g_network_address_parse(address.c_str(), 0, &error));

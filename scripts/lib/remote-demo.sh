@@ -5,7 +5,7 @@
 readonly remote_programs=build/release/examples/remote-desktop
 readonly shared_width=1280 shared_height=720
 
-# Commands on one of the two desktops, each with a sound server of its own.
+# Commands on one of the two desktops, each with its own sound server.
 on_shared() { "${shared[@]}" "$@"; }
 on_viewing() { "${viewing[@]}" "$@"; }
 
@@ -50,9 +50,10 @@ start_remote_desktops() {
   shared_display=$DISPLAY
   touch "$work/letter"
   # The colour that a click changes is in the corner where the measurement looks.
-  start xedit -geometry 560x420+240+20 "$work/letter"
+  start env -C "$work" xedit -geometry 560x420+240+20 letter
   start bitmap -size 24x24 -geometry 420x440+830+20
-  start xterm -geometry 90x12+240+500 -fa 'DejaVu Sans Mono' -fs 9
+  start env -C "$work" "PS1=$ " xterm -geometry 90x12+240+500 -fa 'DejaVu Sans Mono' -fs 9 \
+    -e bash --norc
   start_private_desktop 1440 860
   viewing=(env "DISPLAY=$DISPLAY" "PULSE_SERVER=unix:$work/viewing-sound")
   viewing_display=$DISPLAY

@@ -118,7 +118,8 @@ TEST(RemoteDesktop, ShowsTypesDrawsCopiesAndPlaysOnTheOtherSide) {
   const PrivateSoundServer sharedSound;
   const std::string sharedServer = "PULSE_SERVER=" + std::string(getenv("PULSE_SERVER"));
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   const ScratchFolder folder;
   const auto typed = folder.file("typed");
   const ChildProcess editor(
@@ -167,7 +168,8 @@ TEST(RemoteDesktop, ShowsTypesDrawsCopiesAndPlaysOnTheOtherSide) {
 
 TEST(RemoteDesktop, LetsNobodyInWithoutTheTokenAndShowsNothingOfAnotherHost) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   Role share(shared, {"share"});
   const auto invitation = share.invitation();
   const auto status = [&](const std::string& other) {
@@ -207,7 +209,8 @@ TEST(RemoteDesktop, LetsNobodyInWithoutTheTokenAndShowsNothingOfAnotherHost) {
 
 TEST(RemoteDesktop, TheNewestViewerIsServedAndKeysOfALostOneAreReleased) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   Role share(shared, {"share"});
   const auto invitation = share.invitation();
   Role first(viewing, {"view", invitation});
@@ -237,7 +240,8 @@ TEST(RemoteDesktop, TheNewestViewerIsServedAndKeysOfALostOneAreReleased) {
 
 TEST(RemoteDesktop, AWindowThatIsSharedIsAllThatIsSeenAndEndsTheSharingWhenItCloses) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   const ChildProcess chosen(on(shared, plainWindow("Only this", "60x20+40+40", "#2a6f97")));
   const auto window = windowOn(shared, "--name", "Only this");
   const ChildProcess above(on(shared, plainWindow("Not this", "60x20+60+60", "red")));
@@ -279,7 +283,8 @@ remote::Bytes damaged(std::mt19937& random, remote::Side side) {
 
 TEST(RemoteDesktop, HostileViewersHarmNothing) {
   const TwoDesktops desktops;
-  const auto& [shared, viewing] = desktops;
+  const auto& shared = desktops.shared;
+  const auto& viewing = desktops.viewing;
   Role share(shared, {"share"});
   const auto invitation = remote::Invitation::parse(share.invitation());
   const remote::Credentials own(remote::Side::view);
@@ -287,7 +292,7 @@ TEST(RemoteDesktop, HostileViewersHarmNothing) {
                             remote::Bytes(invitation.token.begin(), invitation.token.end())};
   const long before = share.residentKilobytes();
 
-  // Those that never speak hold up nobody.
+  // Those that never speak hold up no viewer.
   std::vector<remote::Socket> silent;
   for (int i = 0; i < std::min(5 * rounds(), 1000); ++i) {
     silent.push_back(remote::connectTo(invitation.address));
@@ -335,7 +340,7 @@ TEST(RemoteDesktop, AHostileHostHarmsNoViewer) {
     HostilePeer host(std::move(guest), own, remote::Side::share);
     ASSERT_TRUE(host.isConnected());
     host.say(remote::Screen{800, 600, 1});
-    // Understood, each of them, but for what stands in it.
+    // Each has the form of a message and content that makes no sense.
     for (int i = 0; i < rounds(); ++i) {
       remote::Bytes bytes(64 + random() % 1000);
       for (auto& byte : bytes) byte = static_cast<remote::u8>(random());
