@@ -868,12 +868,13 @@ VLM_API int32_t vlm_audio_devices_json(int32_t input, char* out, int32_t capacit
  * Result:     a microphone handle.
  * Errors:     NULL when cb is NULL, there is no input, or it can't be started.
  * Thread:     any. cb runs on a thread of the audio system.
- * Lifetime:   ended by vlm_audio_in_stop.
+ * Lifetime:   ended by vlm_audio_in_stop. While the device is gone no callback comes; it goes on
+ *             when the device is back.
  */
 VLM_API void* vlm_audio_in_start(const char* deviceUid, vlm_mic_cb cb, void* user);
 
 /*
- * What:       Ends a recording. No callback follows.
+ * What:       Ends a recording, when a callback that runs has returned. No callback follows.
  * Parameters: handle  a microphone.
  * Result:     none.
  * Errors:     none.
@@ -890,7 +891,8 @@ VLM_API void vlm_audio_in_stop(void* handle);
  * Result:     a playback handle.
  * Errors:     NULL when the output can't be started.
  * Thread:     any.
- * Lifetime:   ended by vlm_audio_out_stop.
+ * Lifetime:   ended by vlm_audio_out_stop. While the device is gone what is written is lost; it
+ *             goes on when the device is back.
  */
 VLM_API void* vlm_audio_out_start(const char* deviceUid, int32_t channels);
 

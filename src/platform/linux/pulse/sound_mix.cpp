@@ -11,7 +11,7 @@ namespace vlm::platform::pulse {
 namespace {
 
 // What the server keeps ahead: a change of place or volume is heard this much later.
-constexpr pa_usec_t kAhead = 40 * PA_USEC_PER_MSEC;
+constexpr pa_usec_t kMixedAhead = 40 * PA_USEC_PER_MSEC;
 
 }  // namespace
 
@@ -60,7 +60,7 @@ void SoundMix::begin(const Sound& sound) {
   pa_channel_map_init_extend(&channels, sound.channels, PA_CHANNEL_MAP_WAVEEX);
   pa_buffer_attr sizes{};
   sizes.maxlength = sizes.prebuf = sizes.minreq = static_cast<std::uint32_t>(-1);
-  sizes.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(kAhead, &format));
+  sizes.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(kMixedAhead, &format));
   constexpr auto kFlags = static_cast<pa_stream_flags_t>(
       PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE | PA_STREAM_INTERPOLATE_TIMING);
   stream_ = connection_->beginStream("sound", format, &channels, [&](pa_stream* stream) {
