@@ -31,7 +31,7 @@ struct SCDisplay {
   CGRect frame;
 };
 
-// What can be captured at one moment. Windows come front to back; the main display comes first.
+// What can be captured at one moment, each list in an order of the system's choice.
 struct SCShareableContent {
   using Handler =
       std::function<void(std::shared_ptr<const SCShareableContent>, std::optional<NSError>)>;
