@@ -460,6 +460,23 @@ TEST(Capture, EndsWithALogLineWhenTheWindowOrTheServerGoes) {
   }
 }
 
+TEST(Capture, WaylandSessionIsSeenThroughAndItsX11WindowsCanBeCaptured) {
+  PrivateDesktop desktop(kSmall);
+  Canvas canvas("client", {0, 0, 400, 300}, kGrey);
+  EXPECT_TRUE(vlm_perm_screen_recording(true) && vlm_perm_accessibility(true));
+  Environment environment;
+  environment.set("WAYLAND_DISPLAY", "wayland-0");
+  EXPECT_FALSE(vlm_perm_screen_recording(true) || vlm_perm_accessibility(true));
+  FrameRecorder display, window;
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(display.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  EXPECT_NE(testing::internal::GetCapturedStderr().find(
+                "[vlm] startCapture failed: a Wayland session does not show its screen"),
+            std::string::npos);
+  ASSERT_TRUE(window.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+  expectShown(window, "an X11 window", {{200, 150, kGrey}});
+}
+
 TEST(Capture, KeptFramesMakeTheStreamSkipAndThenCatchUp) {
   const PrivateDesktop desktop(kSmall);
   Canvas canvas("kept", {0, 0, 800, 600}, kGrey);
