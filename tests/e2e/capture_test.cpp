@@ -318,6 +318,10 @@ class LateWindow {
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, id_, screen->root, place.x, place.y,
                       place.width, place.height, 3, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                       screen->root_visual, XCB_CW_OVERRIDE_REDIRECT, &bypassesManager);
+    if (name == nullptr) {
+      show();
+      return;
+    }
     const std::string both = std::string(name) + '\0' + name + '\0';
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
                         8, static_cast<std::uint32_t>(both.size()), both.data());
@@ -402,6 +406,11 @@ TEST(Capture, WhatLiesBehindAWindowIsNotShownBeforeTheWindowIsPainted) {
       lateEnough();
       menu.paint(kGrey);
       expectShown(recorder, "menu", {{200, 200, kGrey}, {90, 90, kWhite}});
+      LateWindow classless(nullptr, {300, 300, 100, 100}), foreign("other", {500, 300, 50, 50});
+      lateEnough();
+      classless.paint(kGrey);
+      foreign.paint(kGrey);
+      expectShown(recorder, "menu without class", {{350, 350, kGrey}, {520, 320, kWhite}});
     }
     EXPECT_EQ(framesWith(recorder, kRed), 0U) << isApplication << " of " << recorder.count();
   }
