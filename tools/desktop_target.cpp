@@ -1,5 +1,7 @@
 #include "desktop_target.h"
 
+#include <cstdio>
+
 #include "VelmoraMacNative.h"
 #include "failure.h"
 #include "whole_number.h"
@@ -20,7 +22,11 @@ std::int32_t processNamed(const std::string& pidOrPrefix) {
 }
 
 void requireDesktop() {
-  if (!vlm_perm_accessibility(false)) throw Failure("there is no desktop that can be controlled");
+  if (vlm_perm_accessibility(false)) return;
+  if (!vlm_input_cursor_pos(nullptr, nullptr)) {
+    throw Failure("there is no desktop that can be controlled");
+  }
+  std::fputs("vlm: in a Wayland session this reaches X11 clients only\n", stderr);
 }
 
 }  // namespace vlm::tools

@@ -318,6 +318,10 @@ class LateWindow {
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, id_, screen->root, place.x, place.y,
                       place.width, place.height, 3, XCB_WINDOW_CLASS_INPUT_OUTPUT,
                       screen->root_visual, XCB_CW_OVERRIDE_REDIRECT, &bypassesManager);
+    if (name == nullptr) {
+      show();
+      return;
+    }
     const std::string both = std::string(name) + '\0' + name + '\0';
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, id_, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING,
                         8, static_cast<std::uint32_t>(both.size()), both.data());
@@ -402,6 +406,11 @@ TEST(Capture, WhatLiesBehindAWindowIsNotShownBeforeTheWindowIsPainted) {
       lateEnough();
       menu.paint(kGrey);
       expectShown(recorder, "menu", {{200, 200, kGrey}, {90, 90, kWhite}});
+      LateWindow classless(nullptr, {300, 300, 100, 100}), foreign("other", {500, 300, 50, 50});
+      lateEnough();
+      classless.paint(kGrey);
+      foreign.paint(kGrey);
+      expectShown(recorder, "menu without class", {{350, 350, kGrey}, {520, 320, kWhite}});
     }
     EXPECT_EQ(framesWith(recorder, kRed), 0U) << isApplication << " of " << recorder.count();
   }
@@ -458,6 +467,23 @@ TEST(Capture, EndsWithALogLineWhenTheWindowOrTheServerGoes) {
     EXPECT_FALSE(again.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
     testing::internal::GetCapturedStderr();
   }
+}
+
+TEST(Capture, WaylandSessionIsSeenThroughAndItsX11WindowsCanBeCaptured) {
+  PrivateDesktop desktop(kSmall);
+  Canvas canvas("client", {0, 0, 400, 300}, kGrey);
+  EXPECT_TRUE(vlm_perm_screen_recording(true) && vlm_perm_accessibility(true));
+  Environment environment;
+  environment.set("WAYLAND_DISPLAY", "wayland-0");
+  EXPECT_FALSE(vlm_perm_screen_recording(true) || vlm_perm_accessibility(true));
+  FrameRecorder display, window;
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(display.start(vlm_capture_start_display, 0U, kFps, 0, 0));
+  EXPECT_NE(testing::internal::GetCapturedStderr().find(
+                "[vlm] startCapture failed: a Wayland session does not show its screen"),
+            std::string::npos);
+  ASSERT_TRUE(window.start(vlm_capture_start_window, canvas.id(), kFps, 0, 0));
+  expectShown(window, "an X11 window", {{200, 150, kGrey}});
 }
 
 TEST(Capture, KeptFramesMakeTheStreamSkipAndThenCatchUp) {

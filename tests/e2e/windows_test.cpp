@@ -108,6 +108,73 @@ void noteEvent(int32_t code, double x, double y, double width, double height, vo
   static_cast<std::vector<Event>*>(events)->push_back({code, frameText(x, y, width, height)});
 }
 
+TEST(Windows, AreListedWhileTheyMove) {
+  PrivateDesktop desktop(kBare);
+  const Canvas canvas("moving", {0, 0, 200, 100}, 0);
+  ASSERT_EQ(idsOf(getpid()).size(), 1U);
+  std::atomic<bool> done = false;
+  std::thread restless([&] {
+    auto* mover = xcb_connect(nullptr, nullptr);
+    for (std::uint32_t i = 0; !done; ++i) {
+      const std::uint32_t place[] = {i * 37 % 700, i * 53 % 500};
+      xcb_configure_window(mover, canvas.id(), XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place);
+      free(xcb_get_input_focus_reply(mover, xcb_get_input_focus(mover), nullptr));
+    }
+    xcb_disconnect(mover);
+  });
+  int missing = 0;
+  for (int i = 0; i < 1000; ++i) missing += idsOf(getpid()).empty() ? 1 : 0;
+  done = true;
+  restless.join();
+  EXPECT_EQ(missing, 0);
+}
+
+// As a toolkit that draws the decoration of its windows itself says it.
+void setShadow(std::uint32_t window, const char* sides) {
+  outputOf({"xprop", "-id", text(window), "-f", "_GTK_FRAME_EXTENTS", "32c", "-set",
+            "_GTK_FRAME_EXTENTS", sides});
+}
+
+TEST(Windows, EndWhereTheirInvisibleShadowBegins) {
+  PrivateDesktop desktop(kBare);
+  Canvas canvas("decorated", {100, 100, 320, 240}, 0xE02020);
+  canvas.fill({26, 23, 268, 188}, 0x707070);
+  std::vector<Event> events;
+  void* tracker = vlm_window_track(getpid(), noteEvent, &events);
+  FrameRecorder recorder, application;
+  ASSERT_TRUE(application.start(vlm_capture_start_app, "decorated", 30, 0, 0));
+  const std::string frame = "126,123 268x188";
+  setShadow(canvas.id(), "26, 26, 23, 29");
+  EXPECT_TRUE(pumpUntil([&] { return !events.empty() && events.back().frame == frame; }));
+  vlm_window_untrack(tracker);
+  const auto entry = windowsOf(getpid()).at(0);
+  EXPECT_EQ(frameText(entry.left, entry.top, entry.width, entry.height), frame);
+  double x = 0, y = 0, width = 0, height = 0;
+  ASSERT_TRUE(vlm_window_get_bounds(canvas.id(), &x, &y, &width, &height));
+  EXPECT_EQ(frameText(x, y, width, height), frame);
+  ASSERT_TRUE(recorder.start(vlm_capture_start_window, canvas.id(), 30, 0, 0));
+  ASSERT_TRUE(vlm_capture_bounds(recorder.capture(), &x, &y, &width, &height));
+  EXPECT_EQ(frameText(x, y, width, height), frame);
+  // All of it is grey, and the shadow is nowhere.
+  const auto grey = [](const Frame& picture, int left, int top) {
+    const auto at = [&](int column, int row) {
+      return picture.pixels.at(static_cast<std::size_t>(top + row) * picture.width + left + column);
+    };
+    return at(0, 0) == at(134, 94) && at(267, 187) == at(134, 94) && at(134, 94) > 100;
+  };
+  EXPECT_TRUE(grey(recorder.last(), 0, 0));
+  EXPECT_TRUE(
+      grey(application.waitUntil([&](const Frame& f) { return f.pixels[110 * 1000 + 110] == 16; }),
+           126, 123));
+  EXPECT_EQ(application.last().pixels[110 * 1000 + 110], 16);
+  // What a hostile client says is as good as nothing.
+  for (const char* sides : {"200, 200, 0, 0", "4294967295, 1, 0, 0", "1, 2, 3"}) {
+    setShadow(canvas.id(), sides);
+    ASSERT_TRUE(vlm_window_get_bounds(canvas.id(), &x, &y, &width, &height));
+    EXPECT_EQ(frameText(x, y, width, height), "100,100 320x240") << sides;
+  }
+}
+
 TEST(Windows, MayVanishAtAnyMoment) {
   PrivateDesktop desktop(kManaged);
   // Connects before the thread does: two programs in one process can't do it at the same time.

@@ -36,6 +36,7 @@ bool isManaged() {
 
 PrivateDesktop::PrivateDesktop(const Options& options) : server_(startServer(options, display_)) {
   environment_.set("DISPLAY", display_);
+  environment_.set("WAYLAND_DISPLAY", "");
   if (!options.windowManager) return;
   windowManager_.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
   if (!eventually(isManaged, kStartLimit)) {

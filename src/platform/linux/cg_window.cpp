@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/linux/x11/display.h"
+#include "platform/linux/x11/list_moment.h"
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/window_list.h"
 
@@ -35,6 +36,7 @@ CFArray windowsOnScreen(const x11::Connection& connection, bool excludesDesktop)
   auto windows = x11::listManagedWindows(connection, x11::Details::frame);
   std::erase_if(windows, [](const auto& window) { return !window.isOnScreen; });
   if (excludesDesktop) leaveOutDesktop(connection, windows);
+  x11::keepFramesOfMoment(windows);
   for (const auto& window : windows) {
     list.push_back(CFDictionary{{std::string(kCGWindowNumber), window.id},
                                 {std::string(kCGWindowOwnerPID), window.processId},

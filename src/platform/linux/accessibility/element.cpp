@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/linux/x11/display.h"
+#include "platform/linux/x11/list_moment.h"
 
 namespace vlm::platform::accessibility {
 namespace {
@@ -58,7 +59,8 @@ bool Element::takeKnown(std::string_view attribute, Value& value) {
 
 AXError Element::copyOfApplication(const x11::Connection& connection, std::string_view attribute,
                                    Value& value) {
-  const auto [windows, active] = x11::listManagedWindowsOf(connection, processId);
+  auto [windows, active] = x11::listManagedWindowsOf(connection, processId);
+  x11::useFramesOfMoment(windows);
   if (windows.empty()) {
     return connection.isLost() ? kAXErrorCannotComplete : kAXErrorInvalidUIElement;
   }

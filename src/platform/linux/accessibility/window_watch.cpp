@@ -11,6 +11,9 @@
 namespace vlm::platform::accessibility {
 namespace {
 
+constexpr std::uint32_t kWindowEvents =
+    XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE;
+
 void select(const x11::Connection& connection, xcb_window_t window, std::uint32_t events) {
   xcb_change_window_attributes(connection.get(), window, XCB_CW_EVENT_MASK, &events);
 }
@@ -74,7 +77,9 @@ void WindowWatch::notice(const xcb_generic_event_t& event) {
       break;
     }
     case XCB_PROPERTY_NOTIFY: {
-      const auto atom = reinterpret_cast<const xcb_property_notify_event_t&>(event).atom;
+      const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+      const auto atom = change.atom;
+      if (atom == atoms_.shadow) moved_.insert(change.window);
       activationChanged_ |= atom == atoms_.active;
       windowsChanged_ |= atom == atoms_.clients || atom == atoms_.stacking;
       break;
@@ -96,7 +101,7 @@ void WindowWatch::watchTopLevel(xcb_window_t window) {
   if (known == windows_.end()) return;
   known->second.topLevel = x11::topLevelOf(*connection_, window);
   if (known->second.topLevel != XCB_NONE) {
-    select(*connection_, known->second.topLevel, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+    select(*connection_, known->second.topLevel, kWindowEvents);
   }
   // Whatever happened before the selection is looked up once more.
   moved_.insert(window);
@@ -124,7 +129,7 @@ void WindowWatch::refreshWindows() {
 
 void WindowWatch::watch(const x11::Window& window) {
   if (!windows_.emplace(window.id, Watched{window.frame, window.id}).second) return;
-  select(*connection_, window.id, XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  select(*connection_, window.id, kWindowEvents);
   watchTopLevel(window.id);
 }
 

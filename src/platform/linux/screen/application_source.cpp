@@ -5,6 +5,7 @@
 
 #include "platform/linux/screen/core_rectangle.h"
 #include "platform/linux/x11/event.h"
+#include "platform/linux/x11/window_request.h"
 
 namespace vlm::platform::screen {
 
@@ -12,6 +13,7 @@ ApplicationSource::ApplicationSource(const x11::Connection& connection,
                                      const ApplicationsTarget& target)
     : connection_(connection),
       target_(target),
+      shadow_(x11::WindowAtoms(connection).shadow),
       place_(connection, target.display->displayID, pixelsOf(target.display->frame)),
       reader_(connection) {
   constexpr std::uint32_t kEvents = MonitorPlace::kRootEvents | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
@@ -42,7 +44,11 @@ void ApplicationSource::handleRoot(const xcb_generic_event_t& event) {
       isListStale_ |= isShown(notice.window);
       break;
     }
-    case XCB_PROPERTY_NOTIFY:  // the window manager's list, among others
+    case XCB_PROPERTY_NOTIFY: {  // the window manager's list, among others
+      const auto& notice = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+      isListStale_ |= notice.window == connection_.screen().root || notice.atom == shadow_;
+      break;
+    }
     case XCB_MAP_NOTIFY:
     case XCB_UNMAP_NOTIFY:
     case XCB_DESTROY_NOTIFY:
@@ -71,11 +77,28 @@ std::optional<Clock::time_point> ApplicationSource::wakeAt() const {
   return first;
 }
 
-bool ApplicationSource::isOurs(const x11::Window& window) const {
-  if (std::ranges::find(target_.excepting, window.id) != target_.excepting.end()) return false;
+bool ApplicationSource::isOfTarget(const x11::Window& window) const {
   return std::ranges::any_of(target_.applications, [&](const auto& application) {
     return application->bundleIdentifier == window.className.value_or("") &&
            application->processID == window.processId;
+  });
+}
+
+// Menus often have no class. They are their window's application's; those of no window are that of
+// any application of their process.
+bool ApplicationSource::isOurs(const x11::Window& window, const Windows& all) const {
+  if (std::ranges::find(target_.excepting, window.id) != target_.excepting.end()) return false;
+  if (isOfTarget(window)) return true;
+  constexpr int kDeepestMenu = 20;
+  const auto* owner = &window;
+  for (int depth = 0; depth < kDeepestMenu && !owner->className; ++depth) {
+    const auto next = std::ranges::find(all, owner->transientFor, &x11::Window::id);
+    if (next == all.end()) break;
+    owner = &*next;
+  }
+  if (owner->className) return isOfTarget(*owner);
+  return std::ranges::any_of(target_.applications, [&](const auto& application) {
+    return application->processID == owner->processId && owner->processId != 0;
   });
 }
 
@@ -104,8 +127,9 @@ std::vector<Rectangle> ApplicationSource::takeChanges() {
 // Lists the windows anew. What moved, came, went or changed its place in the stack changed the
 // content there.
 void ApplicationSource::refreshWindows() {
-  auto listed = x11::listAllWindows(connection_);
-  std::erase_if(listed, [this](const x11::Window& each) { return !isOurs(each); });
+  const auto all = x11::listAllWindows(connection_);
+  auto listed = all;
+  std::erase_if(listed, [&](const x11::Window& each) { return !isOurs(each, all); });
   std::vector<xcb_window_t> hidden;
   std::erase_if(listed, [&hidden](const x11::Window& each) {
     if (!each.isOnScreen) hidden.push_back(each.id);

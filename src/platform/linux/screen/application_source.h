@@ -35,7 +35,10 @@ class ApplicationSource final : public Source {
     Rectangle frame;  // relative to the root
   };
 
-  bool isOurs(const x11::Window& window) const;
+  using Windows = std::vector<x11::StackedWindow>;
+
+  bool isOfTarget(const x11::Window& window) const;
+  bool isOurs(const x11::Window& window, const Windows& all) const;
   bool isShown(xcb_window_t window) const;
   void handleRoot(const xcb_generic_event_t& event);
   void refreshWindows();
@@ -45,6 +48,7 @@ class ApplicationSource final : public Source {
 
   const x11::Connection& connection_;
   const ApplicationsTarget target_;
+  const xcb_atom_t shadow_;  // the property's name
   MonitorPlace place_;
   std::vector<Shown> windows_;        // back to front
   std::vector<xcb_window_t> hidden_;  // ours as well, but not on the screen

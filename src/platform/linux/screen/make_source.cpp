@@ -4,6 +4,7 @@
 #include "platform/linux/screen/core_rectangle.h"
 #include "platform/linux/screen/display_source.h"
 #include "platform/linux/screen/window_source.h"
+#include "platform/linux/x11/access.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/visuals.h"
 
@@ -21,6 +22,7 @@ struct Maker {
     if (!target.excluding.empty()) {
       return refuse("windows can't be left out of a display on this platform");
     }
+    if (x11::isOfWayland(connection)) return refuse(kOfWayland);
     return std::make_unique<DisplaySource>(connection, target.display->displayID,
                                            pixelsOf(target.display->frame));
   }
@@ -47,6 +49,9 @@ struct Maker {
     return nullptr;
   }
 
+  static constexpr const char* kOfWayland =
+      "a Wayland session does not show its screen to X11 clients: log in to an X11 session, or "
+      "capture a window of an X11 client";
   static constexpr const char* kNoComposite = "the X server lacks the Composite extension";
 };
 

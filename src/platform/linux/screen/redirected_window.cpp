@@ -9,6 +9,7 @@
 #include "platform/linux/screen/repaint.h"
 #include "platform/linux/x11/event.h"
 #include "platform/linux/x11/extensions.h"
+#include "platform/linux/x11/window_request.h"
 
 namespace vlm::platform::screen {
 namespace {
@@ -25,8 +26,8 @@ constexpr auto kFalseDamage = 10ms;
 // An owner who painted nothing by then may have done it before it could be noticed.
 constexpr auto kMissedLimit = 40ms;
 
-constexpr std::uint32_t kEvents =
-    XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_VISIBILITY_CHANGE;
+constexpr std::uint32_t kEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                                  XCB_EVENT_MASK_VISIBILITY_CHANGE | XCB_EVENT_MASK_PROPERTY_CHANGE;
 
 // True when the server made the event before it served the request of this number.
 bool isBefore(const xcb_generic_event_t& event, std::uint32_t request) {
@@ -40,6 +41,7 @@ RedirectedWindow::RedirectedWindow(const x11::Connection& connection, xcb_window
     : connection_(connection),
       window_(window),
       hasShape_(x11::supports(connection, x11::Extension::shape)),
+      shadow_(x11::WindowAtoms(connection).shadow),
       damage_(connection, window),
       unpainted_(connection) {
   auto* c = connection_.get();
@@ -102,6 +104,9 @@ void RedirectedWindow::handleStructure(const xcb_generic_event_t& event) {
     if (!isOurs(reinterpret_cast<const xcb_unmap_notify_event_t&>(event))) return;
     isStale_ = true;
     wait_.reset();
+  } else if (type == XCB_PROPERTY_NOTIFY) {
+    const auto& notice = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+    isStale_ |= notice.window == window_ && notice.atom == shadow_;
   } else if (type == XCB_DESTROY_NOTIFY) {
     isClosed_ |= isOurs(reinterpret_cast<const xcb_destroy_notify_event_t&>(event));
   } else if (type == XCB_VISIBILITY_NOTIFY) {

@@ -73,6 +73,7 @@ class RedirectedWindow {
   const x11::Connection& connection_;
   const xcb_window_t window_;
   const bool hasShape_;
+  const xcb_atom_t shadow_;  // the property's name
   DamageWatch damage_;
   ServerRegion unpainted_;        // of the newest picture; what nothing has been painted on
   std::uint32_t redirected_ = 0;  // the number of the request

@@ -4,7 +4,9 @@
 
 #include <utility>
 
+#include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/reply.h"
+#include "platform/linux/x11/window_request.h"
 
 namespace vlm::platform::screen {
 
@@ -29,6 +31,7 @@ WindowPicture& WindowPicture::operator=(WindowPicture&& other) noexcept {
   std::swap(pixmap_, other.pixmap_);
   size_ = other.size_;
   border_ = other.border_;
+  shadow_ = other.shadow_;
   isTranslucent_ = other.isTranslucent_;
   isUnfinished_ = other.isUnfinished_;
   parts_ = std::move(other.parts_);
@@ -44,11 +47,14 @@ bool WindowPicture::measure(xcb_window_t window) {
   auto* c = connection_->get();
   const auto inside = xcb_get_geometry(c, window);
   const auto whole = xcb_get_geometry(c, pixmap_);
+  x11::PropertyRequest shadow(*connection_, window, x11::WindowAtoms(*connection_).shadow);
   const x11::Reply<xcb_get_geometry_reply_t> ofWindow(xcb_get_geometry_reply(c, inside, nullptr));
   const x11::Reply<xcb_get_geometry_reply_t> ofPixmap(xcb_get_geometry_reply(c, whole, nullptr));
   if (!ofWindow || !ofPixmap) return false;
   border_ = ofWindow->border_width;
-  size_ = {ofPixmap->width - 2 * border_, ofPixmap->height - 2 * border_};
+  const Size inner{ofPixmap->width - 2 * border_, ofPixmap->height - 2 * border_};
+  shadow_ = x11::shadowIn(shadow.values(), inner);
+  size_ = shadow_.within(x11::wholeOf(inner)).size();
   isTranslucent_ = ofPixmap->depth == kTranslucentDepth;
   return true;
 }

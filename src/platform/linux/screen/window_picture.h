@@ -8,11 +8,12 @@
 #include "platform/linux/screen/server_region.h"
 #include "platform/linux/screen/source.h"
 #include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/shadow.h"
 
 namespace vlm::platform::screen {
 
-// The memory that a redirected window has at one moment. It keeps what was painted when the window
-// gets another.
+// What a redirected window shows at one moment, without border and shadow. It keeps what was
+// painted when the window gets another picture.
 class WindowPicture {
  public:
   // Nothing while the window is not shown.
@@ -33,8 +34,12 @@ class WindowPicture {
 
   xcb_pixmap_t pixmap() const { return pixmap_; }
   // Where an area of the picture lies in the pixmap, and one of the window's inside in the picture.
-  Rectangle inPixmap(const Rectangle& area) const { return area.movedBy(border_, border_); }
-  Rectangle inPicture(const Rectangle& area) const { return area; }
+  Rectangle inPixmap(const Rectangle& area) const {
+    return area.movedBy(border_ + shadow_.left, border_ + shadow_.top);
+  }
+  Rectangle inPicture(const Rectangle& area) const {
+    return area.movedBy(-shadow_.left, -shadow_.top);
+  }
 
  private:
   explicit WindowPicture(const x11::Connection& connection) : connection_(&connection) {}
@@ -44,6 +49,7 @@ class WindowPicture {
   xcb_pixmap_t pixmap_ = XCB_NONE;
   Size size_;
   int border_ = 0;
+  x11::Shadow shadow_;
   bool isTranslucent_ = false;
   bool isUnfinished_ = false;
   std::optional<std::vector<Rectangle>> parts_;

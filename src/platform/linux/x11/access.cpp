@@ -1,10 +1,14 @@
 #include "platform/linux/x11/access.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <initializer_list>
+#include <string_view>
 
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/extensions.h"
+#include "platform/linux/x11/monitors.h"
+#include "platform/linux/x11/reply.h"
 
 namespace vlm::platform::x11 {
 namespace {
@@ -12,12 +16,25 @@ namespace {
 bool displaySupports(std::initializer_list<Extension> extensions) {
   const BrokenPipeGuard guard;
   const auto connection = Connection::open();
-  return connection && std::ranges::all_of(extensions, [&](Extension extension) {
-           return supports(*connection, extension);
-         });
+  return connection && !isOfWayland(*connection) &&
+         std::ranges::all_of(extensions,
+                             [&](Extension extension) { return supports(*connection, extension); });
 }
 
 }  // namespace
+
+// Newer servers have an extension of this name; older ones name their monitors so.
+bool isOfWayland(const Connection& connection) {
+  constexpr std::string_view kName = "XWAYLAND";
+  const char* session = std::getenv("WAYLAND_DISPLAY");
+  if (session != nullptr && *session != '\0') return true;
+  auto* c = connection.get();
+  const auto asked = xcb_query_extension(c, kName.size(), kName.data());
+  const Reply<xcb_query_extension_reply_t> extension(xcb_query_extension_reply(c, asked, nullptr));
+  if (extension && extension->present != 0) return true;
+  const auto names = namesOfOutputs(connection);
+  return std::ranges::any_of(names, [&](const auto& name) { return name.starts_with(kName); });
+}
 
 bool mayCaptureScreen() {
   return displaySupports(

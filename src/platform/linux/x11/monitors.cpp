@@ -3,6 +3,7 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <span>
 
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
@@ -38,6 +39,27 @@ std::vector<Monitor> listMonitors(const Connection& connection) {
       xcb_get_geometry_reply(connection.get(), xcb_get_geometry(connection.get(), root), nullptr));
   if (!geometry) return {};
   return {{root, {0, 0, geometry->width, geometry->height}}};
+}
+
+std::vector<std::string> namesOfOutputs(const Connection& connection) {
+  std::vector<std::string> names;
+  if (!supports(connection, Extension::randr)) return names;
+  auto* c = connection.get();
+  const auto asked = xcb_randr_get_screen_resources_current(c, connection.screen().root);
+  const Reply<xcb_randr_get_screen_resources_current_reply_t> resources(
+      xcb_randr_get_screen_resources_current_reply(c, asked, nullptr));
+  if (!resources) return names;
+  const std::span outputs(xcb_randr_get_screen_resources_current_outputs(resources.get()),
+                          resources->num_outputs);
+  for (const auto output : outputs) {
+    const auto askedOutput = xcb_randr_get_output_info(c, output, resources->config_timestamp);
+    const Reply<xcb_randr_get_output_info_reply_t> info(
+        xcb_randr_get_output_info_reply(c, askedOutput, nullptr));
+    if (!info) continue;
+    const auto* name = reinterpret_cast<const char*>(xcb_randr_get_output_info_name(info.get()));
+    names.emplace_back(name, info->name_len);
+  }
+  return names;
 }
 
 }  // namespace vlm::platform::x11

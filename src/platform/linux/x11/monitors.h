@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "platform/linux/x11/connection.h"
@@ -16,5 +17,8 @@ struct Monitor {
 // The monitors in use, the primary one first. A server that knows of none has the whole root
 // window as one. Empty when the server is lost.
 std::vector<Monitor> listMonitors(const Connection& connection);
+
+// What the server calls its outputs, those without a monitor included.
+std::vector<std::string> namesOfOutputs(const Connection& connection);
 
 }  // namespace vlm::platform::x11

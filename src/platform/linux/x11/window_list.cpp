@@ -7,6 +7,7 @@
 
 #include "platform/linux/x11/properties.h"
 #include "platform/linux/x11/reply.h"
+#include "platform/linux/x11/shadow.h"
 #include "platform/linux/x11/window_request.h"
 
 namespace vlm::platform::x11 {
@@ -205,11 +206,13 @@ std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t wind
   auto* c = connection.get();
   const auto askedSize = xcb_get_geometry(c, window);
   const auto askedPlace = xcb_translate_coordinates(c, window, connection.screen().root, 0, 0);
+  PropertyRequest shadow(connection, window, WindowAtoms(connection).shadow);
   const Reply<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(c, askedSize, nullptr));
   const Reply<xcb_translate_coordinates_reply_t> place(
       xcb_translate_coordinates_reply(c, askedPlace, nullptr));
   if (!size || !place) return std::nullopt;
-  return Rectangle{place->dst_x, place->dst_y, size->width, size->height};
+  const Rectangle whole{place->dst_x, place->dst_y, size->width, size->height};
+  return shadowIn(shadow.values(), whole.size()).within(whole);
 }
 
 xcb_window_t topLevelOf(const Connection& connection, xcb_window_t window) {

@@ -14,10 +14,11 @@ namespace vlm::platform::x11 {
 
 struct Window {
   xcb_window_t id = XCB_NONE;
-  Rectangle frame;  // without border and decoration, relative to the root
+  Rectangle frame;  // without border, decoration and shadow, relative to the root
   std::optional<std::string> title;
   std::optional<std::string> className;  // the class part of WM_CLASS
   std::int32_t processId = 0;            // 0 when nobody knows it
+  xcb_window_t transientFor = XCB_NONE;  // the window that this one belongs to
   bool isOnScreen = false;               // neither minimised nor hidden in any other way
 };
 
@@ -48,7 +49,7 @@ std::vector<StackedWindow> listAllWindows(const Connection& connection);
 // keyboard focus. None when there is neither.
 xcb_window_t activeWindow(const Connection& connection);
 
-// Where a window stands on the root and how large it is; nothing when it is gone.
+// A window's frame, as in Window; nothing when it is gone.
 std::optional<Rectangle> frameOf(const Connection& connection, xcb_window_t window);
 
 // Its ancestor directly below the root, often a frame of the window manager's; none when it is

@@ -6,14 +6,15 @@
 
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
+#include "platform/linux/x11/shadow.h"
 
 namespace vlm::platform::x11 {
 
 WindowAtoms::WindowAtoms(const Connection& connection) {
-  const auto atoms =
-      internAtoms<8>(connection, {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST",
-                                  "_NET_ACTIVE_WINDOW", "_NET_SUPPORTING_WM_CHECK", "_NET_WM_NAME",
-                                  "_NET_WM_PID", "_NET_WM_STATE", "_NET_WM_STATE_HIDDEN"});
+  const auto atoms = internAtoms<9>(
+      connection, {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW",
+                   "_NET_SUPPORTING_WM_CHECK", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_STATE",
+                   "_NET_WM_STATE_HIDDEN", "_GTK_FRAME_EXTENTS"});
   stacking = atoms[0];
   clients = atoms[1];
   active = atoms[2];
@@ -22,6 +23,7 @@ WindowAtoms::WindowAtoms(const Connection& connection) {
   processId = atoms[5];
   state = atoms[6];
   hidden = atoms[7];
+  shadow = atoms[8];
 }
 
 ProcessRequest::ProcessRequest(const Connection& connection, const WindowAtoms& atoms,
@@ -86,11 +88,13 @@ WindowRequest::WindowRequest(const Connection& connection, const WindowAtoms& at
       attributes_(xcb_get_window_attributes(connection.get(), window)),
       geometry_(xcb_get_geometry(connection.get(), window)),
       place_(xcb_translate_coordinates(connection.get(), window, connection.screen().root, 0, 0)),
-      state_(connection, window, atoms.state) {
+      state_(connection, window, atoms.state),
+      shadow_(connection, window, atoms.shadow) {
   if (details == Details::frame) return;
   texts_.emplace(Texts{{connection, window, atoms.name},
                        {connection, window, XCB_ATOM_WM_NAME},
-                       {connection, window, XCB_ATOM_WM_CLASS}});
+                       {connection, window, XCB_ATOM_WM_CLASS},
+                       {connection, window, XCB_ATOM_WM_TRANSIENT_FOR}});
 }
 
 std::optional<WindowRequest::Answer> WindowRequest::collect(const WindowAtoms& atoms) {
@@ -106,11 +110,15 @@ std::optional<WindowRequest::Answer> WindowRequest::collect(const WindowAtoms& a
   answer.bypassesManager = attributes->override_redirect != 0;
   Window& window = answer.window;
   window.id = window_;
-  window.frame = {place->dst_x, place->dst_y, geometry->width, geometry->height};
+  const Rectangle whole{place->dst_x, place->dst_y, geometry->width, geometry->height};
+  window.frame = shadowIn(shadow_.values(), whole.size()).within(whole);
   if (texts_) {
     window.title = texts_->name.text();
     if (!window.title) window.title = texts_->oldName.text();
     window.className = classIn(texts_->windowClass);
+    if (const auto owner = texts_->transientFor.values(); !owner.empty()) {
+      window.transientFor = owner.front();
+    }
   }
   window.isOnScreen = attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
                       std::ranges::count(state_.values(), atoms.hidden) == 0;

@@ -21,7 +21,7 @@ using WindowIds = std::vector<xcb_window_t>;
 // The names of what window managers and clients tell about windows.
 struct WindowAtoms {
   explicit WindowAtoms(const Connection& connection);
-  xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden;
+  xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden, shadow;
 };
 
 // The processes of windows, asked for when this is made: what the server knows about their clients,
@@ -62,6 +62,7 @@ class WindowRequest {
     PropertyRequest name;
     PropertyRequest oldName;
     PropertyRequest windowClass;
+    PropertyRequest transientFor;
   };
   static std::optional<std::string> classIn(PropertyRequest& windowClass);
 
@@ -71,6 +72,7 @@ class WindowRequest {
   xcb_get_geometry_cookie_t geometry_;
   xcb_translate_coordinates_cookie_t place_;
   PropertyRequest state_;
+  PropertyRequest shadow_;
   std::optional<Texts> texts_;
 };
 
