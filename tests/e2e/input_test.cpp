@@ -279,5 +279,20 @@ TEST(HotKeys, ComeOnceWhoeverHasTheKeyboard) {
   EXPECT_EQ(otherKeys.size(), 1U);
 }
 
+TEST(MainLoop, ThatNothingServesIsLoggedOnce) {
+  PrivateDesktop desktop(kManaged);
+  testing::internal::CaptureStderr();
+  ASSERT_TRUE(vlm_hotkey_monitor_start(noteKey));
+  std::this_thread::sleep_for(std::chrono::seconds(4));
+  std::thread([] { EXPECT_TRUE(vlm_hotkey_monitor_start(noteKey)); }).join();
+  std::this_thread::sleep_for(std::chrono::seconds(4));
+  EXPECT_EQ(timesIn(testing::internal::GetCapturedStderr(), "[vlm] nothing serves the main loop"),
+            1U);
+  keys.clear();
+  outputOf({"xdotool", "key", "a"});
+  EXPECT_TRUE(pumpUntil([] { return keys == std::vector<int32_t>{65}; }));
+  vlm_hotkey_monitor_stop();
+}
+
 }  // namespace
 }  // namespace vlm::test

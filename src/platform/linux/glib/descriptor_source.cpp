@@ -4,6 +4,8 @@
 
 #include <utility>
 
+#include "platform/linux/glib/main_loop_watch.h"
+
 namespace vlm::platform::glib {
 namespace {
 
@@ -14,6 +16,7 @@ void releaseSource(gpointer source) {
 }  // namespace
 
 gboolean DescriptorSource::dispatch(gint, GIOCondition condition, gpointer self) {
+  MainLoopWatch::shared().served();
   g_source_set_ready_time(g_main_current_source(), -1);
   auto& source = *static_cast<DescriptorSource*>(self);
   {
@@ -33,6 +36,7 @@ void DescriptorSource::add() {
       g_unix_fd_source_new(descriptor_, static_cast<GIOCondition>(G_IO_IN | G_IO_HUP | G_IO_ERR));
   // Once at once: what has been read from the descriptor already is announced by nothing else.
   g_source_set_ready_time(source_, 0);
+  MainLoopWatch::shared().expect();
   // The loop keeps the source while it is added: it may be in the middle of running it.
   retain();
   g_source_set_callback(source_, G_SOURCE_FUNC(dispatch), this, releaseSource);

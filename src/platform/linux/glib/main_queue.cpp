@@ -5,6 +5,7 @@
 #include <deque>
 #include <utility>
 
+#include "platform/linux/glib/main_loop_watch.h"
 #include "platform/mutex.h"
 #include "platform/portable/semaphore.h"
 
@@ -25,6 +26,7 @@ class MainQueue final : public DispatchQueue {
       const MutexLock lock(mutex_);
       jobs_.push_back(std::move(job));
     }
+    MainLoopWatch::shared().expect();
     // An idle source of the usual priority keeps jobs in order and behind nothing but the host's
     // own events. Invoking the context instead may run the job on this very thread.
     GSource* source = g_idle_source_new();
@@ -66,6 +68,7 @@ const std::shared_ptr<MainQueue>& shared() {
 }
 
 gboolean MainQueue::runNext(gpointer) {
+  MainLoopWatch::shared().served();
   shared()->take()();
   return G_SOURCE_REMOVE;
 }
