@@ -7,10 +7,12 @@ namespace {
 
 // While things move, a finer one is not seen, and takes time to write.
 constexpr int kFinestMoving = 22;
+// For a small change on a screen that rests otherwise.
+constexpr int kFinestCalm = 14;
 // What stays is refined to each of these in turn. All of it is readable after the first.
-constexpr std::array kStages{28, 21, 14};
+constexpr std::array kStages{28, 21, 14, 9};
 // The energy of an error that can be seen, in any quarter of a block.
-constexpr float kVisible = 2;
+constexpr float kVisible = 0.5;
 
 // What moves leaves so much to what stays while that is coarse.
 constexpr double kMovingShare = 0.85;
@@ -25,8 +27,9 @@ constexpr double kBeforeGrain = 0.5;  // of what a picture may take
 // In pictures: what rests between two changes saves for the next; what moved so lately may go on.
 constexpr std::uint32_t kLongestRest = 4;
 constexpr std::uint32_t kLately = 30;
-constexpr std::uint32_t kPatience = 8;  // pictures, for smaller steps
-constexpr double kCalm = 0.05;          // of all blocks
+constexpr std::uint32_t kPatience = 8;             // pictures, for smaller steps
+constexpr std::uint32_t kBetweenRefinements = 12;  // pictures, while things move
+constexpr double kCalm = 0.05;                     // of all blocks
 // More than so many times the usual change is something new on the screen.
 constexpr double kSurprise = 4;
 constexpr double kForgetting = 0.3;
@@ -46,7 +49,7 @@ int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSett
   candidates_.clear();
   budget_.advance(picture.seconds, settings);
   survey();
-  best_ = std::min(isCalm() && !picture.keyFrame ? kStages.back() : kFinestMoving, worst_);
+  best_ = std::min(isCalm() && !picture.keyFrame ? kFinestCalm : kFinestMoving, worst_);
   if (budget_.isUnlimited()) return quantiser_ = std::min(kFinestMoving, worst_);
   const int target = picture.keyFrame || picture.shown == nullptr ? worst_ : stage();
   quantiser_ = choose(target);
@@ -63,7 +66,7 @@ int QuantiserControl::choose(int target) {
   }
   const std::uint32_t every = std::min(pictures_ - lastMotion_, kLongestRest);
   const bool movedLately = lastMotion_ > 0 && pictures_ - lastMotion_ < kLately;
-  const double budget = changed_ > 0 ? budget_.ordinary(every) : budget_.forRefining(movedLately);
+  double budget = changed_ > 0 ? budget_.ordinary(every) : budget_.forRefining(movedLately);
   if (changed_ == 0) {
     quantiser_ = refines ? target : quantiserBefore_;
   } else {
@@ -71,6 +74,10 @@ int QuantiserControl::choose(int target) {
     if (refines && isCalm()) quantiser_ = std::max(quantiser_, target);
     if (quantiser_ < quantiserBefore_ && !isWorthwhile(quantiser_)) quantiser_ = quantiserBefore_;
     quantiser_ = std::min(quantiser_, worst_);
+    if (refines && mayRefineMeanwhile()) {
+      quantiser_ = std::min(kFinestCalm, worst_);
+      budget = budget_.forRefining(true);
+    }
     forecast_.motion = costs_.motion(changed_, quantiser_);
   }
   if (refines) refine(budget - forecast_.motion);
@@ -126,6 +133,13 @@ bool QuantiserControl::isWorthwhile(int finer) const {
   const bool mostMoves = 2 * changed_ > picture_.constant.size();
   return finer == best_ || quantiserBefore_ - finer >= kWorthwhileStep || mostMoves || isCalm() ||
          pictures_ - lastFiner_ >= kPatience;
+}
+
+// Whether what moves is as fine as it gets and leaves enough to take a picture now and then in
+// which all is finer.
+bool QuantiserControl::mayRefineMeanwhile() const {
+  return quantiser_ == best_ && !isCalm() && pictures_ - lastFiner_ >= kBetweenRefinements &&
+         costs_.motion(changed_, kFinestCalm) < budget_.forRefining(true) / 2;
 }
 
 int QuantiserControl::forNewContent(double budget) const {

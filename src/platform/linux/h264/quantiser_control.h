@@ -49,6 +49,7 @@ class QuantiserControl {
   bool isSurprise() const;
   bool isCalm() const;
   bool isWorthwhile(int finer) const;
+  bool mayRefineMeanwhile() const;
   int forNewContent(double budget) const;
   int forMotion(double budget) const;
   int widestStep(double budget) const;
