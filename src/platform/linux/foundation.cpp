@@ -1,5 +1,7 @@
 #include "platform/foundation.h"
 
+#include <unistd.h>
+
 #include "platform/linux/glib/log_line.h"
 #include "platform/linux/glib/text.h"
 
