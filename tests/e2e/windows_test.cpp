@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "VelmoraMacNative.h"
@@ -106,6 +107,56 @@ struct Event {
 
 void noteEvent(int32_t code, double x, double y, double width, double height, void* events) {
   static_cast<std::vector<Event>*>(events)->push_back({code, frameText(x, y, width, height)});
+}
+
+struct TitleCase {
+  const char* type;
+  std::string bytes;
+  const char* title;
+};
+
+TEST(Windows, HaveTitlesInUtf8WhateverTheirEncoding) {
+  PrivateDesktop desktop(kBare);
+  const Canvas canvas("titled", {0, 0, 200, 100}, 0);
+  auto* connection = xcb_connect(nullptr, nullptr);
+  const TitleCase cases[] = {
+      {"STRING",
+       "Gr\xFC\xDF"
+       "e",
+       "Grüße"},
+      {"COMPOUND_TEXT",
+       "Gr\xFC\xDF"
+       "e \x1B-b\xA4",
+       "Grüße €"},
+      {"COMPOUND_TEXT", "a\x1B%G\xE2\x82\xAC\x1B%@b", "a€b"},
+      {"COMPOUND_TEXT", "\x1B%/1\x80\x8Ciso8859-15\x02\xA4!", "€!"},
+      {"COMPOUND_TEXT", "\x1B$(B\x46\x7C\x1B(B x \x1B-L\xBF", "日 x П"},
+      {"COMPOUND_TEXT", "\x1B$)C\xB0\xA1 \x9B\x31]z", "가 z"},
+      {"COMPOUND_TEXT", "cut \x1B", "cut "},
+      {"COMPOUND_TEXT",
+       "\x1B%/2\xFF\xFF"
+       "none",
+       ""},
+      {"UTF8_STRING",
+       "a\xFF\xE2\x82"
+       "b",
+       "a\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
+       "b"},
+  };
+  for (const auto& each : cases) {
+    auto* atom = xcb_intern_atom_reply(
+        connection,
+        xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(each.type)),
+                        each.type),
+        nullptr);
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, canvas.id(), XCB_ATOM_WM_NAME,
+                        atom->atom, 8, static_cast<std::uint32_t>(each.bytes.size()),
+                        each.bytes.data());
+    free(atom);
+    free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+    EXPECT_STREQ(reinterpret_cast<const char*>(windowsOf(getpid()).at(0).title), each.title);
+  }
+  xcb_disconnect(connection);
 }
 
 TEST(Windows, AreListedWhileTheyMove) {

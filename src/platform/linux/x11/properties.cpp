@@ -2,31 +2,20 @@
 
 #include <utility>
 
+#include "platform/linux/x11/text_encoding.h"
+
 namespace vlm::platform::x11 {
 namespace {
 
 // In units of four bytes; what is longer is cut. Client lists and titles stay far below.
 constexpr std::uint32_t kLongestProperty = 1 << 16;
 
-std::string fromLatin1(std::string_view text) {
-  std::string converted;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80) {
-      converted += c;
-    } else {
-      converted += static_cast<char>(0xC0 | (byte >> 6));
-      converted += static_cast<char>(0x80 | (byte & 0x3F));
-    }
-  }
-  return converted;
-}
-
 }  // namespace
 
 PropertyRequest::PropertyRequest(const Connection& connection, xcb_window_t window,
                                  xcb_atom_t property)
     : connection_(connection.get()),
+      compoundText_(connection.knownAtom(kCompoundText)),
       asked_(xcb_get_property(connection_, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0,
                               kLongestProperty)) {}
 
@@ -36,6 +25,7 @@ PropertyRequest::~PropertyRequest() {
 
 PropertyRequest::PropertyRequest(PropertyRequest&& other) noexcept
     : connection_(other.connection_),
+      compoundText_(other.compoundText_),
       asked_(other.asked_),
       pending_(std::exchange(other.pending_, false)),
       reply_(std::move(other.reply_)) {}
@@ -59,7 +49,8 @@ std::optional<std::string> PropertyRequest::text() {
   if (answer == nullptr || answer->format != 8) return std::nullopt;
   const std::string_view bytes(static_cast<const char*>(xcb_get_property_value(answer)),
                                answer->value_len);
-  return answer->type == XCB_ATOM_STRING ? fromLatin1(bytes) : std::string(bytes);
+  if (answer->type == XCB_ATOM_STRING) return fromLatin1(bytes);
+  return answer->type == compoundText_ ? fromCompoundText(bytes) : validUtf8(bytes);
 }
 
 }  // namespace vlm::platform::x11

@@ -38,6 +38,9 @@ std::array<xcb_atom_t, count> internAtoms(const Connection& connection,
   return atoms;
 }
 
+// The type of text in escape sequences. It is recognised once internAtoms() was asked for it.
+inline constexpr std::string_view kCompoundText = "COMPOUND_TEXT";
+
 // A property of a window, asked for when this is made and waited for when it is read, so that many
 // can be underway at once.
 class PropertyRequest {
@@ -50,13 +53,14 @@ class PropertyRequest {
   // The property as a list of 32-bit values (windows, atoms, numbers); empty when there is none.
   std::vector<std::uint32_t> values();
   // The property as UTF-8 text, zero bytes included; nothing when there is none. Text of the old
-  // kind is Latin-1 and is converted.
+  // kinds is converted, and what is not valid is replaced.
   std::optional<std::string> text();
 
  private:
   const xcb_get_property_reply_t* reply();
 
   xcb_connection_t* connection_;
+  xcb_atom_t compoundText_;
   xcb_get_property_cookie_t asked_;
   bool pending_ = true;
   Reply<xcb_get_property_reply_t> reply_;

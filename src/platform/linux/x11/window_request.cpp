@@ -11,10 +11,10 @@
 namespace vlm::platform::x11 {
 
 WindowAtoms::WindowAtoms(const Connection& connection) {
-  const auto atoms = internAtoms<9>(
+  const auto atoms = internAtoms<10>(
       connection, {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW",
                    "_NET_SUPPORTING_WM_CHECK", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_STATE",
-                   "_NET_WM_STATE_HIDDEN", "_GTK_FRAME_EXTENTS"});
+                   "_NET_WM_STATE_HIDDEN", "_GTK_FRAME_EXTENTS", kCompoundText});
   stacking = atoms[0];
   clients = atoms[1];
   active = atoms[2];
