@@ -24,7 +24,7 @@ CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_v
 }
 
 void IOObjectRelease(io_registry_entry_t entry) {
-  scripted::Machine::current().journal.enter("IOObjectRelease", {entry});
+  scripted::Machine::current().journal.leave("IOObjectRelease", {entry});
 }
 
 }  // namespace vlm::platform
