@@ -36,9 +36,9 @@ class HotkeyMonitor {
   }
 
   void stop() {
+    callback_ = nullptr;  // first: nothing is called after this, whatever the platform does
     remove(_vlmKeyGlobalMonitor);
     remove(_vlmKeyLocalMonitor);
-    callback_ = nullptr;
   }
 
  private:
@@ -48,7 +48,9 @@ class HotkeyMonitor {
   }
 
   static void remove(std::shared_ptr<NSEventMonitor>& monitor) {
-    if (monitor) NSEventMonitor::removeMonitor(std::exchange(monitor, nullptr));
+    if (!monitor) return;
+    NSEventMonitor::removeMonitor(monitor);
+    monitor = nullptr;  // one that could not be removed is tried again by the next start or stop
   }
 
   vlm_hotkey_cb callback_ = nullptr;

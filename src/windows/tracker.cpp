@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "frame/guard.h"
 #include "windows/accessibility.h"
 
 namespace vlm::windows {
@@ -31,11 +32,14 @@ std::optional<std::int32_t> eventCode(std::string_view name) {
   return std::nullopt;
 }
 
-// Zeros when there is no such window or it can't be read.
+// Zeros when there is no such window or it can't be read, for want of memory too: the event itself
+// is not lost.
 Frame focusedFrame(platform::AXUIElement& application) {
-  const auto window = elementAttribute(application, platform::AXFocusedWindowAttribute);
-  const auto frame = window ? readFrame(*window) : std::nullopt;
-  return frame.value_or(Frame{});
+  return frame::guarded(Frame{}, [&] {
+    const auto window = elementAttribute(application, platform::AXFocusedWindowAttribute);
+    const auto frame = window ? readFrame(*window) : std::nullopt;
+    return frame.value_or(Frame{});
+  });
 }
 
 }  // namespace
@@ -50,7 +54,7 @@ std::shared_ptr<VlmWindowTracker> VlmWindowTracker::track(std::int32_t pid, vlm_
 
 bool VlmWindowTracker::observe(std::int32_t pid) {
   const auto entry = [weak = weak_from_this()](std::string_view notification) {
-    if (const auto self = weak.lock()) self->handle(notification);
+    if (const auto self = weak.lock()) frame::guarded([&] { self->handle(notification); });
   };
   if (platform::AXObserverCreate(pid, entry, observer_) != platform::kAXErrorSuccess ||
       !observer_) {

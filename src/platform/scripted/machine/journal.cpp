@@ -82,6 +82,13 @@ Fault Journal::enter(std::string_view operation, std::initializer_list<CFValue> 
   return fault;
 }
 
+void Journal::leave(std::string_view operation, std::initializer_list<CFValue> arguments) noexcept {
+  try {
+    enter(operation, arguments);
+  } catch (...) {  // NOLINT(bugprone-empty-catch): no memory for the line: it is lost
+  }
+}
+
 void Journal::note(std::string line) {
   const MutexLock lock(mutex_);
   lines_.push_back(std::move(line));

@@ -36,6 +36,9 @@ class Journal {
   // Notes the call and returns the fault that the test ordered for it.
   Fault enter(std::string_view operation, std::initializer_list<CFValue> arguments = {})
       VLM_EXCLUDES(mutex_);
+  // The same for a call that gives something back, which can't fail: it happens in destructors.
+  void leave(std::string_view operation, std::initializer_list<CFValue> arguments = {}) noexcept
+      VLM_EXCLUDES(mutex_);
   void note(std::string line) VLM_EXCLUDES(mutex_);
 
   // The fault happens to `times` matching calls, after `passing` others of them.

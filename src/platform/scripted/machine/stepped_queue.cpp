@@ -18,12 +18,15 @@ class SteppedQueue final : public DispatchQueue {
   const std::string& label() const override { return lane_->label; }
   void async(std::function<void()> job) override { stepper_.submit(lane_, std::move(job)); }
   void sync(const std::function<void()>& job) override {
-    auto done = std::make_shared<bool>(false);
-    stepper_.submit(lane_, [&job, done] {
-      job();
+    const auto what = "a synchronous job of queue " + label();
+    const auto done = std::make_shared<bool>(false);
+    // Where another job ends the wait by an exception, this one must not run without its caller.
+    const std::shared_ptr<const std::function<void()>> here(&job, [](const auto*) {});
+    stepper_.submit(lane_, [caller = std::weak_ptr(here), done] {
+      if (const auto waiting = caller.lock()) (*waiting)();
       *done = true;
     });
-    stepper_.stepUntil([done] { return *done; }, "a synchronous job of queue " + label());
+    stepper_.stepUntil([done] { return *done; }, what);
   }
 
  private:
@@ -60,6 +63,27 @@ void Stepper::submit(std::shared_ptr<Lane> lane, std::function<void()> job) {
   jobs_.push_back({std::move(lane), std::move(job)});
 }
 
+// The time of one job, however it ends.
+class Stepper::Turn {
+ public:
+  Turn(Lane& lane, bool& onMainThread)
+      : lane_(lane), onMainThread_(onMainThread), before_(onMainThread) {
+    lane_.running = true;
+    onMainThread_ = lane_.isMain;
+  }
+  ~Turn() {
+    onMainThread_ = before_;
+    lane_.running = false;
+  }
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+
+ private:
+  Lane& lane_;
+  bool& onMainThread_;
+  const bool before_;
+};
+
 bool Stepper::step() {
   std::optional<Job> job;
   {
@@ -70,13 +94,10 @@ bool Stepper::step() {
     job = std::move(*ready);
     jobs_.erase(ready);
   }
-  job->lane->running = true;
-  const bool before = std::exchange(onMainThread_, job->lane->isMain);
+  const Turn turn(*job->lane, onMainThread_);
   job->run();
   // What the job owns ends where it ran.
   job->run = nullptr;
-  onMainThread_ = before;
-  job->lane->running = false;
   return true;
 }
 

@@ -36,6 +36,7 @@ class Stepper {
   void setOnMainThread(bool onMainThread) { onMainThread_ = onMainThread; }
 
  private:
+  class Turn;
   struct Job {
     std::shared_ptr<Lane> lane;
     std::function<void()> run;
