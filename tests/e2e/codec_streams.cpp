@@ -50,8 +50,8 @@ Bytes testPicture(int width, int height, int step) {
 }
 
 Encoder::Encoder(const Options& options) {
-  handle_ =
-      vlm_enc_create(options.width, options.height, 30, options.bitrateBps, false, collect, this);
+  handle_ = vlm_enc_create(options.width, options.height, 30, options.bitrateBps,
+                           options.lowLatency, collect, this);
   if (handle_ == nullptr) throw std::runtime_error("no encoder");
 }
 
