@@ -101,8 +101,8 @@ Bytes decodedByFfmpeg(const ScratchFolder& folder) {
 }
 
 Encoder::Encoder(const Options& options) {
-  handle_ =
-      vlm_enc_create(options.width, options.height, 30, options.bitrateBps, false, collect, this);
+  handle_ = vlm_enc_create(options.width, options.height, 30, options.bitrateBps,
+                           options.lowLatency, collect, this);
   if (handle_ == nullptr) throw std::runtime_error("no encoder");
 }
 

@@ -45,6 +45,7 @@ class Encoder {
     int width = 640;
     int height = 360;
     int bitrateBps = 4'000'000;
+    bool lowLatency = false;
   };
 
   explicit Encoder(const Options& options);

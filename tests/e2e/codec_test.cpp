@@ -118,6 +118,84 @@ TEST(Codec, BitRateChangesWithoutAKeyFrame) {
   EXPECT_NEAR(after, 1.2e6, 0.3e6);
 }
 
+// Bytes of the window of one second that has the most.
+std::size_t worstSecond(std::span<const AccessUnit> units) {
+  std::size_t worst = 0;
+  for (auto first = units.begin(); first != units.end(); ++first) {
+    const auto last = std::find_if(first, units.end(), [&](const auto& unit) {
+      return unit.ptsNs - first->ptsNs > 999'000'000;
+    });
+    worst = std::max(worst, totalSize({first, last}));
+  }
+  return worst;
+}
+
+TEST(Codec, RateIsUsedAndKeptAtEveryFrameRateAndAfterAChange) {
+  const struct {
+    int framesPerSecond;
+    int bitsPerSecond;
+    int before;          // another rate for two seconds; 0 for none
+    double least, most;  // of the rate, in the mean
+  } cases[] = {{30, 2'400'000, 0, 0.8, 1.05},
+               {30, 1'600'000, 16'000'000, 0.8, 1.1},
+               {2, 120'000, 0, 0.8, 1.1},
+               {1, 60'000, 0, 0.8, 1.1}};
+  for (const auto& test : cases) {
+    SCOPED_TRACE(std::to_string(test.framesPerSecond) + " frames, " +
+                 std::to_string(test.bitsPerSecond));
+    const Encoder::Options options{.bitrateBps =
+                                       test.before > 0 ? test.before : test.bitsPerSecond};
+    Encoder encoder(options);
+    const int lead = test.before > 0 ? 2 * test.framesPerSecond : 0;
+    const int count = lead + std::max(4 * test.framesPerSecond, 12);
+    for (int i = 0; i < count; ++i) {
+      if (i == lead) vlm_enc_set_bitrate(encoder.handle(), test.bitsPerSecond);
+      encoder.encodeBgra(testPicture(options.width, options.height, i * 101), options.width,
+                         options.height, i * 1'000'000'000LL / test.framesPerSecond, false);
+      encoder.waitForUnits(static_cast<std::size_t>(i) + 1);
+    }
+    const auto units = std::span(encoder.finish()).subspan(static_cast<std::size_t>(lead));
+    EXPECT_LE(static_cast<double>(worstSecond(units)) * 8, 1.25 * test.bitsPerSecond);
+    const auto settled = units.subspan(units.size() / 4);
+    const double rate = static_cast<double>(totalSize(settled)) * 8 * test.framesPerSecond /
+                        static_cast<double>(settled.size());
+    EXPECT_GE(rate, test.least * test.bitsPerSecond);
+    EXPECT_LE(rate, test.most * test.bitsPerSecond);
+  }
+}
+
+TEST(Codec, StillPictureIsRefinedInPartsUntilNothingIsLeft) {
+  const Encoder::Options options{.bitrateBps = 400'000, .lowLatency = true};
+  Encoder encoder(options);
+  encodePaced(
+      encoder, options, 0, 150, [](int) { return false; }, 0);
+  const auto& units = encoder.finish();
+  constexpr std::size_t kTwoFrames = 400'000 / 8 / 30 * 2;
+  Decoder decoder(true);
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    // The first one is as coarse as is allowed and still larger.
+    const std::size_t most = i == 0 ? 1'000'000 : i < 140 ? kTwoFrames : 100;
+    EXPECT_LE(units[i].bytes.size(), most) << i;
+    EXPECT_TRUE(decoder.decode(units[i].bytes, units[i].ptsNs));
+  }
+  const auto wanted = testPicture(options.width, options.height, 0);
+  const auto pictures = decoder.pictures();
+  EXPECT_LT(psnr(pictures.front().pixels, wanted), 36);
+  EXPECT_GT(psnr(pictures.back().pixels, wanted), 40);
+}
+
+TEST(Codec, LevelAllowsForTheBitRate) {
+  const ScratchFolder folder;
+  const std::pair<int, std::string> cases[] = {{4'000'000, "30"}, {28'700'000, "41"}};
+  for (const auto& [rate, level] : cases) {
+    const Encoder::Options options{.bitrateBps = rate};
+    Encoder encoder(options);
+    encodePaced(encoder, options, 0, 1);
+    writeFile(folder.file("a.h264"), joined(encoder.finish()));
+    EXPECT_EQ(ffprobe(folder.file("a.h264"), "stream=level"), level);
+  }
+}
+
 TEST(Codec, NewSizeBeginsAStreamOfItsOwn) {
   const Encoder::Options first{.width = 640, .height = 360};
   const Encoder::Options second{.width = 321, .height = 243};

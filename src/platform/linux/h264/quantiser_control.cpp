@@ -16,6 +16,7 @@ constexpr float kVisible = 0.5;
 
 // What moves leaves so much to what stays while that is coarse.
 constexpr double kMovingShare = 0.85;
+constexpr double kUnsureShare = 0.4;
 
 // A finer quantiser makes the encoder look at every block again. That has to be worth it while much
 // of the picture moves.
@@ -27,9 +28,9 @@ constexpr double kBeforeGrain = 0.5;  // of what a picture may take
 // In pictures: what rests between two changes saves for the next; what moved so lately may go on.
 constexpr std::uint32_t kLongestRest = 4;
 constexpr std::uint32_t kLately = 30;
-constexpr std::uint32_t kPatience = 8;             // pictures, for smaller steps
-constexpr std::uint32_t kBetweenRefinements = 12;  // pictures, while things move
-constexpr double kCalm = 0.05;                     // of all blocks
+constexpr double kPatience = 0.25;           // seconds, for smaller steps
+constexpr double kBetweenRefinements = 0.4;  // seconds, while things move
+constexpr double kCalm = 0.05;               // of all blocks
 // More than so many times the usual change is something new on the screen.
 constexpr double kSurprise = 4;
 constexpr double kForgetting = 0.3;
@@ -70,7 +71,9 @@ int QuantiserControl::choose(int target) {
   if (changed_ == 0) {
     quantiser_ = refines ? target : quantiserBefore_;
   } else {
-    quantiser_ = forMotion(refines && every == 1 ? kMovingShare * budget : budget);
+    const bool shares =
+        refines && every == 1 && coarsestStill() >= motionQuantiser_ + kWorthwhileStep;
+    quantiser_ = forMotion(shares ? kMovingShare * budget : budget);
     if (refines && isCalm()) quantiser_ = std::max(quantiser_, target);
     if (quantiser_ < quantiserBefore_ && !isWorthwhile(quantiser_)) quantiser_ = quantiserBefore_;
     quantiser_ = std::min(quantiser_, worst_);
@@ -80,7 +83,9 @@ int QuantiserControl::choose(int target) {
     }
     forecast_.motion = costs_.motion(changed_, quantiser_);
   }
-  if (refines) refine(budget - forecast_.motion);
+  // At another quantiser the forecast is less sure.
+  const double share = quantiser_ < quantiserBefore_ ? kUnsureShare : 1;
+  if (refines) refine(share * (budget - forecast_.motion));
   if (changed_ == 0 && candidates_.empty()) quantiser_ = std::min(quantiserBefore_, worst_);
   return quantiser_;
 }
@@ -113,10 +118,16 @@ void QuantiserControl::survey() {
   }
 }
 
-// The first stage that blocks are still to be refined to; the worst quantiser for none.
-int QuantiserControl::stage() const {
+// What the coarsest of the blocks that stay is coded with.
+int QuantiserControl::coarsestStill() const {
   int coarsest = static_cast<int>(still_.size()) - 1;
   while (coarsest > 0 && still_[static_cast<std::size_t>(coarsest)] == 0) --coarsest;
+  return coarsest;
+}
+
+// The first stage that blocks are still to be refined to; the worst quantiser for none.
+int QuantiserControl::stage() const {
+  const int coarsest = coarsestStill();
   const auto* stage = std::ranges::find_if(kStages, [&](int each) { return each < coarsest; });
   return stage == kStages.end() ? worst_ : std::min(*stage, worst_);
 }
@@ -132,13 +143,13 @@ bool QuantiserControl::isSurprise() const {
 bool QuantiserControl::isWorthwhile(int finer) const {
   const bool mostMoves = 2 * changed_ > picture_.constant.size();
   return finer == best_ || quantiserBefore_ - finer >= kWorthwhileStep || mostMoves || isCalm() ||
-         pictures_ - lastFiner_ >= kPatience;
+         picture_.seconds - lastFiner_ >= kPatience;
 }
 
 // Whether what moves is as fine as it gets and leaves enough to take a picture now and then in
 // which all is finer.
 bool QuantiserControl::mayRefineMeanwhile() const {
-  return quantiser_ == best_ && !isCalm() && pictures_ - lastFiner_ >= kBetweenRefinements &&
+  return quantiser_ == best_ && !isCalm() && picture_.seconds - lastFiner_ >= kBetweenRefinements &&
          costs_.motion(changed_, kFinestCalm) < budget_.forRefining(true) / 2;
 }
 
@@ -195,7 +206,7 @@ void QuantiserControl::refine(double budget) {
 
 void QuantiserControl::spend(std::size_t bytes) {
   budget_.spend(static_cast<double>(bytes));
-  if (quantiser_ < quantiserBefore_) lastFiner_ = pictures_;
+  if (quantiser_ < quantiserBefore_) lastFiner_ = picture_.seconds;
   costs_.learn(forecast_, changed_, quantiser_, bytes);
   for (std::size_t block = 0; block < coded_.size(); ++block) {
     if (!picture_.keyFrame && picture_.constant[block] != 0) continue;

@@ -45,6 +45,7 @@ class QuantiserControl {
 
  private:
   void survey();
+  int coarsestStill() const;
   int stage() const;
   bool isSurprise() const;
   bool isCalm() const;
@@ -68,7 +69,7 @@ class QuantiserControl {
   std::uint32_t pictures_ = 0;
   std::uint32_t lastMotion_ = 0;  // the picture in which anything last changed
   int motionQuantiser_ = 51;      // and its quantiser
-  std::uint32_t lastFiner_ = 0;   // the picture in which the quantiser last became finer
+  double lastFiner_ = 0;          // when the quantiser last became finer
   double usualChange_ = 0;        // blocks that change in a picture where any do, lately
 
   // The picture in hand.
