@@ -35,12 +35,8 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
     const auto whole = bridge::toString(text);
     const auto wanted = bridge::toString(part);
     if (!whole || !wanted || part.empty()) return;
-    NSString* const string = (NSString*)whole.get();
-    const NSRange found = [string rangeOfString:(NSString*)wanted.get()
-                                        options:NSCaseInsensitiveSearch
-                                          range:NSRange{0, string.length}
-                                         locale:[NSLocale currentLocale]];
-    contains = found.length > 0;
+    contains = [(NSString*)whole.get()
+        localizedCaseInsensitiveContainsString:(NSString*)wanted.get()];
   });
   return contains;
 }

@@ -9,7 +9,6 @@ typedef struct dispatch_object_s* dispatch_semaphore_t;
 typedef struct dispatch_object_s* dispatch_object_t;
 typedef struct dispatch_queue_attr_s* dispatch_queue_attr_t;
 typedef void (*dispatch_function_t)(void*);
-typedef void (^dispatch_block_t)(void);
 typedef unsigned int qos_class_t;
 enum { QOS_CLASS_USER_INTERACTIVE = 0x21, QOS_CLASS_USER_INITIATED = 0x19, QOS_CLASS_DEFAULT = 0x15 };
 #define DISPATCH_QUEUE_SERIAL ((dispatch_queue_attr_t)0)
