@@ -7,6 +7,11 @@ install(TARGETS VelmoraMacNative EXPORT VelmoraMacNativeTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/include/VelmoraMacNative.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(VLM_PLATFORM STREQUAL macos)
+  # For Swift.
+  install(FILES ${PROJECT_SOURCE_DIR}/cmake/module.modulemap
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endif()
 install(EXPORT VelmoraMacNativeTargets
   NAMESPACE VelmoraMacNative:: DESTINATION ${package_dir})
 

@@ -67,7 +67,9 @@ void dispatch_sync_f(dispatch_queue_t queue, void* context, dispatch_function_t 
   dispatch_semaphore_wait(call.done, DISPATCH_TIME_FOREVER);
   dispatch_release(call.done);
 }
-void dispatch_retain(dispatch_object_t object) { ++object->references; }
+void dispatch_retain(dispatch_object_t object) {
+  ++object->references;
+}
 // A queue ends when it has run what was submitted. Not from a job of its own.
 void dispatch_release(dispatch_object_t object) {
   if (--object->references > 0) return;
