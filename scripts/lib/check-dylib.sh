@@ -28,7 +28,6 @@ for thin in "$@"; do
     grep -vE '^/System/Library/Frameworks/|^/usr/lib/lib(System\.B|objc\.A|c\+\+\.1)\.dylib$' &&
     fail "$thin: linked to something else"
   echo "$thin: undefined symbols by library"
-  llvm-objdump-19 --macho --bind --lazy-bind --weak-bind "$thin" 2>/dev/null |
-    awk '/^__/ { print $(NF - 1) }' | sort | uniq -c
+  llvm-nm-19 --undefined-only --format=darwin "$thin" | sed 's/.*(from \(.*\))/\1/' | sort | uniq -c
 done
 exit "$failed"

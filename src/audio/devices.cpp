@@ -62,7 +62,7 @@ std::optional<AudioDeviceID> findDevice(const std::optional<std::string>& uid,
   for (const auto device : audioDeviceIDs()) {
     if (channelCount(device, direction) <= 0) continue;
     const auto candidate = text(device, platform::kAudioDevicePropertyDeviceUID);
-    if (candidate && platform::canonicallyEqual(*candidate, *uid)) return device;
+    if (candidate && platform::helpers::areCanonicallyEqual(*candidate, *uid)) return device;
   }
   return std::nullopt;
 }

@@ -45,7 +45,7 @@ class Registry {
   }
 
  private:
-  std::unordered_map<void*, std::shared_ptr<T>> entries_;  // guarded by audioLock()
+  std::unordered_map<void*, std::shared_ptr<T>> entries_ VLM_GUARDED_BY(audioLock());
 };
 
 }  // namespace vlm::audio

@@ -1,7 +1,6 @@
 #include "capture/stream.h"
 
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include "capture/audio_forwarding.h"
@@ -89,25 +88,21 @@ bool VlmCapture::addOutput(SCStream& stream, SCStreamOutputType type) {
 
 void VlmCapture::stop() {
   if (stream_) {
-    // A stream that can't be stopped any more has stopped already.
+    // A stream that can't be stopped any more has stopped already. When the answer comes, no
+    // callback of the host runs any more but one that this is called from.
     frame::await<Outcome>([&](SCStream::CompletionHandler handler) {
       stream_->stopCaptureWithCompletionHandler(std::move(handler));
     });
   }
   stream_ = nullptr;
-  // A picture that was submitted before the stop is still handed over. The host may do away with
-  // what its callbacks use when this returns, so it waits for the last of them, unless this is it.
-  if (handingOver_ != std::this_thread::get_id()) queue_->sync([] {});
 }
 
 void VlmCapture::didOutputSampleBuffer(SCStream&, platform::CMSampleBuffer& sample,
                                        SCStreamOutputType type) {
-  handingOver_ = std::this_thread::get_id();
   if (type == SCStreamOutputType::screen) forwardFrame(sample);
   if (type == SCStreamOutputType::audio && audioCb_ != nullptr) {
     frame::guarded([&] { forwardAudio(sample, audioCb_, user_); });
   }
-  handingOver_ = std::thread::id();
 }
 
 void VlmCapture::forwardFrame(platform::CMSampleBuffer& sample) const {

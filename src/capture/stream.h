@@ -1,9 +1,7 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
-#include <thread>
 
 #include "VelmoraMacNative.h"
 #include "frame/handle.h"
@@ -25,7 +23,8 @@ class VlmCapture final : public frame::HandleObject<VlmCapture>,
   bool start(std::shared_ptr<const platform::SCContentFilter> filter, std::int32_t fps,
              std::int32_t maxW, std::int32_t maxH, bool wantsAudio);
 
-  // Stops the stream and waits until the platform has. Does nothing when none runs.
+  // Stops the stream and waits until the platform has, and until the last callback has returned
+  // unless this is called from it. Does nothing when none runs.
   void stop();
 
   // What was captured when the stream started, in points; empty before.
@@ -42,8 +41,6 @@ class VlmCapture final : public frame::HandleObject<VlmCapture>,
 
   std::shared_ptr<platform::SCStream> stream_;
   const std::shared_ptr<platform::DispatchQueue> queue_;
-  // The thread that a callback of the host runs on right now.
-  std::atomic<std::thread::id> handingOver_;
   platform::CGRect contentBounds_;
   const vlm_frame_cb frameCb_;
   const vlm_audio_cb audioCb_;

@@ -18,7 +18,7 @@ ParameterSetList parameterSetsOf(const platform::CMSampleBuffer& sample) {
   const auto* description = platform::CMSampleBufferGetFormatDescription(sample);
   std::size_t count = 0;
   if (description == nullptr ||
-      platform::CMVideoFormatDescriptionGetH264ParameterSetCount(*description, count) != noErr) {
+      platform::helpers::h264ParameterSetCount(*description, count) != noErr) {
     return sets;
   }
   for (std::size_t index = 0; index < count; ++index) {

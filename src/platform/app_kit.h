@@ -71,7 +71,7 @@ class NSWorkspace {
  public:
   // False when nothing on this system opens it.
   static bool openURL(const NSURL& url);
-  // In the order in which they were started, as far as the system knows it.
+  // In no promised order.
   static std::vector<NSRunningApplication> runningApplications();
   static std::optional<NSRunningApplication> frontmostApplication();
 };

@@ -78,7 +78,7 @@ class AVAudioInputNode {
   virtual std::optional<NSError> installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                                  AVAudioFormatPtr format,
                                                  AVAudioNodeTapBlock block) = 0;
-  // No block begins after this.
+  // No block runs after this but one that this is called from.
   virtual void removeTapOnBus(std::uint32_t bus) = 0;
 };
 

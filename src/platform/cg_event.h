@@ -51,7 +51,7 @@ CGPoint CGEventGetLocation(const CGEvent& event);
 void CGEventPost(CGEventTapLocation tap, CGEvent& event);
 
 // Moves the pointer without an event.
-void CGWarpMouseCursorPosition(CGPoint position);
-void CGAssociateMouseAndMouseCursorPosition(bool connected);
+CGError CGWarpMouseCursorPosition(CGPoint position);
+CGError CGAssociateMouseAndMouseCursorPosition(bool connected);
 
 }  // namespace vlm::platform

@@ -1,6 +1,13 @@
 #pragma once
 
+#include <cstdint>
+
 namespace vlm::platform {
+
+using CGError = std::int32_t;
+inline constexpr CGError kCGErrorSuccess = 0;
+inline constexpr CGError kCGErrorFailure = 1000;
+inline constexpr CGError kCGErrorIllegalArgument = 1001;
 
 // Points in global display space: origin at the top-left corner of the main display, y downward.
 struct CGPoint {

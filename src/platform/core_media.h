@@ -66,10 +66,7 @@ OSStatus CMBlockBufferGetDataPointer(const CMBlockBuffer& block, std::size_t off
 OSStatus CMVideoFormatDescriptionCreateFromH264ParameterSets(
     std::span<const std::span<const std::uint8_t>> parameterSets, int nalUnitHeaderLength,
     Ref<CMFormatDescription>& out);
-// The number of parameter sets the description holds, sequence set first; 0 for other codecs.
-OSStatus CMVideoFormatDescriptionGetH264ParameterSetCount(const CMFormatDescription& description,
-                                                          std::size_t& count);
-// The set's bytes, valid while the description lives.
+// The bytes of a set, sequence sets first, valid while the description lives.
 OSStatus CMVideoFormatDescriptionGetH264ParameterSetAtIndex(const CMFormatDescription& description,
                                                             std::size_t index,
                                                             std::span<const std::uint8_t>& set);
@@ -95,6 +92,10 @@ CMTime CMSampleBufferGetPresentationTimeStamp(const CMSampleBuffer& sample) noex
 
 // Ours, on top of the operations that their comments name.
 namespace helpers {
+
+// The count that CMVideoFormatDescriptionGetH264ParameterSetAtIndex gives without a set; 0 for
+// other codecs.
+OSStatus h264ParameterSetCount(const CMFormatDescription& description, std::size_t& count);
 
 // The value under `key` in the first dictionary of CMSampleBufferGetSampleAttachmentsArray, which
 // is not made for this. Null when there is no array, no dictionary in it or no such key.

@@ -26,9 +26,6 @@ std::shared_ptr<DispatchQueue> dispatch_queue_create(std::string label, Dispatch
 // The queue whose jobs run on the process's main thread, while the host runs its main loop.
 std::shared_ptr<DispatchQueue> dispatch_get_main_queue();
 
-// True on the process's main thread.
-bool isMainThread() noexcept;
-
 // A counting semaphore. wait() has no time limit; signal() may come from any thread, before or
 // after the wait.
 class DispatchSemaphore {

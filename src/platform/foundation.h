@@ -30,7 +30,18 @@ void NSLog(std::string_view line) noexcept;
 // empty part is contained in nothing. Both are UTF-8. Any thread.
 bool localizedCaseInsensitiveContains(std::string_view text, std::string_view part);
 
-// True when the two are the same characters, however they are composed. Any thread.
-bool canonicallyEqual(std::string_view a, std::string_view b);
+struct NSThread {
+  // True on the process's main thread.
+  static bool isMainThread() noexcept;
+};
+
+// Ours, on top of the operations that their comments name.
+namespace helpers {
+
+// NSString's compare: with the same result as NSOrderedSame: the two are the same characters,
+// however they are composed. Any thread.
+bool areCanonicallyEqual(std::string_view a, std::string_view b);
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

@@ -7,6 +7,9 @@
 
 namespace vlm::platform {
 
+// A status of the kernel; 0 is success.
+using kern_return_t = std::int32_t;
+
 // An entry of the registry of the machine's devices; 0 is none. Any thread.
 using io_registry_entry_t = std::uint32_t;
 
@@ -19,6 +22,7 @@ inline constexpr std::string_view IOPlatformUUIDKey = "IOPlatformUUID";
 io_registry_entry_t IORegistryEntryFromPath(std::string_view path);
 // Null when the entry has no such property.
 CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_view key);
-void IOObjectRelease(io_registry_entry_t entry);
+// 0 when the entry was there to be released.
+kern_return_t IOObjectRelease(io_registry_entry_t entry);
 
 }  // namespace vlm::platform

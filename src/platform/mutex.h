@@ -26,8 +26,9 @@ class VLM_THREAD_ANNOTATION(capability("mutex")) Mutex {
   std::mutex mutex_;
 };
 
-// Holds a Mutex for a scope. It can itself be waited on by a std::condition_variable_any, which
-// gives the mutex up while it sleeps and has it back when the wait returns.
+// Holds a Mutex for a scope. To wait inside it, give the Mutex itself to a
+// std::condition_variable_any: it gives the mutex up while it sleeps and has it back when the wait
+// returns.
 class VLM_THREAD_ANNOTATION(scoped_lockable) MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) VLM_THREAD_ANNOTATION(acquire_capability(mutex))

@@ -31,7 +31,7 @@ struct SCDisplay {
   CGRect frame;
 };
 
-// What can be captured at one moment. Windows come front to back; the main display comes first.
+// What can be captured at one moment, each list in an order of the system's choice.
 struct SCShareableContent {
   using Handler =
       std::function<void(std::shared_ptr<const SCShareableContent>, std::optional<NSError>)>;
@@ -131,8 +131,9 @@ class SCStream {
                                                  std::shared_ptr<DispatchQueue> queue) = 0;
 
   using CompletionHandler = std::function<void(std::optional<NSError>)>;
-  // Both call the handler exactly once, on any thread. After the handler of stop has been called
-  // no further sample is submitted to a queue; one that is already there is still handed over.
+  // Both call the handler exactly once, on any thread. When stop calls it, with an error or
+  // without, every sample that was submitted before has been handed over, and no call of an output
+  // runs or follows. The one call of an output that stop itself is called from is not waited for.
   virtual void startCaptureWithCompletionHandler(CompletionHandler handler) = 0;
   virtual void stopCaptureWithCompletionHandler(CompletionHandler handler) = 0;
 };

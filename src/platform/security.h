@@ -26,9 +26,11 @@ inline constexpr std::string_view kSecMatchLimit = "m_Limit";
 inline constexpr std::string_view kSecMatchLimitOne = "m_LimitOne";
 
 // Generic-password items of the default keychain, each with a service, an account and any bytes.
-// All three take a dictionary, may be called on any thread, never ask a person for anything, and
-// answer a keychain that is missing, locked or silent with a failure within a second. Only bytes
-// that the caller passed or asked for leave copies of a secret in ordinary memory.
+// All three take a dictionary and may be called on any thread. The platform asks the keychain not
+// to ask a person for anything (where it can be asked, with kSecUseAuthenticationUI); a system
+// whose keychain asks all the same can't be prevented from it. A keychain that is missing, locked
+// or can't be reached is a failure. Only bytes that the caller passed or asked for leave copies of
+// a secret in ordinary memory.
 
 // Stores a new item.
 OSStatus SecItemAdd(const CFValue& attributes);

@@ -7,6 +7,7 @@
 #include "frame/log.h"
 #include "frame/main_thread.h"
 #include "platform/dispatch.h"
+#include "platform/foundation.h"
 
 namespace vlm::present {
 namespace {
@@ -44,7 +45,7 @@ Ref<CMSampleBuffer> wrap(Ref<CVPixelBuffer> image) {
 
 std::shared_ptr<VlmPresenter> VlmPresenter::create() {
   std::shared_ptr<VlmPresentView> view;
-  if (platform::isMainThread()) {
+  if (platform::NSThread::isMainThread()) {
     view = VlmPresentView::make();
   } else {
     platform::dispatch_get_main_queue()->sync(

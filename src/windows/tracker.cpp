@@ -60,7 +60,7 @@ bool VlmWindowTracker::observe(std::int32_t pid) {
   for (const auto& each : kNotifications) {
     platform::AXObserverAddNotification(*observer_, *appElement_, each.name);
   }
-  platform::CFRunLoopAddSourceToMain(platform::AXObserverGetRunLoopSource(*observer_));
+  platform::helpers::addToMainRunLoop(platform::AXObserverGetRunLoopSource(*observer_));
   return true;
 }
 
@@ -79,7 +79,7 @@ void VlmWindowTracker::stop() {
     stopped_ = true;
   }
   if (observer_) {
-    platform::CFRunLoopRemoveSourceFromMain(platform::AXObserverGetRunLoopSource(*observer_));
+    platform::helpers::removeFromMainRunLoop(platform::AXObserverGetRunLoopSource(*observer_));
   }
   observer_ = nullptr;
 }

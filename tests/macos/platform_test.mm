@@ -95,9 +95,9 @@ TEST_F(MacPlatform, TextIsComparedAsPeopleDo) {
                {"a", "\xff", false, false}};
   for (const auto& each : cases) {
     EXPECT_EQ(localizedCaseInsensitiveContains(each.text, each.part), each.contains) << each.part;
-    EXPECT_EQ(canonicallyEqual(each.text, each.part), each.equal) << each.part;
+    EXPECT_EQ(helpers::areCanonicallyEqual(each.text, each.part), each.equal) << each.part;
   }
-  EXPECT_TRUE(canonicallyEqual("caf\u00e9", "cafe\u0301"));
+  EXPECT_TRUE(helpers::areCanonicallyEqual("caf\u00e9", "cafe\u0301"));
   // Foundations differ in their spaces.
   auto json = NSJSONSerializationData(CFArray{CFDictionary{{"name", "a\"b"}}});
   ASSERT_TRUE(json);
@@ -175,12 +175,12 @@ TEST_F(MacPlatform, ObserversDeliverWhileTheirSourceIsAddedAndTheyLive) {
   ASSERT_EQ(AXObserverAddNotification(*observer, *element, "AXWindowMoved"), kAXErrorSuccess);
   auto& source = AXObserverGetRunLoopSource(*observer);
   standin::notify("AXWindowMoved");
-  CFRunLoopAddSourceToMain(source);
+  helpers::addToMainRunLoop(source);
   standin::notify("AXWindowMoved");
   standin::notify("AXWindowResized");
-  CFRunLoopRemoveSourceFromMain(source);
+  helpers::removeFromMainRunLoop(source);
   standin::notify("AXWindowMoved");
-  CFRunLoopAddSourceToMain(source);
+  helpers::addToMainRunLoop(source);
   observer = nullptr;
   standin::notify("AXWindowMoved");
   EXPECT_EQ(heard, std::vector<std::string>{"AXWindowMoved"});
@@ -298,9 +298,9 @@ TEST_F(MacPlatform, QueuesRunJobsInOrderAndLetThemGo) {
   const auto token = std::make_shared<int>();
   for (int i = 0; i < 3; ++i) queue->async([&order, i, token] { order.push_back(i); });
   bool onMain = true;
-  queue->sync([&] { onMain = isMainThread(); });
+  queue->sync([&] { onMain = NSThread::isMainThread(); });
   EXPECT_FALSE(onMain);
-  EXPECT_TRUE(isMainThread());
+  EXPECT_TRUE(NSThread::isMainThread());
   EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
   EXPECT_EQ(token.use_count(), 1);
   const auto semaphore = dispatch_semaphore_create(1);

@@ -72,17 +72,19 @@ void CGEventPost(CGEventTapLocation, CGEvent& event) {
   });
 }
 
-void CGWarpMouseCursorPosition(CGPoint position) {
-  if (!isPlace(position)) return;
-  Display::shared().with<bool>(false, [&](const x11::Connection& connection) {
+CGError CGWarpMouseCursorPosition(CGPoint position) {
+  if (!isPlace(position)) return kCGErrorIllegalArgument;
+  return Display::shared().with<CGError>(kCGErrorFailure, [&](const x11::Connection& connection) {
     xcb_warp_pointer(connection.get(), XCB_NONE, connection.screen().root, 0, 0, 0, 0,
                      input::coordinate(position.x), input::coordinate(position.y));
     xcb_flush(connection.get());
-    return true;
+    return kCGErrorSuccess;
   });
 }
 
 // X never separates the two.
-void CGAssociateMouseAndMouseCursorPosition(bool) {}
+CGError CGAssociateMouseAndMouseCursorPosition(bool) {
+  return kCGErrorSuccess;
+}
 
 }  // namespace vlm::platform

@@ -2,11 +2,11 @@
 
 namespace vlm::platform {
 
-void CFRunLoopAddSourceToMain(CFRunLoopSource& source) {
+void helpers::addToMainRunLoop(CFRunLoopSource& source) {
   source.add();
 }
 
-void CFRunLoopRemoveSourceFromMain(CFRunLoopSource& source) {
+void helpers::removeFromMainRunLoop(CFRunLoopSource& source) {
   source.remove();
 }
 

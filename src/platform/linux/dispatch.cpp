@@ -1,7 +1,5 @@
 #include "platform/dispatch.h"
 
-#include <unistd.h>
-
 #include <utility>
 
 #include "platform/linux/glib/main_queue.h"
@@ -16,10 +14,6 @@ std::shared_ptr<DispatchQueue> dispatch_queue_create(std::string label, Dispatch
 
 std::shared_ptr<DispatchQueue> dispatch_get_main_queue() {
   return glib::mainQueue();
-}
-
-bool isMainThread() noexcept {
-  return gettid() == getpid();
 }
 
 std::shared_ptr<DispatchSemaphore> dispatch_semaphore_create(int count) {

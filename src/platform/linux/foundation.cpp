@@ -26,7 +26,11 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
   return glib::containsIgnoringCase(text, part);
 }
 
-bool canonicallyEqual(std::string_view a, std::string_view b) {
+bool NSThread::isMainThread() noexcept {
+  return gettid() == getpid();
+}
+
+bool helpers::areCanonicallyEqual(std::string_view a, std::string_view b) {
   return glib::areSameCharacters(a, b);
 }
 

@@ -20,6 +20,9 @@ CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_v
   return uuid ? CFValue(std::move(*uuid)) : CFValue();
 }
 
-void IOObjectRelease(io_registry_entry_t) {}
+kern_return_t IOObjectRelease(io_registry_entry_t entry) {
+  constexpr kern_return_t kInvalidArgument = 4;
+  return entry == kRoot ? 0 : kInvalidArgument;
+}
 
 }  // namespace vlm::platform

@@ -5,6 +5,7 @@
 
 #include "platform/linux/secrets/conversation.h"
 
+// Here nothing ever asks a person, and a keychain that is silent is a failure within a second.
 namespace vlm::platform {
 namespace {
 

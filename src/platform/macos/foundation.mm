@@ -41,7 +41,13 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
   return contains;
 }
 
-bool canonicallyEqual(std::string_view a, std::string_view b) {
+bool NSThread::isMainThread() noexcept {
+  return [::NSThread isMainThread];
+}
+
+namespace helpers {
+
+bool areCanonicallyEqual(std::string_view a, std::string_view b) {
   bool equal = false;
   bridge::guarded([&] {
     const auto first = bridge::toString(a);
@@ -52,5 +58,7 @@ bool canonicallyEqual(std::string_view a, std::string_view b) {
   });
   return equal;
 }
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

@@ -77,8 +77,8 @@ OSStatus portable::createH264Description(
   return noErr;
 }
 
-OSStatus CMVideoFormatDescriptionGetH264ParameterSetCount(const CMFormatDescription& description,
-                                                          std::size_t& count) {
+OSStatus helpers::h264ParameterSetCount(const CMFormatDescription& description,
+                                        std::size_t& count) {
   count = description.parameterSets.size();
   return noErr;
 }

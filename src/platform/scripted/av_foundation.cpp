@@ -19,7 +19,7 @@ std::shared_ptr<AVSampleBufferDisplayLayer> AVSampleBufferDisplayLayer::make() {
 namespace scripted {
 
 std::string_view offMainPrefix() {
-  return isMainThread() ? "" : "off the main thread: ";
+  return NSThread::isMainThread() ? "" : "off the main thread: ";
 }
 
 void ScriptedLayer::note(std::string_view operation,

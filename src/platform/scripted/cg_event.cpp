@@ -64,12 +64,14 @@ void CGEventPost(CGEventTapLocation tap, CGEvent& event) {
   Machine::current().journal.enter("CGEventPost", {number(tap), std::move(description)});
 }
 
-void CGWarpMouseCursorPosition(CGPoint position) {
-  Machine::current().journal.enter("CGWarpMouseCursorPosition", {position});
+CGError CGWarpMouseCursorPosition(CGPoint position) {
+  return Machine::current().journal.enter("CGWarpMouseCursorPosition", {position}).status;
 }
 
-void CGAssociateMouseAndMouseCursorPosition(bool connected) {
-  Machine::current().journal.enter("CGAssociateMouseAndMouseCursorPosition", {connected});
+CGError CGAssociateMouseAndMouseCursorPosition(bool connected) {
+  return Machine::current()
+      .journal.enter("CGAssociateMouseAndMouseCursorPosition", {connected})
+      .status;
 }
 
 }  // namespace vlm::platform

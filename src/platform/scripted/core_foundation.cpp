@@ -6,12 +6,12 @@ namespace vlm::platform {
 
 using scripted::Machine;
 
-void CFRunLoopAddSourceToMain(CFRunLoopSource& source) {
+void helpers::addToMainRunLoop(CFRunLoopSource& source) {
   Machine::current().journal.enter("CFRunLoopAddSource");
   source.added = true;
 }
 
-void CFRunLoopRemoveSourceFromMain(CFRunLoopSource& source) {
+void helpers::removeFromMainRunLoop(CFRunLoopSource& source) {
   Machine::current().journal.enter("CFRunLoopRemoveSource");
   source.added = false;
 }

@@ -20,10 +20,6 @@ std::shared_ptr<DispatchQueue> dispatch_get_main_queue() {
   return Machine::current().mainQueue();
 }
 
-bool isMainThread() noexcept {
-  return Machine::current().onMainThread();
-}
-
 std::shared_ptr<DispatchSemaphore> dispatch_semaphore_create(int count) {
   return Machine::current().makeSemaphore(count);
 }

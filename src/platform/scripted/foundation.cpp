@@ -26,7 +26,7 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
 }
 
 // It knows one letter with two spellings.
-bool canonicallyEqual(std::string_view a, std::string_view b) {
+bool helpers::areCanonicallyEqual(std::string_view a, std::string_view b) {
   const auto composed = [](std::string_view text) {
     constexpr std::string_view kDecomposed = "e\xCC\x81";
     std::string result(text);
@@ -37,6 +37,10 @@ bool canonicallyEqual(std::string_view a, std::string_view b) {
     return result;
   };
   return composed(a) == composed(b);
+}
+
+bool NSThread::isMainThread() noexcept {
+  return scripted::Machine::current().onMainThread();
 }
 
 std::optional<NSURL> NSURL::URLWithString(std::string_view text) {

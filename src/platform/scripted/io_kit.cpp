@@ -23,8 +23,8 @@ CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_v
   return entry == kRoot && key == IOPlatformUUIDKey ? systemStage().platformUuid : CFValue();
 }
 
-void IOObjectRelease(io_registry_entry_t entry) {
-  scripted::Machine::current().journal.enter("IOObjectRelease", {entry});
+kern_return_t IOObjectRelease(io_registry_entry_t entry) {
+  return scripted::Machine::current().journal.enter("IOObjectRelease", {entry}).status;
 }
 
 }  // namespace vlm::platform

@@ -1,5 +1,6 @@
 #include "platform/screen_capture_kit.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/portable/media.h"
@@ -109,27 +110,37 @@ std::optional<NSError> ScriptedStream::addStreamOutput(std::weak_ptr<SCStreamOut
       Machine::current().journal.enter("addStreamOutput", {nameOf(type), queue->label()});
   if (fault.fails()) return NSError{fault.error};
   const MutexLock lock(mutex_);
-  outputs_.push_back({std::move(output), type, std::move(queue)});
+  const auto neighbour = std::ranges::find(outputs_, queue, &Output::queue);
+  auto running = neighbour != outputs_.end() ? neighbour->running : std::make_shared<RunningCall>();
+  outputs_.push_back({std::move(output), type, std::move(queue), std::move(running)});
   return std::nullopt;
 }
 
-void ScriptedStream::answer(const char* operation, bool running, CompletionHandler handler) {
-  auto& machine = Machine::current();
-  const auto fault = machine.journal.enter(operation);
-  const auto error = fault.fails() ? std::optional(NSError{fault.error}) : std::nullopt;
-  {
-    const MutexLock lock(mutex_);
-    running_ = running && !error;
-  }
-  machine.answerLater([handler = std::move(handler), error] { handler(error); });
+std::optional<NSError> ScriptedStream::become(bool running, const char* operation) {
+  const auto fault = Machine::current().journal.enter(operation);
+  const MutexLock lock(mutex_);
+  running_ = running && !fault.fails();
+  return fault.fails() ? std::optional(NSError{fault.error}) : std::nullopt;
 }
 
 void ScriptedStream::startCaptureWithCompletionHandler(CompletionHandler handler) {
-  answer("startCapture", true, std::move(handler));
+  const auto error = become(true, "startCapture");
+  Machine::current().answerLater([handler = std::move(handler), error] { handler(error); });
 }
 
 void ScriptedStream::stopCaptureWithCompletionHandler(CompletionHandler handler) {
-  answer("stopCapture", false, std::move(handler));
+  const auto error = become(false, "stopCapture");
+  std::vector<std::shared_ptr<DispatchQueue>> busy;
+  {
+    const MutexLock lock(mutex_);
+    for (const auto& output : outputs_) {
+      if (!output.running->isHere()) busy.push_back(output.queue);
+    }
+  }
+  Machine::current().answerLater([handler = std::move(handler), error, busy = std::move(busy)] {
+    for (const auto& queue : busy) queue->sync([] {});
+    handler(error);
+  });
 }
 
 void ScriptedStream::deliverLate() {
@@ -142,7 +153,9 @@ void ScriptedStream::deliver(const Ref<CMSampleBuffer>& sample, SCStreamOutputTy
   if (!running_) return;
   for (const auto& output : outputs_) {
     if (output.type != type) continue;
-    output.queue->async([self = shared_from_this(), receiver = output.receiver, sample, type] {
+    output.queue->async([self = shared_from_this(), receiver = output.receiver,
+                         running = output.running, sample, type] {
+      const RunningCall::Scope scope(*running);
       if (const auto to = receiver.lock()) to->didOutputSampleBuffer(*self, *sample, type);
     });
   }

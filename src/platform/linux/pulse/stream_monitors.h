@@ -46,7 +46,9 @@ class StreamMonitors {
 
   const std::unique_ptr<Connection> connection_;
   const bool excludesOwnProcess_;
-  // By the server's number of the stream that is listened to. Under the connection's lock.
+  // By the server's number of the stream that is listened to. Under the connection's lock, without
+  // an annotation: the connection's thread holds it in every callback, where the analysis can't see
+  // it.
   std::map<std::uint32_t, Monitor> monitors_;
 };
 

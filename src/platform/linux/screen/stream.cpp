@@ -1,5 +1,6 @@
 #include "platform/linux/screen/stream.h"
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <memory>
@@ -12,6 +13,7 @@
 #include "platform/linux/screen/capture_thread.h"
 #include "platform/mutex.h"
 #include "platform/portable/media.h"
+#include "platform/running_call.h"
 
 namespace vlm::platform::screen {
 namespace {
@@ -21,6 +23,7 @@ struct Output {
   SCStreamOutputType type;
   std::weak_ptr<SCStreamOutput> output;
   std::shared_ptr<DispatchQueue> queue;
+  std::shared_ptr<RunningCall> running;  // of all outputs on the queue
 };
 
 // Held by every block of audio that waits in a receiver's queue. A receiver that does not keep up
@@ -58,7 +61,10 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
                                          SCStreamOutputType type,
                                          std::shared_ptr<DispatchQueue> queue) override {
     MutexLock lock(mutex_);
-    outputs_.push_back({type, std::move(output), std::move(queue)});
+    const auto neighbour = std::ranges::find(outputs_, queue, &Output::queue);
+    auto running =
+        neighbour != outputs_.end() ? neighbour->running : std::make_shared<RunningCall>();
+    outputs_.push_back({type, std::move(output), std::move(queue), std::move(running)});
     return std::nullopt;
   }
 
@@ -76,12 +82,17 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
 
   void stopCaptureWithCompletionHandler(CompletionHandler handler) override {
     std::unique_ptr<CaptureThread> thread;
+    std::vector<Output> outputs;
     {
       MutexLock lock(mutex_);
       thread = std::move(thread_);
+      outputs = outputs_;
     }
     thread = nullptr;
     endAudio();
+    for (const auto& output : outputs) {
+      if (!output.running->isHere()) output.queue->sync([] {});
+    }
     handler(std::nullopt);
   }
 
@@ -175,11 +186,13 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
                      const std::shared_ptr<Ticket>& ticket = nullptr) {
     for (const auto& output : outputs) {
       if (output.type != type) continue;
-      output.queue->async([self, receiver = output.output, sample, type, ticket] {
-        const auto stream = self.lock();
-        const auto listener = receiver.lock();
-        if (stream && listener) listener->didOutputSampleBuffer(*stream, *sample, type);
-      });
+      output.queue->async(
+          [self, receiver = output.output, running = output.running, sample, type, ticket] {
+            const RunningCall::Scope scope(*running);
+            const auto stream = self.lock();
+            const auto listener = receiver.lock();
+            if (stream && listener) listener->didOutputSampleBuffer(*stream, *sample, type);
+          });
     }
   }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/mutex.h"
+#include "platform/running_call.h"
 #include "platform/screen_capture_kit.h"
 
 namespace vlm::platform::scripted {
@@ -40,8 +41,9 @@ class ScriptedStream final : public SCStream, public std::enable_shared_from_thi
     std::weak_ptr<SCStreamOutput> receiver;
     SCStreamOutputType type;
     std::shared_ptr<DispatchQueue> queue;
+    std::shared_ptr<RunningCall> running;  // of all outputs on the queue
   };
-  void answer(const char* operation, bool running, CompletionHandler handler) VLM_EXCLUDES(mutex_);
+  std::optional<NSError> become(bool running, const char* operation) VLM_EXCLUDES(mutex_);
 
   const SCStreamConfiguration configuration_;
   const std::weak_ptr<SCStreamDelegate> delegate_;
