@@ -9,6 +9,11 @@ install(TARGETS VelmoraMacNative EXPORT VelmoraMacNativeTargets
     COMPONENT runtime NAMELINK_COMPONENT development)
 install(FILES ${PROJECT_SOURCE_DIR}/include/VelmoraMacNative.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+if(VLM_PLATFORM STREQUAL macos)
+  # For Swift.
+  install(FILES ${PROJECT_SOURCE_DIR}/cmake/module.modulemap
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+endif()
 install(EXPORT VelmoraMacNativeTargets
   NAMESPACE VelmoraMacNative:: DESTINATION ${package_dir} COMPONENT development)
 

@@ -116,3 +116,37 @@ run_check() {
   begin check
   if scripts/check; then done_with check checks 1 0 0; else done_with check checks 0 1 0; fi
 }
+
+# The library for macOS, compiled and linked here, and its sources run on stand-ins of the
+# frameworks. Skipped where the tool chain can't be reached.
+run_macos() {
+  local status architecture run=build/macos-run
+  begin "macos: tool chain"
+  scripts/setup --macos
+  status=$?
+  if [[ $status -eq 75 ]]; then
+    echo "macos: skipped, because the tool chain can't be reached"
+    done_with macos build 0 0 1
+    return
+  elif [[ $status -ne 0 ]]; then
+    done_with macos build 0 1 0
+    return 1
+  fi
+  for architecture in arm64 x86_64; do build "macos-$architecture" || return; done
+  begin "macos: the dynamic library"
+  if scripts/lib/check-dylib.sh build/macos/VelmoraMacNative.dylib \
+    build/macos-{arm64,x86_64}/src/VelmoraMacNative.dylib; then
+    done_with macos library 1 0 0
+  else
+    done_with macos library 0 1 0
+  fi
+  begin "macos: on stand-ins"
+  if cmake -S tests/macos -B "$run" -G Ninja -DCMAKE_C_COMPILER=clang-19 \
+    -DCMAKE_CXX_COMPILER=clang++-19 -DCMAKE_OBJCXX_COMPILER="$(command -v clang++-19)" \
+    >"$run.log" 2>&1 && cmake --build "$run" >>"$run.log" 2>&1; then
+    run_tests macos-run standins
+  else
+    grep -A 25 -m 3 -e 'FAILED:' -e 'CMake Error' "$run.log" || tail -40 "$run.log"
+    done_with macos-run standins 0 1 0
+  fi
+}

@@ -56,12 +56,12 @@ void CGEventPost(CGEventTapLocation tap, CGEvent& event) {
   ::CGEventPost(static_cast<::CGEventTapLocation>(tap), bridge::native(event));
 }
 
-void CGWarpMouseCursorPosition(CGPoint position) {
-  ::CGWarpMouseCursorPosition(bridge::toNative(position));
+CGError CGWarpMouseCursorPosition(CGPoint position) {
+  return ::CGWarpMouseCursorPosition(bridge::toNative(position));
 }
 
-void CGAssociateMouseAndMouseCursorPosition(bool connected) {
-  ::CGAssociateMouseAndMouseCursorPosition(connected);
+CGError CGAssociateMouseAndMouseCursorPosition(bool connected) {
+  return ::CGAssociateMouseAndMouseCursorPosition(connected);
 }
 
 }  // namespace vlm::platform

@@ -14,12 +14,16 @@ void CFRelease(const void* object) noexcept {
   if (object != nullptr) ::CFRelease(object);
 }
 
-void CFRunLoopAddSourceToMain(CFRunLoopSource& source) {
+namespace helpers {
+
+void addToMainRunLoop(CFRunLoopSource& source) {
   ::CFRunLoopAddSource(::CFRunLoopGetMain(), bridge::native(source), ::kCFRunLoopDefaultMode);
 }
 
-void CFRunLoopRemoveSourceFromMain(CFRunLoopSource& source) {
+void removeFromMainRunLoop(CFRunLoopSource& source) {
   ::CFRunLoopRemoveSource(::CFRunLoopGetMain(), bridge::native(source), ::kCFRunLoopDefaultMode);
 }
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

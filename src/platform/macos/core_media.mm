@@ -63,19 +63,6 @@ OSStatus CMVideoFormatDescriptionCreateFromH264ParameterSets(
   return status;
 }
 
-OSStatus CMVideoFormatDescriptionGetH264ParameterSetCount(const CMFormatDescription& description,
-                                                          std::size_t& count) {
-  if (::CMFormatDescriptionGetMediaSubType(native(description)) != ::kCMVideoCodecType_H264) {
-    count = 0;
-    return noErr;
-  }
-  std::size_t sets = 0;
-  const auto status = ::CMVideoFormatDescriptionGetH264ParameterSetAtIndex(
-      native(description), 0, nullptr, nullptr, &sets, nullptr);
-  if (status == noErr) count = sets;
-  return status;
-}
-
 OSStatus CMVideoFormatDescriptionGetH264ParameterSetAtIndex(const CMFormatDescription& description,
                                                             std::size_t index,
                                                             std::span<const std::uint8_t>& set) {
@@ -144,6 +131,18 @@ CMTime CMSampleBufferGetPresentationTimeStamp(const CMSampleBuffer& sample) noex
 }
 
 namespace helpers {
+
+OSStatus h264ParameterSetCount(const CMFormatDescription& description, std::size_t& count) {
+  if (::CMFormatDescriptionGetMediaSubType(native(description)) != ::kCMVideoCodecType_H264) {
+    count = 0;
+    return noErr;
+  }
+  std::size_t sets = 0;
+  const auto status = ::CMVideoFormatDescriptionGetH264ParameterSetAtIndex(
+      native(description), 0, nullptr, nullptr, &sets, nullptr);
+  if (status == noErr) count = sets;
+  return status;
+}
 
 CFValue sampleAttachment(CMSampleBuffer& sample, std::string_view key) {
   return bridge::attachmentOf(native(sample), key);

@@ -55,10 +55,6 @@ std::shared_ptr<DispatchQueue> dispatch_get_main_queue() {
   return std::make_shared<bridge::Queue>("com.apple.main-thread", queue);
 }
 
-bool isMainThread() noexcept {
-  return [NSThread isMainThread];
-}
-
 std::shared_ptr<DispatchSemaphore> dispatch_semaphore_create(int count) {
   return std::make_shared<Semaphore>(count);
 }

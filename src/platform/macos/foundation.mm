@@ -35,17 +35,19 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
     const auto whole = bridge::toString(text);
     const auto wanted = bridge::toString(part);
     if (!whole || !wanted || part.empty()) return;
-    NSString* const string = (NSString*)whole.get();
-    const NSRange found = [string rangeOfString:(NSString*)wanted.get()
-                                        options:NSCaseInsensitiveSearch
-                                          range:NSRange{0, string.length}
-                                         locale:[NSLocale currentLocale]];
-    contains = found.length > 0;
+    contains = [(NSString*)whole.get()
+        localizedCaseInsensitiveContainsString:(NSString*)wanted.get()];
   });
   return contains;
 }
 
-bool canonicallyEqual(std::string_view a, std::string_view b) {
+bool NSThread::isMainThread() noexcept {
+  return [::NSThread isMainThread];
+}
+
+namespace helpers {
+
+bool areCanonicallyEqual(std::string_view a, std::string_view b) {
   bool equal = false;
   bridge::guarded([&] {
     const auto first = bridge::toString(a);
@@ -56,5 +58,7 @@ bool canonicallyEqual(std::string_view a, std::string_view b) {
   });
   return equal;
 }
+
+}  // namespace helpers
 
 }  // namespace vlm::platform

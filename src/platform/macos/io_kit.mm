@@ -23,8 +23,8 @@ CFValue IORegistryEntryCreateCFProperty(io_registry_entry_t entry, std::string_v
   return bridge::fromCF(value.get());
 }
 
-void IOObjectRelease(io_registry_entry_t entry) {
-  ::IOObjectRelease(entry);
+kern_return_t IOObjectRelease(io_registry_entry_t entry) {
+  return ::IOObjectRelease(entry);
 }
 
 }  // namespace vlm::platform

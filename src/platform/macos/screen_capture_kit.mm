@@ -72,7 +72,7 @@ class Stream : public SCStream, public std::enable_shared_from_this<Stream> {
                                          SCStreamOutputType type,
                                          std::shared_ptr<DispatchQueue> queue) override {
     auto receiver = Objc<VLMStreamOutput>::adopting([[VLMStreamOutput alloc] init]);
-    [receiver.get() serve:std::move(output) of:weak_from_this()];
+    [receiver.get() serve:std::move(output) of:weak_from_this() marking:running_];
     const auto nativeQueue =
         queue == nullptr ? nullptr : static_cast<bridge::Queue&>(*queue).native();
     std::optional<NSError> refusal;
@@ -85,7 +85,9 @@ class Stream : public SCStream, public std::enable_shared_from_this<Stream> {
       if (!added) refusal = bridge::fromError(error).value_or(NSError{"refused"});
     });
     if (thrown) return thrown;
-    if (!refusal) outputs_.push_back(std::move(receiver));
+    if (refusal) return refusal;
+    outputs_.push_back(std::move(receiver));
+    if (queue != nullptr) queues_.push_back(std::move(queue));
     return refusal;
   }
 
@@ -94,8 +96,20 @@ class Stream : public SCStream, public std::enable_shared_from_this<Stream> {
       [stream_.get() startCaptureWithCompletionHandler:done];
     });
   }
+  // The framework does not say what becomes of samples that its queues still hold. Each queue is run
+  // to its end before the handler is called, unless that would wait for the call that stops.
   void stopCaptureWithCompletionHandler(CompletionHandler handler) override {
-    complete(std::move(handler), [&](void (^done)(::NSError*)) {
+    const auto queues = running_->isHere() ? decltype(queues_)() : queues_;
+    auto closing = [outputs = outputs_, queues, last = std::move(handler)](
+                       std::optional<NSError> error) {
+      const auto close = [&] {
+        for (const auto& output : outputs) [output.get() close];
+      };
+      for (const auto& queue : queues) queue->sync(close);
+      close();
+      last(std::move(error));
+    };
+    complete(std::move(closing), [&](void (^done)(::NSError*)) {
       [stream_.get() stopCaptureWithCompletionHandler:done];
     });
   }
@@ -119,6 +133,8 @@ class Stream : public SCStream, public std::enable_shared_from_this<Stream> {
   // The framework keeps neither.
   const Objc<VLMStreamDelegate> delegate_;
   std::vector<Objc<VLMStreamOutput>> outputs_;
+  std::vector<std::shared_ptr<DispatchQueue>> queues_;
+  const std::shared_ptr<RunningCall> running_ = std::make_shared<RunningCall>();
 };
 
 }  // namespace

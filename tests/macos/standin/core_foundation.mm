@@ -24,6 +24,12 @@ id checked(const void* reference) {
 
 }  // namespace
 
+@implementation NSString (StandIn)
+- (BOOL)localizedCaseInsensitiveContainsString:(NSString*)part {
+  return [self rangeOfString:part options:NSCaseInsensitiveSearch].length > 0;
+}
+@end
+
 extern "C" {
 
 CFTypeRef CFRetain(CFTypeRef reference) { return [checked(reference) retain]; }

@@ -8,7 +8,9 @@
 
 namespace standin {
 
-inline id object(const void* reference) { return static_cast<id>(const_cast<void*>(reference)); }
+inline id object(const void* reference) {
+  return static_cast<id>(const_cast<void*>(reference));
+}
 
 // Objects of the platform and of the stand-ins that live at this moment, by class.
 std::map<std::string, int> objectsAlive();

@@ -19,7 +19,7 @@ _Unwind_Reason_Code __wrap___gnu_objc_personality_v0(int version, _Unwind_Action
                                                      _Unwind_Context* context) {
   const bool catches =
       _Unwind_GetRegionStart(context) == reinterpret_cast<std::uintptr_t>(&vlmCallGuarded);
-  return (catches ? __real___gnu_objc_personality_v0 : __gxx_personality_v0)(
-      version, actions, kind, exception, context);
+  return (catches ? __real___gnu_objc_personality_v0 : __gxx_personality_v0)(version, actions, kind,
+                                                                             exception, context);
 }
 }

@@ -3,11 +3,16 @@
 #import <AVFAudio/AVFAudio.h>
 #import <AudioToolbox/AudioToolbox.h>
 
+#include <atomic>
+#include <map>
+#include <memory>
 #include <optional>
 #include <utility>
 
 #include "platform/avf_audio.h"
 #include "platform/macos/bridge/objc.h"
+#include "platform/mutex.h"
+#include "platform/running_call.h"
 
 namespace vlm::platform::bridge {
 
@@ -37,6 +42,21 @@ class IoNode {
   std::optional<Unit> unit_;
 };
 
+// One tap's block, which is not called any more once it is closed.
+class Tap {
+ public:
+  explicit Tap(AVAudioNodeTapBlock block) : block_(std::move(block)) {}
+  void deliver(const std::shared_ptr<AVAudioPCMBuffer>& buffer);
+  // Waits for a running call, unless it is called from that.
+  void close();
+
+ private:
+  const AVAudioNodeTapBlock block_;
+  RunningCall running_;
+  Mutex calling_;
+  std::atomic<bool> closed_ = false;
+};
+
 class InputNode : public AVAudioInputNode {
  public:
   explicit InputNode(Objc<AVAudioIONode> node) : node_(std::move(node)) {}
@@ -49,6 +69,7 @@ class InputNode : public AVAudioInputNode {
 
  private:
   IoNode node_;
+  std::map<std::uint32_t, std::shared_ptr<Tap>> taps_;
 };
 
 class OutputNode : public AVAudioOutputNode {

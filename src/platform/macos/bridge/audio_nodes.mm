@@ -40,6 +40,18 @@ AudioUnit* IoNode::unit() {
   return unit_ ? &*unit_ : nullptr;
 }
 
+void Tap::deliver(const std::shared_ptr<AVAudioPCMBuffer>& buffer) {
+  const MutexLock lock(calling_);
+  if (closed_) return;
+  const RunningCall::Scope scope(running_);
+  block_(buffer);
+}
+
+void Tap::close() {
+  closed_ = true;
+  if (!running_.isHere()) const MutexLock lock(calling_);
+}
+
 AVAudioFormatPtr InputNode::inputFormatForBus(std::uint32_t bus) {
   AVAudioFormatPtr format;
   guarded([&] { format = fromNative([node_.native() inputFormatForBus:bus]); });
@@ -50,22 +62,26 @@ std::optional<NSError> InputNode::installTapOnBus(std::uint32_t bus, std::uint32
                                                   AVAudioFormatPtr format,
                                                   AVAudioNodeTapBlock block) {
   if (node_.native() == nil) return NSError{"there is no input"};
-  const auto shared = std::make_shared<const AVAudioNodeTapBlock>(std::move(block));
-  return guarded([&] {
+  const auto tap = std::make_shared<Tap>(std::move(block));
+  const auto thrown = guarded([&] {
     [node_.native() installTapOnBus:bus
                          bufferSize:bufferSize
                              format:native(format)
                               block:^(::AVAudioPCMBuffer* buffer, AVAudioTime*) {
                                 @autoreleasepool {
-                                  (*shared)(std::make_shared<PcmBuffer>(
+                                  tap->deliver(std::make_shared<PcmBuffer>(
                                       Objc<::AVAudioPCMBuffer>::retaining(buffer)));
                                 }
                               }];
   });
+  if (!thrown) taps_[bus] = tap;
+  return thrown;
 }
 
 void InputNode::removeTapOnBus(std::uint32_t bus) {
   guarded([&] { [node_.native() removeTapOnBus:bus]; });
+  // The framework does not say whether its last call has returned by then.
+  if (const auto tap = taps_.extract(bus)) tap.mapped()->close();
 }
 
 std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormatPtr& format,

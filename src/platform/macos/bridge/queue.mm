@@ -39,7 +39,7 @@ void Queue::sync(const Job& job) {
 }
 
 void releaseOnMainThread(void* object, void (*release)(void*)) {
-  if (isMainThread()) {
+  if ([::NSThread isMainThread]) {
     release(object);
   } else {
     ::dispatch_async_f(::dispatch_get_main_queue(), object, release);

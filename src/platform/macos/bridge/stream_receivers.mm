@@ -10,9 +10,15 @@ namespace platform = vlm::platform;
 @implementation VLMStreamOutput
 
 - (void)serve:(std::weak_ptr<platform::SCStreamOutput>)output
-           of:(std::weak_ptr<platform::SCStream>)stream {
+           of:(std::weak_ptr<platform::SCStream>)stream
+      marking:(std::shared_ptr<platform::RunningCall>)running {
   output_ = std::move(output);
   stream_ = std::move(stream);
+  running_ = std::move(running);
+}
+
+- (void)close {
+  closed_ = true;
 }
 
 - (void)stream:(SCStream*)stream
@@ -20,7 +26,8 @@ namespace platform = vlm::platform;
                    ofType:(SCStreamOutputType)type {
   const auto output = output_.lock();
   const auto from = stream_.lock();
-  if (output == nullptr || from == nullptr || sample == nullptr) return;
+  if (closed_ || output == nullptr || from == nullptr || sample == nullptr) return;
+  const platform::RunningCall::Scope scope(*running_);
   @autoreleasepool {
     output->didOutputSampleBuffer(*from, *platform::bridge::lent<platform::CMSampleBuffer>(sample),
                                   static_cast<platform::SCStreamOutputType>(type));

@@ -11,3 +11,7 @@
 #undef NO
 #define YES __objc_yes
 #define NO __objc_no
+// GNUstep's release here does not have it.
+@interface NSString (StandIn)
+- (BOOL)localizedCaseInsensitiveContainsString:(NSString*)part;
+@end

@@ -9,9 +9,12 @@ typedef struct dispatch_object_s* dispatch_semaphore_t;
 typedef struct dispatch_object_s* dispatch_object_t;
 typedef struct dispatch_queue_attr_s* dispatch_queue_attr_t;
 typedef void (*dispatch_function_t)(void*);
-typedef void (^dispatch_block_t)(void);
 typedef unsigned int qos_class_t;
-enum { QOS_CLASS_USER_INTERACTIVE = 0x21, QOS_CLASS_USER_INITIATED = 0x19, QOS_CLASS_DEFAULT = 0x15 };
+enum {
+  QOS_CLASS_USER_INTERACTIVE = 0x21,
+  QOS_CLASS_USER_INITIATED = 0x19,
+  QOS_CLASS_DEFAULT = 0x15
+};
 #define DISPATCH_QUEUE_SERIAL ((dispatch_queue_attr_t)0)
 #define DISPATCH_TIME_FOREVER (~0ull)
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attributes);

@@ -30,27 +30,11 @@ typedef struct NSFastEnumerationState {
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
 @end
 
-@class NSData, NSError, NSException, NSJSONSerialization, NSLocale, NSString, NSThread, NSURL;
+@class NSData, NSError, NSException, NSJSONSerialization, NSString, NSThread, NSURL;
 #ifdef __cplusplus
 extern "C" {
 #endif
 typedef NSString * NSExceptionName;
-typedef struct NSRange {
-  uint64_t location;
-  uint64_t length;
-} NSRange;
-typedef enum NSStringCompareOptions : uint64_t NSStringCompareOptions;
-enum NSStringCompareOptions : uint64_t {
-  NSCaseInsensitiveSearch = 1,
-  NSLiteralSearch = 2,
-  NSBackwardsSearch = 4,
-  NSAnchoredSearch = 8,
-  NSNumericSearch = 64,
-  NSDiacriticInsensitiveSearch = 128,
-  NSWidthInsensitiveSearch = 256,
-  NSForcedOrderingSearch = 512,
-  NSRegularExpressionSearch = 1024
-};
 typedef enum NSJSONWritingOptions : uint64_t NSJSONWritingOptions;
 enum NSJSONWritingOptions : uint64_t {
   NSJSONWritingPrettyPrinted = 1,
@@ -79,7 +63,7 @@ typedef double NSTimeInterval;
 - (NSUInteger)length;
 - (BOOL)isEqualToString:(NSString *)aString;
 - (NSString *)precomposedStringWithCanonicalMapping;
-- (NSRange)rangeOfString:(NSString *)searchString options:(NSStringCompareOptions)mask range:(NSRange)rangeOfReceiverToSearch locale:(NSLocale *)locale __attribute__((availability(macos,introduced=10.5)));
+- (BOOL)localizedCaseInsensitiveContainsString:(NSString *)str __attribute__((availability(macos,introduced=10.10)));
 @end
 @interface NSData : NSObject
 - (const void *)bytes;
@@ -87,9 +71,6 @@ typedef double NSTimeInterval;
 @end
 @interface NSThread : NSObject
 + (BOOL)isMainThread;
-@end
-@interface NSLocale : NSObject
-+ (NSLocale *)currentLocale;
 @end
 @interface NSJSONSerialization : NSObject
 + (BOOL)isValidJSONObject:(id)obj __attribute__((availability(macos,introduced=10.7)));

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# Joins the two processors' libraries and checks what came out: scripts/lib/check-dylib.sh OUT ARM64 X86_64.
+set -uo pipefail
+cd "$(dirname "$0")/../.." || exit
+out=$1
+shift
+failed=0
+fail() {
+  echo "check-dylib: $1" >&2
+  failed=1
+}
+
+mkdir -p "$(dirname "$out")"
+llvm-lipo-19 -create "$@" -output "$out" || exit
+echo "$out: $(llvm-lipo-19 -archs "$out")"
+
+wanted=$(grep -oE '^ +vlm_\w+' cmake/VelmoraMacNative.map | sed 's/ */_/' | sort)
+for thin in "$@"; do
+  headers=$(llvm-objdump-19 --macho --private-headers "$thin")
+  exports=$(llvm-nm-19 --extern-only --defined-only --format=posix "$thin" | cut -d' ' -f1 | sort)
+  [[ $exports == "$wanted" ]] || fail "$thin exports something else than the header's functions"
+  echo "$thin: $(wc -l <<<"$exports") exports"
+  [[ $(llvm-otool-19 -D "$thin" | tail -1) == @rpath/VelmoraMacNative.dylib ]] || fail "$thin: install name"
+  grep -qE '^ +minos 14\.0$' <<<"$headers" || fail "$thin: minimum system"
+  grep -q 'cmd LC_CODE_SIGNATURE' <<<"$headers" || fail "$thin: signature"
+  # Linked to nothing but the system, and to each framework for a reason.
+  llvm-otool-19 -L "$thin" | tail -n +3 | awk '{ print $1 }' |
+    grep -vE '^/System/Library/Frameworks/|^/usr/lib/lib(System\.B|objc\.A|c\+\+\.1)\.dylib$' &&
+    fail "$thin: linked to something else"
+  echo "$thin: undefined symbols by library"
+  llvm-nm-19 --undefined-only --format=darwin "$thin" | sed 's/.*(from \(.*\))/\1/' | sort | uniq -c
+done
+exit "$failed"
