@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "codec/compressed_sample.h"
@@ -95,6 +99,57 @@ TEST_P(CompressionOf, HandlesEveryAcceptedFrameOnceAndInOrder) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sessions, CompressionOf, ::testing::ValuesIn(kFormats));
+
+// A decompression session for the format of a sample, and the times of what it has delivered.
+struct Decompression {
+  Ref<VTDecompressionSession> session;
+  const std::shared_ptr<std::vector<std::int64_t>> times =
+      std::make_shared<std::vector<std::int64_t>>();
+
+  explicit Decompression(const CMSampleBuffer& sample) {
+    const CFValue attributes =
+        CFDictionary{{std::string(kCVPixelBufferPixelFormatTypeKey), kFormats[0]}};
+    auto description =
+        Ref<CMFormatDescription>::retaining(CMSampleBufferGetFormatDescription(sample));
+    EXPECT_EQ(VTDecompressionSessionCreate(std::move(description), attributes, session), noErr);
+  }
+  OSStatus decode(Ref<CMSampleBuffer> sample) {
+    return VTDecompressionSessionDecodeFrameWithOutputHandler(
+        *session, std::move(sample), kVTDecodeFrame_EnableAsynchronousDecompression,
+        [to = times](OSStatus status, VTDecodeInfoFlags, Ref<CVPixelBuffer> image, CMTime time,
+                     CMTime) {
+          EXPECT_EQ(status, noErr);
+          EXPECT_TRUE(image);
+          to->push_back(std::llround(CMTimeGetSeconds(time) * 30));
+        });
+  }
+};
+
+TEST(Decompression, DeliversInOrderUntilItsEndAndLetsGoOfEveryHandler) {
+  Compression compression;
+  for (int i = 0; i < 6; ++i) {
+    ASSERT_EQ(compression.encode(i), noErr);
+    compression.complete();
+  }
+  compression.finished = true;
+  ASSERT_EQ(compression.samples.size(), 6U);
+  // The first session ends while frames are in flight, the second is waited for.
+  for (const bool waits : {false, true}) {
+    Decompression decompression(*compression.samples.front());
+    ASSERT_TRUE(decompression.session);
+    for (const auto& sample : compression.samples) ASSERT_EQ(decompression.decode(sample), noErr);
+    if (waits) {
+      ASSERT_EQ(VTDecompressionSessionWaitForAsynchronousFrames(*decompression.session), noErr);
+      EXPECT_EQ(*decompression.times, (std::vector<std::int64_t>{0, 1, 2, 3, 4, 5}));
+    }
+    VTDecompressionSessionInvalidate(*decompression.session);
+    EXPECT_EQ(decompression.decode(compression.samples.front()), kVTInvalidSessionErr);
+    decompression.session = nullptr;
+    while (decompression.times.use_count() > 1) std::this_thread::yield();
+    EXPECT_LE(decompression.times->size(), 6U);
+    EXPECT_TRUE(std::ranges::is_sorted(*decompression.times));
+  }
+}
 
 }  // namespace
 }  // namespace vlm::platform

@@ -4,8 +4,10 @@
 #include <xcb/randr.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <random>
 #include <span>
 #include <thread>
@@ -500,6 +502,48 @@ TEST(Capture, KeptFramesMakeTheStreamSkipAndThenCatchUp) {
   recorder.release();
   expectScreen(recorder);
   EXPECT_EQ(recorder.count(), 6U);
+}
+
+// A host that is busy with its first frame when the capture ends, or ends it there.
+struct EndingHost {
+  bool endsInside = false;
+  std::mutex starting;
+  void* capture = nullptr;
+  std::atomic<bool> entered = false;
+  std::atomic<bool> left = false;
+
+  static void onFrame(void*, std::int32_t, std::int32_t, std::int64_t, void* user) {
+    auto& self = *static_cast<EndingHost*>(user);
+    if (self.entered.exchange(true)) return;
+    const std::lock_guard afterStart(self.starting);
+    if (self.endsInside) {
+      vlm_capture_stop(self.capture);
+    } else {
+      std::this_thread::sleep_for(200ms);
+    }
+    self.left = true;
+  }
+};
+
+TEST(Capture, StopWaitsForARunningCallbackAndMayComeFromOne) {
+  const PrivateDesktop desktop(kSmall);
+  for (const bool endsInside : {false, true}) {
+    EndingHost host;
+    host.endsInside = endsInside;
+    {
+      const std::lock_guard lock(host.starting);
+      host.capture = vlm_capture_start_display(
+          0, kFps, 0, 0, EndingHost::onFrame,
+          [](const float*, std::int32_t, std::int32_t, std::int32_t, void*) {}, &host);
+      ASSERT_NE(host.capture, nullptr);
+    }
+    EXPECT_TRUE(eventually([&] { return host.entered.load(); }));
+    if (!endsInside) {
+      vlm_capture_stop(host.capture);
+      EXPECT_TRUE(host.left);
+    }
+    EXPECT_TRUE(eventually([&] { return host.left.load(); }));
+  }
 }
 
 TEST(Capture, WindowsAreFoundFrontToBackAndMinimisedOnesAreNot) {
