@@ -1,6 +1,7 @@
 #pragma once
 
 #import <CoreFoundation/CoreFoundation.h>
+
 #include <utility>
 
 namespace vlm::platform::bridge {

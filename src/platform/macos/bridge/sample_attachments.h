@@ -1,6 +1,7 @@
 #pragma once
 
 #import <CoreMedia/CoreMedia.h>
+
 #include <string_view>
 
 #include "platform/cf_value.h"
