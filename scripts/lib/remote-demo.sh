@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # The remote desktop example between two private desktops: a person's work through the viewer, done
-# by xdotool, and how fast it is seen. Needs private-desktop.sh.
+# by xdotool, and how fast it is seen. Needs private-desktop.sh, and the folder $output.
+# shellcheck disable=SC2154 # the script that reads this sets it
 
 readonly remote_programs=build/release/examples/remote-desktop
 readonly shared_width=1280 shared_height=720
@@ -139,6 +140,12 @@ copy_both_ways() {
   check 'a text copied here is there' clipboard_is shared 'from here'
 }
 
+# loudness FILE [FILTER,]: the mean volume of recorded samples, in decibels.
+loudness() {
+  ffmpeg -f s16le -ar 48000 -ac 1 -i "$1" -af "${2:-}volumedetect" -f null - 2>&1 |
+    sed -n 's/.*mean_volume: \(.*\) dB/\1/p'
+}
+
 play_a_tone() {
   ffmpeg -v error -f lavfi -i 'sine=880:duration=4:sample_rate=48000' -ac 2 -y "$work/tone.wav"
   "${viewing[@]}" parec --device=spk.monitor --rate=48000 --channels=1 --format=s16le >"$work/heard" &
@@ -147,15 +154,12 @@ play_a_tone() {
   sleep 1
   kill "$recorder"
   wait "$recorder" || true
-  # What is left of the sound outside the tone's frequency, and within it, in decibels.
-  local volume='volumedetect -f null -' heard within
-  heard=(ffmpeg -f s16le -ar 48000 -ac 1 -i "$work/heard")
-  within=$("${heard[@]}" -af "bandpass=f=880:width_type=h:w=60,${volume%% *}" -f null - 2>&1 |
-    sed -n 's/.*mean_volume: \(.*\) dB/\1/p')
-  heard=$("${heard[@]}" -af "${volume%% *}" -f null - 2>&1 |
-    sed -n 's/.*mean_volume: \(.*\) dB/\1/p')
-  echo "  the tone of 880 Hz was heard: $within dB of $heard dB in all"
-  check 'the tone was heard' awk "BEGIN { exit !($within > -45 && $heard - $within < 6) }"
+  # How loud the sound is at the tone's frequency, and in all, in decibels.
+  local within all
+  within=$(loudness "$work/heard" bandpass=f=880:width_type=h:w=60,)
+  all=$(loudness "$work/heard")
+  echo "  the tone of 880 Hz was heard: $within dB of $all dB in all"
+  check 'the tone was heard' awk "BEGIN { exit !($within > -45 && $all - $within < 6) }"
 }
 
 # Seconds of processor time that a process has used.
