@@ -8,7 +8,6 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <random>
-#include <ranges>
 #include <span>
 #include <thread>
 
@@ -597,9 +596,9 @@ void loseAndFind(const std::function<void(PrivateSoundServer&)>& lose,
   sleepFor(milliseconds(600));
   const auto recorded = recorder.finish();
   EXPECT_GT(toneIn(recorded, 2, 0, 1000).loudest, 0.4);
-  const auto silence =
-      std::ranges::find_if(std::views::reverse(recorded), [](float sample) { return sample != 0; });
-  EXPECT_GT(silence - recorded.rbegin(), 2 * 48000 * 0.3);
+  const auto sounds = [](float sample) { return sample != 0; };
+  const auto lastSound = std::find_if(recorded.rbegin(), recorded.rend(), sounds);
+  EXPECT_GT(lastSound - recorded.rbegin(), 2 * 48000 * 0.3);
   vlm_audio_in_stop(microphone);
   vlm_audio_out_stop(playback);
 }

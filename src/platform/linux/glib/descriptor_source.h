@@ -12,7 +12,7 @@ namespace vlm::platform::glib {
 // A file descriptor that the main loop watches while the source is added. `ready` runs on the main
 // thread whenever there is something to read, and once more when it returns true, after others had
 // their turn. A source can be added and taken away again and again; it is taken away when it goes.
-class DescriptorSource : public Object {
+class DescriptorSource : public platform::Object {
  public:
   DescriptorSource(int descriptor, std::function<bool()> ready)
       : descriptor_(descriptor), ready_(std::move(ready)) {}

@@ -3,16 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/linux/h264/plane.h"
+
 namespace vlm::platform::h264 {
 namespace {
 
-constexpr std::size_t kBlock = 16;
 constexpr std::size_t kQuarter = 8;
-
-struct Plane {
-  const std::uint8_t* pixels;
-  std::size_t stride;
-};
 
 // Whole rows of eight, so that the compiler makes vectors of them.
 unsigned squaredDifference(Plane a, Plane b, std::size_t rows) {
@@ -82,7 +78,7 @@ float bitsOf(float energy, int quantiser, float threshold) {
   // The step of a quantiser doubles with every six, and is 1 at the fourth.
   const auto step = static_cast<float>(std::exp2((quantiser - 4) / 3.0));
   // Each of the coefficients costs half a bit for every doubling of its energy.
-  return kQuarter * kQuarter / 2 * std::log2(1 + energy / (threshold * step));
+  return 0.5F * kQuarter * kQuarter * std::log2(1 + energy / (threshold * step));
 }
 
 }  // namespace vlm::platform::h264

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/linux/h264/plane.h"
+
 namespace vlm::platform::h264 {
 namespace {
-
-constexpr std::size_t kBlock = ChangeMap::kBlockSize;
 
 struct PlanePair {
   const std::uint8_t* now;
@@ -16,7 +16,7 @@ struct PlanePair {
 };
 
 // Clears the flags of one row of blocks wherever one of `rows` rows of 16 bytes differs. Rows are
-// padded to whole vectors, but what stands in the padding is nobody's: the last block is compared
+// padded to whole vectors, but the padding means nothing: the last block is compared
 // only as far as the picture goes.
 void compareBlockRow(const PlanePair& planes, std::size_t firstRow, std::size_t rows,
                      std::size_t width, std::span<std::uint8_t> flags) {

@@ -3,17 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/portable/change_map.h"
+#include "platform/linux/h264/plane.h"
 
 namespace vlm::platform::h264 {
 namespace {
-
-constexpr std::size_t kBlock = ChangeMap::kBlockSize;
-
-struct Plane {
-  const std::uint8_t* pixels;
-  std::size_t stride;
-};
 
 // One row of pixels, in runs of blocks that are alike. A row of chroma has as many bytes as one of
 // luma.

@@ -28,7 +28,7 @@ constexpr double kBeforeGrain = 0.5;  // of what a picture may take
 // In pictures: what rests between two changes saves for the next; what moved so lately may go on.
 constexpr std::uint32_t kLongestRest = 4;
 constexpr std::uint32_t kLately = 30;
-constexpr double kPatience = 0.25;           // seconds, for smaller steps
+constexpr double kStepPatience = 0.25;       // seconds, for smaller steps
 constexpr double kBetweenRefinements = 0.4;  // seconds, while things move
 constexpr double kCalm = 0.05;               // of all blocks
 // More than so many times the usual change is something new on the screen.
@@ -143,7 +143,7 @@ bool QuantiserControl::isSurprise() const {
 bool QuantiserControl::isWorthwhile(int finer) const {
   const bool mostMoves = 2 * changed_ > picture_.constant.size();
   return finer == best_ || quantiserBefore_ - finer >= kWorthwhileStep || mostMoves || isCalm() ||
-         picture_.seconds - lastFiner_ >= kPatience;
+         picture_.seconds - lastFiner_ >= kStepPatience;
 }
 
 // Whether what moves is as fine as it gets and leaves enough to take a picture now and then in

@@ -106,8 +106,8 @@ std::vector<std::vector<xcb_keycode_t>> Keyboard::keysFor(CGEventFlags flags) co
     const auto before = all.size();
     for (const auto side : {NX_DEVICELALTKEYMASK, NX_DEVICERALTKEYMASK}) {
       if (flag != kCGEventFlagMaskAlternate || (flags & side) == 0) continue;
-      auto ofSide = keysOf(flag, side);
-      all.push_back(ofSide.empty() ? eitherSide : std::move(ofSide));
+      const auto ofSide = keysOf(flag, side);
+      all.push_back(ofSide.empty() ? eitherSide : ofSide);
     }
     if (all.size() == before) all.push_back(eitherSide);
   }

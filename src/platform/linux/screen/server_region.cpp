@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <span>
 
 #include "platform/linux/x11/reply.h"
 
@@ -48,10 +49,10 @@ std::vector<x11::Rectangle> ServerRegion::collect(xcb_xfixes_fetch_region_cookie
 
 std::vector<x11::Rectangle> rectanglesIn(const xcb_xfixes_fetch_region_reply_t& reply) {
   std::vector<x11::Rectangle> rectangles;
-  const auto* first = xcb_xfixes_fetch_region_rectangles(&reply);
-  for (int i = 0; i < xcb_xfixes_fetch_region_rectangles_length(&reply); ++i) {
-    rectangles.push_back({first[i].x, first[i].y, first[i].width, first[i].height});
-  }
+  const std::span all(xcb_xfixes_fetch_region_rectangles(&reply),
+                      static_cast<std::size_t>(xcb_xfixes_fetch_region_rectangles_length(&reply)));
+  rectangles.reserve(all.size());
+  for (const auto& each : all) rectangles.push_back({each.x, each.y, each.width, each.height});
   return rectangles;
 }
 

@@ -23,7 +23,9 @@ class Converter {
   }
   Converter(const Converter&) = delete;
   Converter& operator=(const Converter&) = delete;
-  bool isOpen() const { return state_ != iconv_t(-1); }
+  bool isOpen() const {
+    return state_ != iconv_t(-1);  // NOLINT(performance-no-int-to-ptr)
+  }
 
   void convert(std::string_view text, std::string& result) {
     auto* from = const_cast<char*>(text.data());  // iconv() only reads it
