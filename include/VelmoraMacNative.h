@@ -2,7 +2,7 @@
  * VelmoraMacNative: the native media layer of a screen-sharing application.
  *
  * This header is the whole boundary and its manual. It is valid C99 and C++. Conventions that hold
- * for every function stand here once, as numbered rules; the block in front of each function says
+ * for every function are here once, as numbered rules; the block in front of each function says
  * what it does beyond them, always under the same headings:
  *
  *   What, Parameters (units, ownership), Result, Errors, Thread, Lifetime.
@@ -72,7 +72,7 @@
  *
  *   One point is one pixel. A window id is the X11 window's id, a bundle identifier is the class
  *   part of the window's WM_CLASS. Calls that ask the X server or make a view wait while the server
- *   stands still; the sound server and the keyring get a few seconds.
+ *   does not answer; the sound server and the keyring get a few seconds.
  *
  *   A host that wants the log's lines sets a function void (*)(const char* line) of its own:
  *   g_dataset_set_data(g_main_context_default(), "VelmoraMacNative.log", (gpointer)function).
@@ -189,7 +189,7 @@ VLM_API int32_t vlm_abi_version(void);
 /* ---- Capture -------------------------------------------------------------------------------- */
 
 /*
- * What:       Tells whether the screen can be captured now.
+ * What:       Whether the screen can be captured now.
  * Parameters: none.
  * Result:     true when the system answered what there is to capture.
  * Errors:     false; the system's reason is logged.
@@ -762,7 +762,7 @@ VLM_API void vlm_hotkey_monitor_stop(void);
 
 /*
  * What:       Stores a secret in the system's keychain (on Linux: the Secret Service), in the
- *             place of any that stands at the same address.
+ *             place of any at the same address.
  * Parameters: service, account  the secret's address; must not be NULL.
  *             data, size        its bytes, any number from 0; data must not be NULL.
  * Result:     true when the secret was stored.
@@ -776,7 +776,7 @@ VLM_API bool vlm_secret_set(const char* service, const char* account, const uint
                             int32_t size);
 
 /*
- * What:       Reads a secret. With capacity 0 it tells how long the secret is.
+ * What:       Reads a secret. With capacity 0 it returns how long the secret is.
  * Parameters: service, account  the secret's address; must not be NULL.
  *             out               the caller's memory; NULL copies nothing.
  *             capacity          its size in bytes.
@@ -813,10 +813,10 @@ VLM_API bool vlm_secret_delete(const char* service, const char* account);
 VLM_API int32_t vlm_machine_id(char* out, int32_t capacity);
 
 /*
- * What:       Tells whether this process may record the screen.
+ * What:       Whether this process may record the screen.
  * Parameters: request  true asks the user where the right is not granted yet.
  * Result:     true when it may. On Linux: when the X display can be reached and has the extensions
- *             that capture stands on.
+ *             that capture needs.
  * Errors:     false.
  * Thread:     any.
  * Lifetime:   asks afresh on every call.
@@ -824,10 +824,10 @@ VLM_API int32_t vlm_machine_id(char* out, int32_t capacity);
 VLM_API bool vlm_perm_screen_recording(bool request);
 
 /*
- * What:       Tells whether this process may watch and drive the windows and input of others.
+ * What:       Whether this process may watch and drive the windows and input of others.
  * Parameters: prompt  true asks the user where the right is not granted yet.
  * Result:     true when it may. On Linux: when the X display can be reached and has the extensions
- *             that input stands on.
+ *             that input needs.
  * Errors:     false.
  * Thread:     any.
  * Lifetime:   asks afresh on every call.
@@ -995,7 +995,7 @@ VLM_API double vlm_sfx_position(void* handle);
 VLM_API double vlm_sfx_duration(void* handle);
 
 /*
- * What:       Tells whether a sound plays.
+ * What:       Whether a sound plays.
  * Parameters: handle  a sound.
  * Result:     true while it does.
  * Errors:     false for a NULL handle.

@@ -26,7 +26,7 @@ struct Ending {
   bool failed = false;
 };
 
-// The main loop of the process, on which the library counts for its view. It ends when it is told
+// The main loop of the process, on which the library counts for its view. It ends when it is asked
 // to, or while it runs on SIGINT or SIGTERM.
 class MainLoop {
  public:

@@ -7,7 +7,7 @@
 namespace vlm::tools {
 
 // Ends the loop when the window that is captured is closed (0: no window) or the X server is gone:
-// the library only logs both, and no frame tells.
+// the library only logs both, and no frame says so.
 class TargetWatch {
  public:
   TargetWatch(MainLoop& loop, std::uint32_t window);

@@ -39,7 +39,7 @@ struct LengthPrefixedSample {
 Bytes buildAnnexBAccessUnit(bool keyframe, std::span<const std::optional<ByteView>> parameterSets,
                             ByteView sample);
 
-// The NAL units of an Annex B buffer, in order, split at start codes of 3 or 4 bytes. What stands
+// The NAL units of an Annex B buffer, in order, split at start codes of 3 or 4 bytes. What comes
 // before the first start code is ignored; units of length 0 are reported where start codes touch.
 std::vector<NalRange> findNalUnits(ByteView stream);
 

@@ -39,7 +39,7 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object,
                                         const AudioObjectPropertyAddress& address,
                                         std::uint32_t& size) {
   std::vector<std::byte> content;
-  // Whoever wants to know all devices asks for the size first, and means those of now.
+  // A caller that lists all devices asks for the size first, and means those of now.
   const auto status = contentOf(object, address, pulse::refreshDevices, content);
   if (status == noErr) size = static_cast<std::uint32_t>(content.size());
   return status;

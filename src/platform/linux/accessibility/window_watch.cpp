@@ -43,7 +43,7 @@ WindowWatch::WindowWatch(std::unique_ptr<x11::Connection> connection, std::int32
 bool WindowWatch::readEvents() {
   const bool hasMore = takeEvents();
   // Told without the guard: a program that the host starts would inherit it.
-  for (const auto notification : std::exchange(toTell_, {})) callback_(notification);
+  for (const auto notification : std::exchange(pending_, {})) callback_(notification);
   return hasMore;
 }
 
@@ -89,7 +89,8 @@ void WindowWatch::notice(const xcb_generic_event_t& event) {
   }
 }
 
-// A window manager that drags a window moves its own frame, and tells the window at the end only.
+// A window manager that drags a window moves its own frame, and notifies the window at the end
+// only.
 void WindowWatch::noticeMove(xcb_window_t window) {
   for (const auto& [id, watched] : windows_) {
     if (id == window || watched.topLevel == window) moved_.insert(id);
@@ -115,14 +116,14 @@ void WindowWatch::collectChanges() {
     const auto frame = known == windows_.end() ? std::nullopt : x11::frameOf(*connection_, window);
     if (!frame) continue;
     const auto before = std::exchange(known->second.frame, *frame);
-    if (frame->x != before.x || frame->y != before.y) tell(AXWindowMovedNotification);
-    if (frame->size() != before.size()) tell(AXWindowResizedNotification);
+    if (frame->x != before.x || frame->y != before.y) report(AXWindowMovedNotification);
+    if (frame->size() != before.size()) report(AXWindowResizedNotification);
   }
-  for (; destroyed_ > 0; --destroyed_) tell(AXUIElementDestroyedNotification);
+  for (; destroyed_ > 0; --destroyed_) report(AXUIElementDestroyedNotification);
   if (std::exchange(activationChanged_, false)) refreshActivation();
 }
 
-// Windows that are gone from the list but not destroyed yet are told of when they are.
+// Windows that are gone from the list but not destroyed yet are reported when they are.
 void WindowWatch::refreshWindows() {
   for (const auto& window : x11::listManagedWindowsOf(*connection_, pid_).windows) watch(window);
 }
@@ -148,16 +149,16 @@ void WindowWatch::refreshActivation() {
   const xcb_window_t before = std::exchange(active_, ours);
   if (ours == before) return;
   if (before == XCB_NONE) {
-    tell(AXApplicationActivatedNotification);
+    report(AXApplicationActivatedNotification);
   } else if (ours == XCB_NONE) {
-    tell(AXApplicationDeactivatedNotification);
+    report(AXApplicationDeactivatedNotification);
   } else {
-    tell(AXFocusedWindowChangedNotification);
+    report(AXFocusedWindowChangedNotification);
   }
 }
 
-void WindowWatch::tell(std::string_view notification) {
-  if (wanted_.contains(notification)) toTell_.push_back(notification);
+void WindowWatch::report(std::string_view notification) {
+  if (wanted_.contains(notification)) pending_.push_back(notification);
 }
 
 }  // namespace vlm::platform::accessibility

@@ -15,7 +15,7 @@
 
 namespace vlm::platform::accessibility {
 
-// Watches one process's windows over a connection of its own and tells what happened to them. All
+// Watches one process's windows over its own connection and reports what happened to them. All
 // but the making runs on the main thread.
 class WindowWatch {
  public:
@@ -28,12 +28,12 @@ class WindowWatch {
   void want(std::string_view notification) { wanted_.emplace(notification); }
 
   // Takes in every event that is there and reports what they come to: however many moves came,
-  // the last place of a window is told once. True when more has come in meanwhile.
+  // the last place of a window is reported once. True when more has come in meanwhile.
   bool readEvents();
 
  private:
   struct Watched {
-    x11::Rectangle frame;  // as it was last told of
+    x11::Rectangle frame;  // as it was last reported
     xcb_window_t topLevel = XCB_NONE;
   };
 
@@ -46,7 +46,7 @@ class WindowWatch {
   void notice(const xcb_generic_event_t& event);
   bool takeEvents();
   void collectChanges();
-  void tell(std::string_view notification);
+  void report(std::string_view notification);
   bool isOurs(xcb_window_t window) const { return windows_.contains(window); }
 
   const std::unique_ptr<x11::Connection> connection_;
@@ -62,7 +62,7 @@ class WindowWatch {
   std::set<xcb_window_t> moved_;
   std::set<xcb_window_t> reparented_;
   int destroyed_ = 0;
-  std::vector<std::string_view> toTell_;
+  std::vector<std::string_view> pending_;
 };
 
 }  // namespace vlm::platform::accessibility

@@ -23,7 +23,8 @@ struct FreeObjects {
 };
 using ObjectList = std::unique_ptr<GList, FreeObjects>;
 
-// Receives the error of one call. An error's text may tell what it was about: it is never logged.
+// Receives the error of one call. An error's text may contain what it was about: it is never
+// logged.
 class Error {
  public:
   Error() = default;

@@ -8,7 +8,7 @@
 
 namespace vlm::platform::h264 {
 
-// What the properties of a compression session say. Zero stands for "no such limit".
+// What the properties of a compression session say. Zero means "no such limit".
 struct CompressionSettings {
   double framesPerSecond = 30;
   std::int64_t keyFrameIntervalFrames = 0;

@@ -14,7 +14,7 @@ namespace vlm::platform::h264 {
 // encoder need not look at them. Blocks of which nothing is known count as changed.
 class ConstantBlocks {
  public:
-  // Prepares the flags for `source`, which came with `changes` (null when nobody kept account).
+  // Prepares the flags for `source`, which came with `changes` (null when no account was kept).
   // The picture counts as encoded from then on; if that fails, forget() must follow.
   void update(const EncoderInput::Source& source, const ChangeMap* changes);
   void forget() { encodedSource_ = encodedPicture_ = 0; }

@@ -8,7 +8,7 @@
 
 namespace vlm::platform::h264 {
 
-// Pixel buffers that are used again when nobody else holds them any more. What callers keep is
+// Pixel buffers that are used again when no caller holds them any more. What callers keep is
 // theirs; the pool holds no more than a few.
 class PixelBufferPool {
  public:

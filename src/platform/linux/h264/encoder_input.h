@@ -10,7 +10,7 @@
 
 namespace vlm::platform::h264 {
 
-// 4:2:0 with interleaved chroma, of even size, in memory that somebody else keeps.
+// 4:2:0 with interleaved chroma, of even size, in memory that the caller keeps.
 struct YCbCrPicture {
   const std::uint8_t* luma;
   std::size_t lumaStride;

@@ -11,7 +11,7 @@ void EncodingLine::encodeNext() {
   }
   Ref<CMSampleBuffer> sample;
   const OSStatus status = encoder_.encode(place.frame, settings(), sample);
-  // Whoever made the image may want it back while the handler is still busy with the sample.
+  // The maker of the image may want it back while the handler is still busy with the sample.
   place.frame.image = nullptr;
   place.handler(status, 0, std::move(sample));
 }

@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::size_t kUuidDigits = 32;
 
-// The machine's own id: made once when the system was installed, readable by everybody. The second
-// place is where it stands on systems that are not run by systemd.
+// The machine's own id: made once when the system was installed, readable by every user. The second
+// place is where it is on systems that are not run by systemd.
 std::string machineIdDigits() {
   for (const char* path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
     std::ifstream file(path);

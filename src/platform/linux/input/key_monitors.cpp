@@ -28,7 +28,7 @@ struct Monitor final : NSEventMonitor {
   bool removed = false;
 };
 
-// A press of a modifier by itself is none that anybody is told of.
+// A press of a modifier by itself is not reported.
 std::optional<NSEvent> keyPress(xcb_keycode_t keycode) {
   using Answer = std::optional<NSEvent>;
   return Display::shared().with<Answer>(std::nullopt, [&](const x11::Connection& connection) {
@@ -60,7 +60,7 @@ class Monitors {
 
   std::shared_ptr<Monitor> add(bool local, std::function<void(const NSEvent&)> handler) {
     if (!recorder_) {
-      recorder_ = KeyRecorder::start([this](xcb_keycode_t keycode) { tell(keycode); });
+      recorder_ = KeyRecorder::start([this](xcb_keycode_t keycode) { report(keycode); });
       if (!recorder_) return nullptr;
     }
     all_.push_back(std::make_shared<Monitor>(local, std::move(handler)));
@@ -74,7 +74,7 @@ class Monitors {
   }
 
  private:
-  void tell(xcb_keycode_t keycode) {
+  void report(xcb_keycode_t keycode) {
     const auto event = keyPress(keycode);
     if (!event) return;
     const bool ours = hasKeyboard();

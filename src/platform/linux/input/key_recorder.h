@@ -13,8 +13,8 @@
 namespace vlm::platform::input {
 
 // Reports every key press of the display, auto-repeats included, on the main thread while the host
-// runs its loop, whoever has the keyboard. Two connections: one on which the server streams what it
-// records, one for everything else.
+// runs its loop, whichever window has the keyboard. Two connections: one on which the server
+// streams what it records, one for everything else.
 class KeyRecorder {
  public:
   using Handler = std::function<void(xcb_keycode_t keycode)>;
@@ -40,7 +40,7 @@ class KeyRecorder {
   xcb_record_context_t context_ = XCB_NONE;
   unsigned sequence_ = 0;
   Ref<glib::DescriptorSource> source_;
-  // Tells a reading underway that the recorder has gone: a handler may end it.
+  // Lets a reading underway see that the recorder has gone: a handler may end it.
   std::shared_ptr<bool> ended_ = std::make_shared<bool>(false);
 };
 

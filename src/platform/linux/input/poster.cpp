@@ -84,7 +84,7 @@ bool isMove(const Event& event) {
 }
 
 // The server drops what it has not read yet when a client goes. A release lost to a process that
-// ends right after it would leave the key down for everybody.
+// ends right after it would leave the key down for every program.
 void waitForServer(const x11::Connection& connection) {
   const auto asked = xcb_get_input_focus(connection.get());
   const x11::Reply<xcb_get_input_focus_reply_t> reply(

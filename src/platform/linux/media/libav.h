@@ -12,7 +12,7 @@ extern "C" {
 // Owners of libav's objects, and what concerns all of its codecs.
 namespace vlm::platform::media {
 
-// Its own lines would stand in the host's log; what is wrong with a stream is told by results.
+// Its own lines would appear in the host's log; results say what is wrong with a stream.
 inline void silence(AVCodecContext& context) {
   context.log_level_offset = 2 * (AV_LOG_DEBUG - AV_LOG_QUIET);
 }

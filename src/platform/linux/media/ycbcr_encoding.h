@@ -6,7 +6,7 @@
 
 namespace vlm::platform::media {
 
-// What the samples of a picture in YCbCr stand for.
+// What the samples of a picture in YCbCr mean.
 struct YCbCrEncoding {
   YCbCrMatrix matrix = YCbCrMatrix::bt601;
   bool fullRange = false;

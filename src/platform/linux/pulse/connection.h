@@ -21,7 +21,7 @@ class Connection {
   Connection& operator=(const Connection&) = delete;
 
   // Keeps the connection's thread out while it lives; a callback that runs is waited for. On that
-  // thread itself, which is out of everybody's way anyhow, it does nothing.
+  // thread itself, which nothing has to be kept from, it does nothing.
   class Lock {
    public:
     explicit Lock(const Connection& connection);

@@ -37,7 +37,7 @@ void onSource(pa_context*, const pa_source_info* info, int last, void* collectio
   collect(info, last, *static_cast<Collection*>(collection), true);
 }
 
-// What the server told last, for properties that are asked for one by one.
+// What the server answered last, for properties that are asked for one by one.
 struct Catalogue {
   Mutex mutex;
   std::shared_ptr<const Devices> devices VLM_GUARDED_BY(mutex);

@@ -24,10 +24,10 @@ using Devices = std::vector<Device>;
 // Asks the server for all devices. Null when there is no server.
 std::shared_ptr<const Devices> refreshDevices();
 
-// The devices as the server told them last, or tells them now when it was not asked before.
+// The devices of the last answer, or of a new one when the server was not asked before.
 std::shared_ptr<const Devices> knownDevices();
 
-// A device as the server last told it, asking anew when it is not known.
+// A device of the last answer; the server is asked again when it is not known.
 std::optional<Device> deviceByNumber(AudioDeviceID number);
 
 // The input that the server takes when none is named; nothing when there is none but monitors.

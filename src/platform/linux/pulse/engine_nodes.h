@@ -44,7 +44,7 @@ class InputNode final : public AVAudioInputNode {
 
  private:
   DeviceChoice choice_{true};
-  std::optional<Device> default_;  // as the format was told last
+  std::optional<Device> default_;  // the one whose format was reported last
   Tap tap_;
   std::shared_ptr<Recording> recording_;
 };

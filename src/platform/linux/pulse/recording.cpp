@@ -153,7 +153,7 @@ void Recording::read() {
   }
 }
 
-// Null samples stand for a hole in the recording: silence.
+// Null samples mean a hole in the recording: silence.
 void Recording::append(const float* samples, std::size_t frames) {
   const std::size_t channels = tap_.format->channelCount();
   while (frames > 0 && !isEnding_) {

@@ -25,9 +25,9 @@ class BlockSet {
   // Adds every block that the pixels touch.
   void add(const x11::Rectangle& pixels);
   void addAll() { add(x11::wholeOf(picture_)); }
-  // Empties the set and tells what was in it as a few rectangles of whole blocks, in pixels and cut
-  // off at the picture's edge. Blocks that cost less than another rectangle may be among them, and
-  // rectangles may overlap a little.
+  // Empties the set and returns what was in it as a few rectangles of whole blocks, in pixels and
+  // cut off at the picture's edge. Blocks that cost less than another rectangle may be among them,
+  // and rectangles may overlap a little.
   std::vector<x11::Rectangle> takeRectangles();
 
  private:

@@ -12,7 +12,7 @@ namespace {
 
 using Event = x11::Reply<xcb_generic_event_t>;
 
-// How often to look whether the receiver gave a frame back. Nothing tells when it does.
+// How often to look whether the receiver gave a frame back. No event says when it does.
 constexpr auto kStarvedPause = std::chrono::milliseconds(4);
 
 }  // namespace

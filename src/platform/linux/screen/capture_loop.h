@@ -20,13 +20,13 @@ class CaptureLoop {
   CaptureLoop(const x11::Connection& connection, Source& source, FrameComposer& composer,
               Clock::duration interval, Deliver deliver);
 
-  // Runs until the server is lost (or the connection hung up) or the source ends, and tells why.
+  // Runs until the server is lost (or the connection hung up) or the source ends, and returns why.
   std::string run();
 
  private:
   using Wake = std::optional<Clock::time_point>;
 
-  // Does what is due now; tells when to look again even if no event comes.
+  // Does what is due now; returns when to look again even if no event comes.
   Wake step(Clock::time_point now);
   void handleEvents();
   void handleQueuedEvents();  // those that came along with answers

@@ -61,7 +61,7 @@ class CaptureThread::Interruption {
   const x11::Connection* connection_ VLM_GUARDED_BY(mutex_) = nullptr;
 };
 
-// What the thread does, and what it tells of it.
+// What the thread does, and what it reports.
 class CaptureThread::Run {
  public:
   Run(std::shared_ptr<const ContentFilter> filter, const SCStreamConfiguration& configuration,
@@ -87,7 +87,7 @@ class CaptureThread::Run {
   }
 
  private:
-  // Runs the capture to its end and tells why it ended.
+  // Runs the capture to its end and returns why it ended.
   std::string capture() {
     const auto connection = x11::Connection::open();
     if (!connection) return "the X server can't be reached";

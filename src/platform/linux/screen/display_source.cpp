@@ -24,7 +24,7 @@ bool MonitorPlace::handle(const xcb_generic_event_t& event) {
   const int first = x11::firstEventOf(connection_, x11::Extension::randr);
   const bool isNewSetup = first != 0 && (type == first + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
                                          type == first + XCB_RANDR_NOTIFY);
-  // All that tells of a monitor that was only declared to be another.
+  // The only sign of a monitor that was declared to be another.
   const bool isNewRoot = type == XCB_CONFIGURE_NOTIFY &&
                          reinterpret_cast<const xcb_configure_notify_event_t&>(event).window ==
                              connection_.screen().root;

@@ -14,7 +14,7 @@ namespace vlm::platform::screen {
 // removed one has no place any more, since something else may be there.
 class MonitorPlace {
  public:
-  // What whoever makes one must listen to at the root window.
+  // The events that its maker must select at the root window.
   static constexpr std::uint32_t kRootEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
 
   MonitorPlace(const x11::Connection& connection, std::uint32_t id, const Rectangle& frame);

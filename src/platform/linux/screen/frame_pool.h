@@ -20,10 +20,10 @@ class FramePool {
 
   FramePool(x11::Size picture, std::size_t depth);
 
-  // A frame that nobody else holds, best the one with the latest picture in it; null when the
+  // A frame that no receiver holds, best the one with the latest picture in it; null when the
   // receiver holds them all or there is no memory for another.
   Frame* acquire();
-  // The frame with the latest picture, whoever holds it; null before the first one.
+  // The frame with the latest picture, held or not; null before the first one.
   const Frame* latest() const;
   // Makes as if no picture had been made yet.
   void forgetPictures();

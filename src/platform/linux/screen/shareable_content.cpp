@@ -14,7 +14,7 @@ namespace {
 using Applications =
     std::map<std::pair<std::string, std::int32_t>, std::shared_ptr<const SCRunningApplication>>;
 
-// The application that a window tells to belong to; null when it tells nothing at all.
+// The application that a window names; null when it names none.
 std::shared_ptr<const SCRunningApplication> applicationOf(const x11::Window& window,
                                                           SCShareableContent& content,
                                                           Applications& known) {

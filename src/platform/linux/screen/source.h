@@ -30,13 +30,13 @@ inline constexpr std::size_t kBytesPerPixel = 4;
 inline constexpr int kOpaqueDepth = 24;
 inline constexpr int kTranslucentDepth = 32;
 
-// What a stream shows, in pixels of its own: told what changed, asked for the pixels. Everything
+// What a stream shows, in its own pixels: it reports what changed and lends the pixels. Everything
 // happens on the stream's thread.
 class Source {
  public:
   virtual ~Source() = default;
 
-  // Looks at an event of the connection, whoever it is for.
+  // Looks at an event of the connection, for this source or not.
   virtual void handle(const xcb_generic_event_t& event) = 0;
   // True when takeChanges() would find something now.
   virtual bool hasChanges() const = 0;
@@ -49,7 +49,7 @@ class Source {
   virtual Size size() const = 0;
 
   // Lends the pixels of each area, which lies within the content, for the time of a call. Areas
-  // that the server refuses are left out: an event that tells why is then on its way.
+  // that the server refuses are left out: an event with the reason is then on its way.
   using Receiver = std::function<void(std::size_t index, const PixelView& pixels)>;
   virtual void read(std::span<const Rectangle> areas, const Receiver& receive) = 0;
 

@@ -28,7 +28,7 @@ struct Output {
 
 // Held by every block of audio that waits in a receiver's queue. A receiver that does not keep up
 // loses the blocks beyond a second.
-struct Ticket {};
+struct QueuedBlock {};
 constexpr long kMostWaitingBlocks = 50;
 
 CMTime mediaTime(std::chrono::steady_clock::time_point time) {
@@ -147,8 +147,8 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
     return std::make_unique<pulse::SystemAudio>(
         excludesOwn,
         [self = weak_from_this(), outputs = std::move(outputs),
-         backlog = std::make_shared<Ticket>()](std::span<const float> samples,
-                                               std::chrono::steady_clock::time_point time) {
+         backlog = std::make_shared<QueuedBlock>()](std::span<const float> samples,
+                                                    std::chrono::steady_clock::time_point time) {
           if (backlog.use_count() > kMostWaitingBlocks) return;
           const auto sample = makeAudioSample(
               samples, {pulse::SystemAudio::kSampleRate, pulse::SystemAudio::kChannels},
@@ -183,11 +183,11 @@ class ScreenStream final : public SCStream, public std::enable_shared_from_this<
 
   static void submit(const std::weak_ptr<ScreenStream>& self, const std::vector<Output>& outputs,
                      SCStreamOutputType type, const Ref<CMSampleBuffer>& sample,
-                     const std::shared_ptr<Ticket>& ticket = nullptr) {
+                     const std::shared_ptr<QueuedBlock>& queuedBlock = nullptr) {
     for (const auto& output : outputs) {
       if (output.type != type) continue;
       output.queue->async(
-          [self, receiver = output.output, running = output.running, sample, type, ticket] {
+          [self, receiver = output.output, running = output.running, sample, type, queuedBlock] {
             const RunningCall::Scope scope(*running);
             const auto stream = self.lock();
             const auto listener = receiver.lock();

@@ -97,7 +97,7 @@ void ViewRenderer::drawIfNeeded() {
   } else if (mustResize) {
     window_->resize(/*andDraws=*/false);
   }
-  // A picture that nobody could see is kept and not waited for.
+  // A picture that could not be seen is kept and not waited for.
   if (layer_ && !image_.isUnderWay()) layer_->done();
 }
 

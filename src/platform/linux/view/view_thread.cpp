@@ -12,7 +12,7 @@
 namespace vlm::platform::view {
 namespace {
 
-// A host asks for the window on its main thread, which must not stand still with the server.
+// A host asks for the window on its main thread, which must not wait for the server.
 constexpr auto kLongestConfirmation = std::chrono::seconds(1);
 
 }  // namespace
@@ -77,7 +77,7 @@ void ViewThread::main(std::promise<bool> started) {
   if (renderer) publish(*renderer);
   started.set_value(renderer != nullptr);
   if (!renderer) return;
-  while (obey(*renderer)) {
+  while (applyRequests(*renderer)) {
     const bool moved = renderer->run();
     publish(*renderer);
     if (moved) moved_();
@@ -90,7 +90,7 @@ std::unique_ptr<ViewRenderer> ViewThread::makeRenderer() {
   return connection_ ? ViewRenderer::make(connection_) : nullptr;
 }
 
-bool ViewThread::obey(ViewRenderer& renderer) {
+bool ViewThread::applyRequests(ViewRenderer& renderer) {
   wakeUp_->clear();
   std::shared_ptr<DisplayLayer> layer;
   bool takeOut = false;

@@ -18,7 +18,7 @@ namespace vlm::platform::view {
 class ViewRenderer;
 
 // The thread behind one view, the only one that talks to the X server for it: whatever the server
-// does, nobody else waits.
+// does, no other thread waits.
 class ViewThread {
  public:
   // Waits for the server; null when no window can be made. `moved` is called on the new thread
@@ -45,7 +45,7 @@ class ViewThread {
   void main(std::promise<bool> started);
   std::unique_ptr<ViewRenderer> makeRenderer();
   // False when the thread is to end.
-  bool obey(ViewRenderer& renderer) VLM_EXCLUDES(mutex_);
+  bool applyRequests(ViewRenderer& renderer) VLM_EXCLUDES(mutex_);
   void publish(const ViewRenderer& renderer) VLM_EXCLUDES(mutex_);
   void sleep(const ViewRenderer& renderer) const;
 

@@ -9,7 +9,7 @@
 
 namespace vlm::platform::view {
 
-// The X11 window that stands for a view. It is made unmapped on the root. Where the host only moves
+// The X11 window of a view. It is made unmapped on the root. Where the host only moves
 // it into a window, it fills that window and follows its size; once the host has sized it, the
 // host's size holds. No input ever lands in it.
 //

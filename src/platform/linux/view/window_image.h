@@ -30,7 +30,7 @@ class WindowImage {
   void put(const PixelTarget& target, xcb_window_t window, xcb_gcontext_t context);
 
   enum class Outcome { none, shown, refused };
-  // Tells whether the event ends the copy under way.
+  // Whether the event ends the copy under way.
   Outcome handle(const xcb_generic_event_t& event);
 
  private:

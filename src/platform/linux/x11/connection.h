@@ -31,7 +31,7 @@ class Connection {
   xcb_atom_t knownAtom(std::string_view name) const VLM_EXCLUDES(mutex_);
   void remember(std::string_view name, xcb_atom_t atom) const VLM_EXCLUDES(mutex_);
 
-  // Loses the server on purpose: whoever waits for it on another thread goes on at once.
+  // Loses the server on purpose: a thread that waits for it goes on at once.
   void hangUp() const noexcept;
 
  private:

@@ -12,8 +12,8 @@ std::string displayName() {
   return name == nullptr ? "" : name;
 }
 
-// What nobody waits for here, errors of requests without an answer above all, would pile up. Also
-// notices that the server has gone.
+// What no caller waits for here, errors of requests without an answer above all, would pile up.
+// Also notices that the server has gone.
 void dropEvents(const Connection& connection) {
   while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection.get())}) {
   }

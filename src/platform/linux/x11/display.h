@@ -18,7 +18,7 @@ class Display {
   static Display& shared();
 
   // Runs `work` with the connection, one thread at a time; `otherwise` when there is no server.
-  // Work that asks for it is also told the number of the connection: what was learnt over an
+  // Work that asks for it also gets the number of the connection: what was learnt over an
   // earlier one is worth nothing over a later one.
   template <class Result, class Work>
   Result with(Result otherwise, Work&& work) VLM_EXCLUDES(mutex_) {

@@ -113,8 +113,8 @@ std::vector<WindowRequest::Answer> describe(const Connection& connection, const 
   return answers;
 }
 
-// Where top-level windows stand that are no clients of the window manager, clients stand where
-// their frames stand. Back to front.
+// The places of top-level windows that are no clients of the window manager; clients have the
+// places of their frames. Back to front.
 WindowIds everyCandidate(const Connection& connection, const WindowIds& clients,
                          const std::unordered_map<xcb_window_t, xcb_window_t>& frames) {
   std::unordered_map<xcb_window_t, WindowIds> held;

@@ -17,7 +17,7 @@ struct Window {
   Rectangle frame;  // without border, decoration and shadow, relative to the root
   std::optional<std::string> title;
   std::optional<std::string> className;  // the class part of WM_CLASS
-  std::int32_t processId = 0;            // 0 when nobody knows it
+  std::int32_t processId = 0;            // 0 when it is not known
   xcb_window_t transientFor = XCB_NONE;  // the window that this one belongs to
   bool isOnScreen = false;               // neither minimised nor hidden in any other way
 };
@@ -36,7 +36,7 @@ std::vector<Window> listManagedWindows(const Connection& connection,
 
 struct ManagedWindows {
   std::vector<Window> windows;
-  xcb_window_t active = XCB_NONE;  // as activeWindow() tells it, whosever it is
+  xcb_window_t active = XCB_NONE;  // as activeWindow() returns it, of any process
 };
 
 // Those of one process; the others are asked for nothing but theirs.

@@ -28,7 +28,7 @@ WindowAtoms::WindowAtoms(const Connection& connection) {
 
 ProcessRequest::ProcessRequest(const Connection& connection, const WindowAtoms& atoms,
                                WindowIds windows)
-    : connection_(connection), ownWord_(atoms.processId), windows_(std::move(windows)) {
+    : connection_(connection), pidProperty_(atoms.processId), windows_(std::move(windows)) {
   if (windows_.empty() || !supports(connection_, Extension::resources)) return;
   std::unordered_set<std::uint32_t> asked;
   std::vector<xcb_res_client_id_spec_t> wanted;
@@ -71,7 +71,7 @@ std::unordered_map<xcb_window_t, std::int32_t> ProcessRequest::collect() {
     if (client != clients.end()) {
       processes.emplace(window, client->second);
     } else {
-      unknown.emplace_back(window, PropertyRequest(connection_, window, ownWord_));
+      unknown.emplace_back(window, PropertyRequest(connection_, window, pidProperty_));
     }
   }
   for (auto& [window, request] : unknown) {

@@ -18,14 +18,15 @@ namespace vlm::platform::x11 {
 
 using WindowIds = std::vector<xcb_window_t>;
 
-// The names of what window managers and clients tell about windows.
+// The names of what window managers and clients say about windows.
 struct WindowAtoms {
   explicit WindowAtoms(const Connection& connection);
   xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden, shadow;
 };
 
 // The processes of windows, asked for when this is made: what the server knows about their clients,
-// in one request, and what the windows of the others (programs on another machine) tell themselves.
+// in one request, and what the windows of the others (programs on another machine) say of
+// themselves.
 class ProcessRequest {
  public:
   ProcessRequest(const Connection& connection, const WindowAtoms& atoms, WindowIds windows);
@@ -38,7 +39,7 @@ class ProcessRequest {
   std::uint32_t clientOf(xcb_window_t window) const;
 
   const Connection& connection_;
-  const xcb_atom_t ownWord_;
+  const xcb_atom_t pidProperty_;
   const WindowIds windows_;
   std::optional<xcb_res_query_client_ids_cookie_t> clients_;
 };
