@@ -95,6 +95,40 @@ def compare_python(header: Header) -> list[str]:
     return differences(expected, found)
 
 
+def compare_rust(header: Header) -> list[str]:
+    text = (HERE / "rust/velmora-sys/src/lib.rs").read_text()
+
+    def one(kind: str) -> str:
+        if kind in header.callbacks:
+            return f"Option<{kind}>"
+        pointer = "*const " if kind.startswith("const ") else "*mut "
+        base = kind.replace("const ", "").rstrip("*")
+        if base == "uint8_t[128]":
+            return "[u8; 128]"
+        fixed = {"void": "c_void" if "*" in kind else "()", "VlmWindowEntry": base}
+        name = fixed.get(base) or NUMBERS[base][1]
+        return pointer * kind.count("*") + name
+
+    def types(result: str, parameters: str) -> tuple[str, ...]:
+        return (result.strip() or "()", *re.findall(r"\w+: ([^,]+)", parameters.replace("\n", " ")))
+
+    found: Table = {
+        name: types(result, parameters)
+        for name, parameters, result in re.findall(
+            r"pub fn (vlm_\w+)\(([^)]*)\)(?: -> ([^;]+))?;", text
+        )
+    }
+    for name, parameters in re.findall(
+        r'pub type (vlm_\w+) =\s+unsafe extern "C" fn\(([^)]*)\);', text
+    ):
+        found[name] = types("", parameters)
+    body = text.split("pub struct VlmWindowEntry {")[1].split("}")[0]
+    found["fields"] = tuple(f"{name}: {kind}" for name, kind in re.findall(r"pub (\w+): (.+),", body))
+    constants = re.findall(r"pub const (VLM_PRESENT_\w+): i32 = (-?\d+);", text)
+    found |= {name: (value,) for name, value in constants}
+    return differences(translated(header, one), found)
+
+
 def main(language: str) -> int:
     lines = globals()[f"compare_{language}"](read_header())
     for line in lines:
