@@ -1,4 +1,4 @@
-"""Compares a binding with the header: compare.py python|rust|csharp|swift
+"""Compares a binding with the header: compare.py python|rust|csharp
 
 No function, callback, field or constant may be missing, be there in vain, or have another type.
 """
@@ -125,6 +125,48 @@ def compare_rust(header: Header) -> list[str]:
     body = text.split("pub struct VlmWindowEntry {")[1].split("}")[0]
     found["fields"] = tuple(f"{name}: {kind}" for name, kind in re.findall(r"pub (\w+): (.+),", body))
     constants = re.findall(r"pub const (VLM_PRESENT_\w+): i32 = (-?\d+);", text)
+    found |= {name: (value,) for name, value in constants}
+    return differences(translated(header, one), found)
+
+
+def compare_csharp(header: Header) -> list[str]:
+    text = (HERE / "csharp/Native.cs").read_text()
+    delegates = {
+        "vlm_frame_cb": "FrameCallback",
+        "vlm_audio_cb": "AudioCallback",
+        "vlm_encoded_cb": "EncodedCallback",
+        "vlm_track_cb": "TrackCallback",
+        "vlm_hotkey_cb": "HotkeyCallback",
+        "vlm_mic_cb": "MicrophoneCallback",
+    }
+    byte_bool = "[MarshalAs(UnmanagedType.U1)] bool"  # bool alone has four bytes
+
+    def one(kind: str) -> str:
+        if kind == "uint8_t[128]":
+            return "[MarshalAs(UnmanagedType.ByValArray, SizeConst = 128)] byte[]"
+        fixed = delegates | {"void": "void", "bool": byte_bool}
+        return "IntPtr" if "*" in kind else fixed.get(kind) or NUMBERS[kind][2]
+
+    def types(result: str, parameters: str) -> tuple[str, ...]:
+        each = re.findall(r"([^,]+?) \w+(?:,|$)", parameters)
+        return (result, *(" ".join(kind.split()) for kind in each))
+
+    found: Table = {}
+    for of_bool, result, name, parameters in re.findall(
+        r"\[DllImport\(Library, CallingConvention = CallingConvention.Cdecl\)\]\s+"
+        r"(?:\[return: (.*)\]\s+)?public static extern (\w+) (vlm_\w+)\((.*)\);",
+        text,
+    ):
+        found[name] = types(f"[{of_bool}] {result}" if of_bool else result, parameters)
+    for result, delegate, parameters in re.findall(
+        r"Cdecl\)\]\s+public delegate (\w+) (\w+)\((.*)\);", text
+    ):
+        name = next(name for name, other in delegates.items() if other == delegate)
+        found[name] = types(result, parameters)
+    body = " ".join(text.split("public struct WindowEntry {")[1].split("}")[0].split())
+    fields = re.findall(r"(\[.*?\] )?public (\S+) (\w+);", body)
+    found["fields"] = tuple(f"{name}: {how}{kind}" for how, kind, name in fields)
+    constants = re.findall(r"public const int (VLM_PRESENT_\w+) = (-?\d+);", text)
     found |= {name: (value,) for name, value in constants}
     return differences(translated(header, one), found)
 
