@@ -20,7 +20,7 @@ class Header:
 
 
 def _type(declaration: str) -> str:
-    """The type in "const char* titlePart"; pointers stand at the type in this header."""
+    """The type in "const char* titlePart". This header writes a pointer's star at its type."""
     words = declaration.split()
     return " ".join(words[:-1]) if len(words) > 1 else words[0]
 
