@@ -88,6 +88,17 @@ run_package() {
   fi
 }
 
+run_bindings() {
+  build release || return
+  local log=build/bindings.log counts
+  begin bindings
+  # shellcheck disable=SC2266 # a pipe is meant
+  bindings/test build/release/src 2>&1 | tee "$log"
+  counts=$(sed -nE 's/^bindings: ([0-9]+) passed, ([0-9]+) failed, ([0-9]+) skipped$/\1 \2 \3/p' "$log")
+  # shellcheck disable=SC2086 # three numbers
+  done_with bindings languages ${counts:-0 1 0}
+}
+
 run_fuzz() {
   build fuzz || return
   local fuzzer name corpus passed=0 failed=0

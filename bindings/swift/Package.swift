@@ -1,0 +1,10 @@
+// swift-tools-version:5.7
+import PackageDescription
+
+let package = Package(
+  name: "Velmora",
+  products: [.library(name: "Velmora", targets: ["Velmora"])],
+  targets: [
+    .systemLibrary(name: "CVelmora"),
+    .target(name: "Velmora", dependencies: ["CVelmora"]),
+  ])
