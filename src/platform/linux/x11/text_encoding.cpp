@@ -1,12 +1,13 @@
 #include "platform/linux/x11/text_encoding.h"
 
+#include <glib.h>
 #include <iconv.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
-#include <optional>
+#include <memory>
 
 namespace vlm::platform::x11 {
 namespace {
@@ -168,12 +169,16 @@ std::string fromLatin1(std::string_view text) {
   return converted("ISO-8859-1", text);
 }
 
+// Its segments name their encodings, and some of those can say more than Unicode has.
 std::string fromCompoundText(std::string_view text) {
-  return CompoundText(text).decode();
+  return validUtf8(CompoundText(text).decode());
 }
 
+// GLib and not iconv(), which lets the forms of five and six bytes pass.
 std::string validUtf8(std::string_view text) {
-  return converted("UTF-8", text);
+  const std::unique_ptr<char, decltype(&g_free)> valid(
+      g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
+  return valid.get();
 }
 
 }  // namespace vlm::platform::x11
