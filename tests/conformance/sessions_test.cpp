@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "codec/compressed_sample.h"
+#include "platform/mutex.h"
 #include "platform/video_toolbox.h"
 
 namespace vlm::platform {
@@ -102,9 +103,25 @@ INSTANTIATE_TEST_SUITE_P(Sessions, CompressionOf, ::testing::ValuesIn(kFormats))
 
 // A decompression session for the format of a sample, and the times of what it has delivered.
 struct Decompression {
+  // The session's thread adds, and the test looks while it may still run.
+  class Times {
+   public:
+    void add(std::int64_t time) {
+      const MutexLock lock(mutex_);
+      all_.push_back(time);
+    }
+    std::vector<std::int64_t> all() {
+      const MutexLock lock(mutex_);
+      return all_;
+    }
+
+   private:
+    Mutex mutex_;
+    std::vector<std::int64_t> all_ VLM_GUARDED_BY(mutex_);
+  };
+
   Ref<VTDecompressionSession> session;
-  const std::shared_ptr<std::vector<std::int64_t>> times =
-      std::make_shared<std::vector<std::int64_t>>();
+  const std::shared_ptr<Times> times = std::make_shared<Times>();
 
   explicit Decompression(const CMSampleBuffer& sample) {
     const CFValue attributes =
@@ -120,7 +137,7 @@ struct Decompression {
                      CMTime) {
           EXPECT_EQ(status, noErr);
           EXPECT_TRUE(image);
-          to->push_back(std::llround(CMTimeGetSeconds(time) * 30));
+          to->add(std::llround(CMTimeGetSeconds(time) * 30));
         });
   }
 };
@@ -140,14 +157,15 @@ TEST(Decompression, DeliversInOrderUntilItsEndAndLetsGoOfEveryHandler) {
     for (const auto& sample : compression.samples) ASSERT_EQ(decompression.decode(sample), noErr);
     if (waits) {
       ASSERT_EQ(VTDecompressionSessionWaitForAsynchronousFrames(*decompression.session), noErr);
-      EXPECT_EQ(*decompression.times, (std::vector<std::int64_t>{0, 1, 2, 3, 4, 5}));
+      EXPECT_EQ(decompression.times->all(), (std::vector<std::int64_t>{0, 1, 2, 3, 4, 5}));
     }
     VTDecompressionSessionInvalidate(*decompression.session);
     EXPECT_EQ(decompression.decode(compression.samples.front()), kVTInvalidSessionErr);
     decompression.session = nullptr;
     while (decompression.times.use_count() > 1) std::this_thread::yield();
-    EXPECT_LE(decompression.times->size(), 6U);
-    EXPECT_TRUE(std::ranges::is_sorted(*decompression.times));
+    const auto delivered = decompression.times->all();
+    EXPECT_LE(delivered.size(), 6U);
+    EXPECT_TRUE(std::ranges::is_sorted(delivered));
   }
 }
 
