@@ -28,7 +28,7 @@ static_assert(kVTDecodeFrame_EnableAsynchronousDecompression ==
               ::kVTDecodeFrame_EnableAsynchronousDecompression);
 static_assert(kVTDecodeFrame_1xRealTimePlayback == ::kVTDecodeFrame_1xRealTimePlayback);
 
-bridge::Keys specificationKeys() {
+bridge::Keys encoderKeys() {
   static const bridge::Key keys[] = {
       {kVTVideoEncoderSpecification_EnableLowLatencyRateControl,
        ::kVTVideoEncoderSpecification_EnableLowLatencyRateControl}};
@@ -75,10 +75,10 @@ bridge::Owned<CFTypeRef> propertyValue(std::string_view key, const CFValue& valu
 OSStatus VTCompressionSessionCreate(std::int32_t width, std::int32_t height, CMVideoCodecType codec,
                                     const CFValue& encoderSpecification,
                                     Ref<VTCompressionSession>& out) {
-  const auto specification = bridge::toDictionary(encoderSpecification, specificationKeys());
+  const auto wanted = bridge::toDictionary(encoderSpecification, encoderKeys());
   VTCompressionSessionRef session = nullptr;
   const auto status = ::VTCompressionSessionCreate(::kCFAllocatorDefault, width, height, codec,
-                                                   specification.get(), nullptr, nullptr, nullptr,
+                                                   wanted.get(), nullptr, nullptr, nullptr,
                                                    nullptr, &session);
   if (status == noErr) out = bridge::adopted<VTCompressionSession>(session);
   return status;

@@ -14,7 +14,7 @@ namespace {
 
 using Job = std::function<void()>;
 
-// The default main context, whoever iterates it on the process's first thread. The jobs are in a
+// The default main context, which the process's first thread iterates. The jobs are in a
 // list of ours and each source only says that one of them is due: so what a job refers to passes
 // from thread to thread under a lock of this library, which the thread sanitizer can follow.
 class MainQueue final : public DispatchQueue {
