@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/linux/x11/rectangle.h"
+#include "platform/portable/plane.h"
 
 namespace vlm::platform::screen {
 
@@ -21,10 +22,6 @@ using x11::Size;
 
 // Pixels as the X server keeps them: blue, green, red and a byte that means nothing, but in a
 // translucent window how much it hides of what is behind; its colours are weighed by that already.
-struct PixelView {
-  const std::uint8_t* data = nullptr;
-  std::size_t bytesPerRow = 0;
-};
 inline constexpr std::size_t kBytesPerPixel = 4;
 // The depths of windows with such pixels.
 inline constexpr int kOpaqueDepth = 24;
@@ -50,7 +47,7 @@ class Source {
 
   // Lends the pixels of each area, which lies within the content, for the time of a call. Areas
   // that the server refuses are left out: an event with the reason is then on its way.
-  using Receiver = std::function<void(std::size_t index, const PixelView& pixels)>;
+  using Receiver = std::function<void(std::size_t index, PlaneView pixels)>;
   virtual void read(std::span<const Rectangle> areas, const Receiver& receive) = 0;
 
   // True when what was read may not belong to the content: an event that came meanwhile puts its
