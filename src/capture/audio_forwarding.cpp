@@ -1,15 +1,14 @@
 #include "capture/audio_forwarding.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "platform/core_media_audio.h"
+#include "platform/integer.h"
 
 namespace vlm::capture {
 namespace {
@@ -22,12 +21,6 @@ struct Shape {
   std::int32_t channels;
   std::int32_t sampleRate;
 };
-
-std::int32_t wholeRate(double rate) {
-  if (!(rate > 0)) return 0;
-  constexpr double kHighest = std::numeric_limits<std::int32_t>::max();
-  return static_cast<std::int32_t>(std::min(rate, kHighest));
-}
 
 // One buffer a channel becomes frame after frame. A channel without samples stays silent; buffers
 // beyond the channels of the format have no place in a frame.
@@ -54,7 +47,7 @@ void forwardAudio(platform::CMSampleBuffer& sample, vlm_audio_cb audioCb, void* 
   if (!description) return;
   const Shape shape{static_cast<std::int32_t>(platform::CMSampleBufferGetNumSamples(sample)),
                     static_cast<std::int32_t>(description->mChannelsPerFrame),
-                    wholeRate(description->mSampleRate)};
+                    std::max(0, platform::truncated<std::int32_t>(description->mSampleRate))};
   std::vector<AudioBuffer> list(std::size_t{description->mChannelsPerFrame} + 1);
   std::size_t count = 0;
   platform::Ref<platform::CMBlockBuffer> block;
