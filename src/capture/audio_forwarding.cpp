@@ -17,22 +17,22 @@ using platform::AudioBuffer;
 using platform::noErr;
 
 struct Shape {
-  std::int32_t frames;
+  std::int32_t sampleFrames;
   std::int32_t channels;
   std::int32_t sampleRate;
 };
 
-// One buffer a channel becomes frame after frame. A channel without samples stays silent; buffers
-// beyond the channels of the format have no place in a frame.
+// One buffer a channel becomes sample frame after sample frame. A channel without samples stays
+// silent; buffers beyond the channels of the format have no place in a sample frame.
 std::vector<float> interleave(std::span<const AudioBuffer> buffers, const Shape& shape) {
-  const auto frames = static_cast<std::size_t>(shape.frames);
+  const auto sampleFrames = static_cast<std::size_t>(shape.sampleFrames);
   const auto channels = static_cast<std::size_t>(shape.channels);
-  std::vector<float> block(frames * channels, 0.0F);
+  std::vector<float> block(sampleFrames * channels, 0.0F);
   for (std::size_t channel = 0; channel < std::min(buffers.size(), channels); ++channel) {
     const auto* samples = static_cast<const float*>(buffers[channel].mData);
     if (samples == nullptr) continue;
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-      block[frame * channels + channel] = samples[frame];
+    for (std::size_t i = 0; i < sampleFrames; ++i) {
+      block[i * channels + channel] = samples[i];
     }
   }
   return block;
@@ -56,7 +56,7 @@ void forwardAudio(platform::CMSampleBuffer& sample, vlm_audio_cb audioCb, void* 
     return;
   }
   const auto deliver = [&](const float* samples) {
-    audioCb(samples, shape.frames, shape.channels, shape.sampleRate, user);
+    audioCb(samples, shape.sampleFrames, shape.channels, shape.sampleRate, user);
   };
   if (count == 1) {
     const auto* samples = static_cast<const float*>(list.front().mData);

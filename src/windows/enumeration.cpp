@@ -23,7 +23,7 @@ using platform::truncated;
 
 // Smaller windows, in points, are no windows that a person sees.
 constexpr double kSmallestSide = 1.0;
-// The two sources of a frame may differ by this many points in total and still mean one window.
+// The two sources of a rectangle may differ by this many points in total and still mean one window.
 constexpr std::int64_t kFarthestPair = 8;
 
 // One window of the process as the window server knows it.
@@ -75,14 +75,15 @@ std::optional<std::vector<Element>> accessibleWindows(platform::AXUIElement& app
 // Everything but the number; nothing for a window that is not to be seen.
 std::optional<VlmWindowEntry> describe(platform::AXUIElement& window, const Element& mainWindow) {
   if (isMinimized(window)) return std::nullopt;
-  const auto frame = readFrame(window);
-  if (!frame || !frame->positionConverted || !frame->sizeConverted) return std::nullopt;
-  if (frame->size.width < kSmallestSide || frame->size.height < kSmallestSide) return std::nullopt;
+  const auto rectangle = readRectangle(window);
+  if (!rectangle || !rectangle->positionConverted || !rectangle->sizeConverted) return std::nullopt;
+  if (rectangle->size.width < kSmallestSide || rectangle->size.height < kSmallestSide)
+    return std::nullopt;
   VlmWindowEntry entry{};
-  entry.left = truncated<std::int32_t>(frame->position.x);
-  entry.top = truncated<std::int32_t>(frame->position.y);
-  entry.width = truncated<std::int32_t>(frame->size.width);
-  entry.height = truncated<std::int32_t>(frame->size.height);
+  entry.left = truncated<std::int32_t>(rectangle->position.x);
+  entry.top = truncated<std::int32_t>(rectangle->position.y);
+  entry.width = truncated<std::int32_t>(rectangle->size.width);
+  entry.height = truncated<std::int32_t>(rectangle->size.height);
   entry.isMain = mainWindow && platform::CFEqual(*mainWindow, window) ? 1 : 0;
   const auto title = attribute(window, platform::AXTitleAttribute);
   const auto* text = title ? title->as<std::string>() : nullptr;
