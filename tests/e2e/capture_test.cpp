@@ -1,4 +1,4 @@
-// Capturing a real X server through the public header. What stands on the screen is judged by
+// Capturing a real X server through the public header. What is on the screen is judged by
 // ImageMagick and xdotool.
 #include <gtest/gtest.h>
 #include <xcb/randr.h>

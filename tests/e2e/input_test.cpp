@@ -25,7 +25,7 @@ constexpr std::uint16_t kKeyA = 0, kKeyB = 11, kKeyE = 14;
 // A client with the keyboard, whose output goes to a file.
 class Listener {
  public:
-  // OUT in the command stands for the file.
+  // OUT in the command is replaced by the file.
   Listener(PrivateDesktop& desktop, std::string command, const std::string& window) {
     command.replace(command.find("OUT"), 3, folder_.file("heard"));
     const auto id = desktop.spawnWindow({"sh", "-c", command}, window);

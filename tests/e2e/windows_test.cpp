@@ -269,7 +269,7 @@ TEST(Tracker, ToldWhatHappensInOrder) {
       return true;
     });
     EXPECT_TRUE(came) << code;
-    // Where the window stands afterwards, until it is closed.
+    // Where the window is afterwards, until it is closed.
     EXPECT_EQ(frame, code == 4 ? "0,0 0x0" : frameSeen(window)) << code;
   };
   expectNext({"xdotool", "windowmove", "--sync", text(window), "200", "150"}, 0);
@@ -287,7 +287,7 @@ TEST(Tracker, ToldWhatHappensInOrder) {
   }));
   outputOf({"xdotool", "mouseup", "1", "keyup", "alt"});
 
-  // Far more moves than anybody looks at: the last one is told, and memory for none of the others.
+  // Far more moves than are read: the last one is reported, and no memory is kept for the others.
   events.clear();
   auto* connection = xcb_connect(nullptr, nullptr);
   for (std::uint32_t i = 1; i <= 1000; ++i) {
@@ -302,7 +302,7 @@ TEST(Tracker, ToldWhatHappensInOrder) {
     const bool still = now == std::exchange(last, now);
     return still && !events.empty() && events.back().frame == now;
   })) << last
-      << ", told " << (events.empty() ? "nothing" : events.back().frame);
+      << ", reported " << (events.empty() ? "nothing" : events.back().frame);
   EXPECT_LE(events.size(), 1000U);
 
   // While a window never rests, each turn of the loop ends all the same.
