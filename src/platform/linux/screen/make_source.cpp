@@ -18,7 +18,7 @@ struct Maker {
   const x11::Connection& connection;
   std::string& reason;
 
-  std::unique_ptr<Source> operator()(const DisplayTarget& target) const {
+  std::unique_ptr<X11Source> operator()(const DisplayTarget& target) const {
     if (!target.excluding.empty()) {
       return refuse("windows can't be left out of a display on this platform");
     }
@@ -26,7 +26,7 @@ struct Maker {
     return std::make_unique<DisplaySource>(connection, target.display->displayID,
                                            pixelsOf(target.display->frame));
   }
-  std::unique_ptr<Source> operator()(const WindowTarget& target) const {
+  std::unique_ptr<X11Source> operator()(const WindowTarget& target) const {
     if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
     // Asked once the source hears of the window's end, so that none goes unheard.
     auto source = std::make_unique<WindowSource>(connection, target.windowID);
@@ -39,12 +39,12 @@ struct Maker {
     }
     return source;
   }
-  std::unique_ptr<Source> operator()(const ApplicationsTarget& target) const {
+  std::unique_ptr<X11Source> operator()(const ApplicationsTarget& target) const {
     if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
     return std::make_unique<ApplicationSource>(connection, target);
   }
 
-  std::unique_ptr<Source> refuse(const char* why) const {
+  std::unique_ptr<X11Source> refuse(const char* why) const {
     reason = why;
     return nullptr;
   }
@@ -57,8 +57,8 @@ struct Maker {
 
 }  // namespace
 
-std::unique_ptr<Source> makeSource(const x11::Connection& connection, const ContentFilter& filter,
-                                   std::string& reason) {
+std::unique_ptr<X11Source> makeSource(const x11::Connection& connection,
+                                      const ContentFilter& filter, std::string& reason) {
   if (!x11::hasBlueFirstPixels(connection)) {
     reason = "the X server's pixels are not of the 32-bit kind";
     return nullptr;
