@@ -3,6 +3,7 @@
 #include "platform/linux/screen/application_source.h"
 #include "platform/linux/screen/core_rectangle.h"
 #include "platform/linux/screen/display_source.h"
+#include "platform/linux/screen/picked_screen.h"
 #include "platform/linux/screen/window_source.h"
 #include "platform/linux/x11/access.h"
 #include "platform/linux/x11/extensions.h"
@@ -40,8 +41,13 @@ struct Maker {
     return source;
   }
   std::unique_ptr<X11Source> operator()(const ApplicationsTarget& target) const {
+    if (target.display->displayID == kPickedDisplay) return refuse(kNoWindow);
     if (!supports(connection, Extension::composite)) return refuse(kNoComposite);
     return std::make_unique<ApplicationSource>(connection, target);
+  }
+
+  std::unique_ptr<X11Source> operator()(const PickedTarget&) const {
+    return refuse("the picked screen is not the X server's");
   }
 
   std::unique_ptr<X11Source> refuse(const char* why) const {
@@ -52,6 +58,8 @@ struct Maker {
   static constexpr const char* kOfWayland =
       "a Wayland session does not show its screen to X11 clients: log in to an X11 session, or "
       "capture a window of an X11 client";
+  static constexpr const char* kNoWindow =
+      "of an application of a Wayland session only windows that are X11 clients can be captured";
   static constexpr const char* kNoComposite = "the X server lacks the Composite extension";
 };
 
