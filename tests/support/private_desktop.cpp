@@ -8,7 +8,8 @@ namespace {
 constexpr auto kStartLimit = std::chrono::seconds(20);
 
 ChildProcess startServer(const PrivateDesktop::Options& options, std::string& display) {
-  // The server picks a free display number itself and writes it to a file when it is ready.
+  // The server picks a free display number itself, unless it has one, and writes it to a file when
+  // it is ready.
   const ScratchFolder folder;
   const auto number = folder.file("display");
   const std::string screen =
@@ -17,6 +18,7 @@ ChildProcess startServer(const PrivateDesktop::Options& options, std::string& di
                                    number,    "-screen",   "0",
                                    screen,    "-nolisten", "tcp",
                                    "-noreset"};
+  if (!display.empty()) command.push_back(display);
   command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
   ChildProcess server(command);
   const auto isReady = [&] { return (display = ":" + contentsOf(number)).ends_with('\n'); };
@@ -34,10 +36,22 @@ bool isManaged() {
 
 }  // namespace
 
-PrivateDesktop::PrivateDesktop(const Options& options) : server_(startServer(options, display_)) {
+PrivateDesktop::PrivateDesktop(const Options& options)
+    : options_(options), server_(startServer(options, display_)) {
   environment_.set("DISPLAY", display_);
   environment_.set("WAYLAND_DISPLAY", "");
-  if (!options.windowManager) return;
+  if (options.windowManager) startWindowManager();
+}
+
+void PrivateDesktop::restart() {
+  endClients();
+  windowManager_.reset();
+  server_.end(SIGKILL);
+  server_ = startServer(options_, display_);
+  if (options_.windowManager) startWindowManager();
+}
+
+void PrivateDesktop::startWindowManager() {
   windowManager_.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
   if (!eventually(isManaged, kStartLimit)) {
     throw std::runtime_error("the window manager did not start");
