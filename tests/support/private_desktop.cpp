@@ -1,5 +1,7 @@
 #include "support/private_desktop.h"
 
+#include <cstdlib>
+#include <map>
 #include <stdexcept>
 
 namespace vlm::test {
@@ -34,6 +36,16 @@ bool isManaged() {
   return answer.output.find("window id") != std::string::npos;
 }
 
+// The one that the environment names, for runs on another than the usual.
+std::vector<std::string> windowManagerCommand() {
+  static const std::map<std::string, std::vector<std::string>> known{
+      {"openbox", {"openbox", "--sm-disable"}},
+      {"metacity", {"metacity", "--sm-disable", "--compositor=none"}},
+      {"icewm", {"icewm"}}};
+  const char* name = std::getenv("VLM_TEST_WINDOW_MANAGER");
+  return known.at(name != nullptr ? name : "openbox");
+}
+
 }  // namespace
 
 PrivateDesktop::PrivateDesktop(const Options& options)
@@ -52,7 +64,7 @@ void PrivateDesktop::restart() {
 }
 
 void PrivateDesktop::startWindowManager() {
-  windowManager_.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
+  windowManager_.emplace(windowManagerCommand());
   if (!eventually(isManaged, kStartLimit)) {
     throw std::runtime_error("the window manager did not start");
   }

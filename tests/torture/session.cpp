@@ -62,6 +62,7 @@ Session::~Session() {
   TIMED(vlm_hotkey_monitor_stop);
   TIMED(vlm_window_untrack, tracker_);
   TIMED(vlm_audio_in_stop, microphone_);
+  poker_.join();  // it asks about what ends now
   for (void* capture : {screen_, window_, application_}) TIMED(vlm_capture_stop, capture);
   TIMED(vlm_enc_destroy, encoder_);
   TIMED(vlm_dec_destroy, decoder_);
