@@ -40,8 +40,7 @@ bool isManaged() {
 std::vector<std::string> windowManagerCommand() {
   static const std::map<std::string, std::vector<std::string>> known{
       {"openbox", {"openbox", "--sm-disable"}},
-      {"metacity", {"metacity", "--sm-disable", "--compositor=none"}},
-      {"icewm", {"icewm"}}};
+      {"metacity", {"metacity", "--sm-disable", "--compositor=none"}}};
   const char* name = std::getenv("VLM_TEST_WINDOW_MANAGER");
   return known.at(name != nullptr ? name : "openbox");
 }
