@@ -69,9 +69,9 @@ class Torture {
   explicit Torture(unsigned seed) : random_(seed) {}
 
   void round() {
-    const auto faults = plan();
-    // While it starts, runs or ends.
+    constexpr const char* kMoments[] = {"starts", "runs", "goes on", "ends"};
     const int moment = pick(4);
+    const auto faults = plan(kMoments[moment]);
     std::optional<Services::Faults> underway;
     const auto begin = [&](bool isNow) {
       if (isNow) underway.emplace(services_, faults);
@@ -112,7 +112,7 @@ class Torture {
 
   // One service or several, ended by force, by request, or, where the library does not wait
   // without a limit, by silence.
-  std::vector<Fault> plan() {
+  std::vector<Fault> plan(const char* moment) {
     std::vector<Fault> faults;
     const int count = pick(3) == 0 ? 2 + pick(2) : 1;
     for (int i = 0; i < count; ++i) {
@@ -128,6 +128,9 @@ class Torture {
       last_ += std::string(" ") + kServiceNames[static_cast<int>(fault.service)] + " by " +
                strsignal(fault.signal) + " after " + std::to_string(fault.after.count()) + " ms;";
     }
+    last_ += std::string(" while it ") + moment + ";";
+    std::printf("round %d:%s\n", rounds_, last_.c_str());
+    std::fflush(stdout);
     return faults;
   }
 
@@ -155,7 +158,10 @@ class Torture {
           return !session.missing().empty();
         },
         30s);
-    if (!isWhole) fail("the next session lacks " + session.missing());
+    if (!isWhole) {
+      fail("before this the session lacks " + session.missing() + "\n" +
+           runCommand({"xwininfo", "-root", "-tree"}).output);
+    }
   }
 
   // What plays and records finds a sound server that is back.
