@@ -97,6 +97,10 @@ TEST(Windows, WithTheSameFrameHaveNumbersOfTheirOwn) {
       EXPECT_TRUE(recorder.start(vlm_capture_start_window, entry.windowId, 30, 0, 0));
       EXPECT_GT(recorder.last().width, 0);
     }
+    // Some managers keep no lists.
+    outputOf(
+        {"xprop", "-root", "-remove", "_NET_CLIENT_LIST", "-remove", "_NET_CLIENT_LIST_STACKING"});
+    EXPECT_EQ(idsOf(getpid()), ids);
   }
 }
 
