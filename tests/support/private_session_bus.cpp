@@ -19,13 +19,19 @@ constexpr const char* kBusConfiguration = R"(<busconfig>
 }  // namespace
 
 PrivateSessionBus::PrivateSessionBus() {
-  const std::string socket = home_.file("bus"), configurationFile = home_.file("bus.conf");
+  const std::string socket = home_.file("bus");
   std::string configuration = kBusConfiguration;
   configuration.replace(configuration.find('%'), 1, socket);
-  writeFile(configurationFile, configuration);
+  writeFile(home_.file("bus.conf"), configuration);
   home_.environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + socket);
+  start();
+}
+
+void PrivateSessionBus::start() {
+  const std::string socket = home_.file("bus");
+  std::filesystem::remove(socket);
   bus_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--nopidfile",
-                                        "--config-file=" + configurationFile});
+                                        "--config-file=" + home_.file("bus.conf")});
   if (!eventually([&] { return std::filesystem::exists(socket); })) {
     throw std::runtime_error("no message bus");
   }
@@ -36,8 +42,9 @@ void PrivateSessionBus::startKeyring() {
   writeFile(home_.file("password"), std::string("x"));
   keyring_.emplace(std::vector<std::string>{
       "sh", "-c",
-      "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$HOME/password\" "
-      ">/dev/null 2>&1"});
+      "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$0\" "
+      ">/dev/null 2>&1",
+      home_.file("password")});
   const bool answers = eventually([] {
     return runCommand({"gdbus", "call", "--session", "--dest", "org.freedesktop.secrets",
                        "--object-path", "/org/freedesktop/secrets/aliases/default", "--method",
