@@ -1,4 +1,4 @@
-"""Compares a binding with the header: compare.py python|rust|csharp
+"""Compares a binding with the header: compare.py python|rust|csharp|swift
 
 No function, callback, field or constant may be missing, be there in vain, or have another type; and
 the safe layer above the declarations leaves no function out.
@@ -172,11 +172,16 @@ def compare_csharp(header: Header) -> list[str]:
     return differences(translated(header, one), found)
 
 
+def compare_swift(_: Header) -> list[str]:
+    return []  # its module map is the header itself
+
+
 # By language: the sources of the safe layer, and how they name a declared function.
 SAFE = {
     "python": ("python/velmora/*.py", r"\blib(?:rary)?\."),
     "rust": ("rust/velmora/src/*.rs", r"\bsys::"),
     "csharp": ("csharp/*.cs", r"\bNative\."),
+    "swift": ("swift/Sources/Velmora/*.swift", r"\b"),
 }
 
 
