@@ -402,15 +402,15 @@ TEST(Capture, ApplicationShowsItsWindowsAndNothingOfOthers) {
   {
     Canvas front("shared", {300, 250, 300, 200}, kWhite);
     expectShown(recorder, "a second", {{450, 400, kWhite}, {380, 290, kWhite}});
-    outputOf({"xdotool", "windowraise", std::to_string(back.id())});
+    outputOf({"wmctrl", "-i", "-a", std::to_string(back.id())});
     expectShown(recorder, "first raised", {{450, 400, kWhite}, {380, 290, kGrey}});
     outputOf({"xdotool", "windowmove", std::to_string(front.id()), "20", "380"});
     expectShown(recorder, "second moved", {{150, 500, kWhite}, {550, 420, 0}});
     Canvas glass("shared", {0, 0, 800, 600}, 0, true);
     glass.fill({120, 120, 80, 80}, 0x80000000);  // a shadow
-    glass.fill({250, 200, 40, 40}, 0xFF000000 | kBlue);
+    glass.fill({250, 200, 40, 100}, 0xFF000000 | kBlue);
     expectShown(recorder, "through glass",
-                {{220, 160, kGrey}, {160, 160, kGrey / 2}, {270, 220, kBlue}, {600, 450, 0}});
+                {{220, 160, kGrey}, {160, 160, kGrey / 2}, {270, 260, kBlue}, {600, 450, 0}});
   }
   expectShown(recorder, "second closed", {{150, 500, 0}, {380, 280, kGrey}});
 }
@@ -526,7 +526,7 @@ TEST(Capture, WindowsAreFoundFrontToBackAndMinimisedOnesAreNot) {
   EXPECT_EQ(vlm_capture_find_window("XClo", nullptr), clock);
   EXPECT_EQ(vlm_capture_find_window("Twin", "TWI"), second.id());
   EXPECT_EQ(vlm_capture_find_window("Tiny", nullptr), 0U);
-  outputOf({"xdotool", "windowraise", std::to_string(first.id())});
+  outputOf({"wmctrl", "-i", "-a", std::to_string(first.id())});
   EXPECT_TRUE(eventually([&] { return vlm_capture_find_window("Twin", "t") == first.id(); }));
   outputOf({"xdotool", "windowminimize", std::to_string(first.id())});
   EXPECT_TRUE(eventually([&] { return vlm_capture_find_window("Twin", nullptr) == second.id(); }));

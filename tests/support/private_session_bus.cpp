@@ -38,7 +38,7 @@ PrivateSessionBus::Orphans::~Orphans() {
 }
 
 PrivateSessionBus::PrivateSessionBus(Services services) {
-  const std::string socket = home_.file("bus"), configurationFile = home_.file("bus.conf");
+  const std::string socket = home_.file("bus");
   std::string configuration = kBusConfiguration;
   configuration.replace(configuration.find('%'), 1, socket);
   constexpr std::string_view kServices = "<!--services-->";
@@ -47,12 +47,18 @@ PrivateSessionBus::PrivateSessionBus(Services services) {
     configuration.replace(configuration.find(kServices), kServices.size(),
                           "<standard_session_servicedirs/>");
   }
-  writeFile(configurationFile, configuration);
+  writeFile(home_.file("bus.conf"), configuration);
   home_.environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + socket);
+  start();
+}
+
+void PrivateSessionBus::start() {
+  const std::string socket = home_.file("bus");
+  std::filesystem::remove(socket);
   // It logs every service that it starts, and what those log.
   bus_.emplace(std::vector<std::string>{
       "sh", "-c", "exec dbus-daemon --nofork --nopidfile --config-file=\"$0\" 2>/dev/null",
-      configurationFile});
+      home_.file("bus.conf")});
   if (!eventually([&] { return std::filesystem::exists(socket); })) {
     throw std::runtime_error("no message bus");
   }
@@ -63,8 +69,9 @@ void PrivateSessionBus::startKeyring() {
   writeFile(home_.file("password"), std::string("x"));
   keyring_.emplace(std::vector<std::string>{
       "sh", "-c",
-      "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$HOME/password\" "
-      ">/dev/null 2>&1"});
+      "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$0\" "
+      ">/dev/null 2>&1",
+      home_.file("password")});
   const bool answers = eventually([] {
     return runCommand({"gdbus", "call", "--session", "--dest", "org.freedesktop.secrets",
                        "--object-path", "/org/freedesktop/secrets/aliases/default", "--method",

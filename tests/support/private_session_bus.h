@@ -17,6 +17,9 @@ class PrivateSessionBus {
 
   const PrivateHome& home() const { return home_; }
 
+  // Starts the bus, also after its end.
+  void start();
+  ChildProcess& process() { return *bus_; }
   // Starts the keyring daemon and waits until it answers; throws when it does not.
   void startKeyring();
   ChildProcess& keyring() { return *keyring_; }
