@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "platform/linux/glib/log_line.h"
 #include "platform/linux/input/event.h"
 #include "platform/linux/input/portal_poster.h"
 #include "platform/linux/input/poster.h"
@@ -35,7 +36,10 @@ bool isPlace(CGPoint position) {
 
 // A Wayland desktop does not say where its pointer is.
 Ref<CGEvent> CGEventCreate() {
-  if (session::isWayland()) return nullptr;
+  if (session::isWayland()) {
+    glib::writeLogLineOnce("[vlm] a Wayland desktop does not say where its pointer is");
+    return nullptr;
+  }
   return Display::shared().with<Ref<CGEvent>>(nullptr, [](const x11::Connection& connection) {
     const auto asked = xcb_query_pointer(connection.get(), connection.screen().root);
     const x11::Reply<xcb_query_pointer_reply_t> reply(

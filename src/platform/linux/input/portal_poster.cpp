@@ -95,11 +95,9 @@ bool PortalPoster::ask() {
 bool PortalPoster::post(const Event& event) {
   const MutexLock lock(mutex_);
   if (!desktop_) {
-    if (!std::exchange(hasComplained_, true)) {
-      glib::writeLogLine(
-          "[vlm] input is posted in a Wayland session once vlm_perm_accessibility(true) was "
-          "answered with true");
-    }
+    glib::writeLogLineOnce(
+        "[vlm] input is posted in a Wayland session once vlm_perm_accessibility(true) was "
+        "answered with true");
     return false;
   }
   bool isPosted = true;

@@ -46,7 +46,6 @@ class PortalPoster {
   WheelAxis horizontal_ VLM_GUARDED_BY(mutex_);
   std::vector<std::uint16_t> heldModifiers_ VLM_GUARDED_BY(mutex_);  // posted by themselves
   std::optional<Press> press_ VLM_GUARDED_BY(mutex_);
-  bool hasComplained_ VLM_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace vlm::platform::input
