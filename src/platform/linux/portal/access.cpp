@@ -16,7 +16,6 @@ bool mayCaptureScreen() {
 }
 
 bool askToCaptureScreen() {
-  if (mayCaptureScreen()) return true;
   std::string reason;
   return ScreenCast::open(reason) != nullptr;
 }

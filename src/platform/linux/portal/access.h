@@ -9,8 +9,8 @@ namespace vlm::platform::portal {
 bool offersScreen();
 // Whether it would without asking a person first.
 bool mayCaptureScreen();
-// Asks a person who was not asked yet, waits for as long as they think about it, and answers
-// whether they agreed.
+// Asks a person, unless they agreed before, waits for as long as they think about it, and answers
+// whether they agree.
 bool askToCaptureScreen();
 
 }  // namespace vlm::platform::portal

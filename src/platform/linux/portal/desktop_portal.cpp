@@ -16,7 +16,7 @@ namespace {
 constexpr const char* kName = "org.freedesktop.portal.Desktop";
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 // The bus may have to start the portal, and that the desktop's part of it.
-constexpr std::chrono::milliseconds kPatience{8000};
+constexpr std::chrono::milliseconds kPatience{5000};
 constexpr std::chrono::milliseconds kFarewell{1000};
 
 // Waits for the signal that answers one request.
