@@ -24,5 +24,6 @@ inside dbus-uuidgen --ensure=/etc/machine-id 2>/dev/null || cp /etc/machine-id "
 sed -n '/^```c$/,/^```$/ { /^```/d; p }' "$source/README.md" >"$root/vlm/share.c"
 # shellcheck disable=SC2016
 inside sh -c 'cd /vlm && cc share.c $(pkg-config --cflags --libs VelmoraMacNative) -o share &&
-  xvfb-run -a ./share | ffprobe -v error -show_entries stream=codec_name -of csv=p=0 - | grep h264'
+  xvfb-run -a -s "-screen 0 640x480x24 -noreset" ./share | ffprobe -v error -show_entries stream=codec_name -of csv=p=0 - | grep h264'
+# shellcheck disable=SC2016
 inside sh -c '/vlm/bindings/test "$(dirname /usr/lib/*/libVelmoraMacNative.so.3)"'
