@@ -110,8 +110,9 @@ impl Decoder {
     }
 
     pub fn decode(&mut self, unit: &[u8], pts_ns: i64) -> bool {
-        let Ok(size) = i32::try_from(unit.len()) else {
-            return false;
+        let size = match i32::try_from(unit.len()) {
+            Ok(size) => size,
+            Err(_) => return false,
         };
         // SAFETY: the bytes are copied during the call.
         unsafe { sys::vlm_dec_decode(self.0.handle, unit.as_ptr(), size, pts_ns) }

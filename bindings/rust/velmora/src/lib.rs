@@ -40,7 +40,8 @@ pub use capture::{can_capture, find_window, Capture, Limits, Source};
 pub use codec::{Decoder, Encoder};
 pub use frame::{Frame, Planes};
 pub use present::{Presenter, Shown};
-use std::ffi::{c_char, CString};
+use std::ffi::CString;
+use std::os::raw::c_char;
 use velmora_sys as sys;
 pub use windows::{Change, Rectangle, Tracker, Window};
 

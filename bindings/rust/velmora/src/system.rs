@@ -1,7 +1,7 @@
 //! Secrets, the machine's identifier and permissions.
 
 use crate::with_text;
-use std::ffi::c_char;
+use std::os::raw::c_char;
 use velmora_sys as sys;
 
 fn with_address<T>(
@@ -15,8 +15,9 @@ fn with_address<T>(
 }
 
 pub fn set_secret(service: &str, account: &str, secret: &[u8]) -> bool {
-    let Ok(size) = i32::try_from(secret.len()) else {
-        return false;
+    let size = match i32::try_from(secret.len()) {
+        Ok(size) => size,
+        Err(_) => return false,
     };
     // SAFETY: texts and bytes live through the call.
     let set =

@@ -1,6 +1,7 @@
 //! What the view needs of a host on Linux: a window, and turns of the main loop.
 
-use std::ffi::{c_char, c_int, c_uint, c_ulong, c_void, CString};
+use std::ffi::{c_void, CString};
+use std::os::raw::{c_char, c_int, c_uint, c_ulong};
 use std::ptr::null_mut;
 
 #[link(name = "X11")]
