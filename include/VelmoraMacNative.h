@@ -263,13 +263,14 @@ VLM_API void* vlm_capture_start_app(const char* bundlePrefix, int32_t fps, int32
  *                        name that `xrandr --listmonitors` prints ("DP-1"), or the field `name` of
  *                        a monitor from xcb_randr_get_monitors. It is the same as long as the
  *                        server runs. A server without RandR 1.5 has one display, whose id is that
- *                        of the root window.
+ *                        of the root window. In a Wayland session a person picks the display in a
+ *                        dialog of the desktop, unless they did so before.
  *             fps, maxW, maxH, frameCb, audioCb, user
  *                        as for vlm_capture_start_window.
  * Result:     a capture handle.
  * Errors:     NULL when frameCb is NULL, there is no display, or the capture can't be started
  *             (logged).
- * Thread:     as for vlm_capture_start_window.
+ * Thread:     as for vlm_capture_start_window. A person who is asked is waited for.
  * Lifetime:   as for vlm_capture_start_window.
  */
 VLM_API void* vlm_capture_start_display(uint32_t displayId, int32_t fps, int32_t maxW, int32_t maxH,
@@ -720,7 +721,7 @@ VLM_API void vlm_input_key(uint16_t keyCode, bool down, uint64_t flags);
  * What:       Where the pointer is.
  * Parameters: x, y  out, points.
  * Result:     true when the position was written.
- * Errors:     false when it can't be asked for.
+ * Errors:     false when it can't be asked for, as in a Wayland session.
  * Thread:     any.
  * Lifetime:   asks afresh on every call.
  */
@@ -816,9 +817,9 @@ VLM_API int32_t vlm_machine_id(char* out, int32_t capacity);
  * What:       Whether this process may record the screen.
  * Parameters: request  true asks the user where the right is not granted yet.
  * Result:     true when it may. On Linux: when the X display can be reached and has the extensions
- *             that capture needs.
+ *             that capture needs; in a Wayland session when a person agreed.
  * Errors:     false.
- * Thread:     any.
+ * Thread:     any. In a Wayland session a person who is asked is waited for.
  * Lifetime:   asks afresh on every call.
  */
 VLM_API bool vlm_perm_screen_recording(bool request);
@@ -827,9 +828,9 @@ VLM_API bool vlm_perm_screen_recording(bool request);
  * What:       Whether this process may watch and drive the windows and input of others.
  * Parameters: prompt  true asks the user where the right is not granted yet.
  * Result:     true when it may. On Linux: when the X display can be reached and has the extensions
- *             that input needs.
+ *             that input needs; in a Wayland session while a person lets it use pointer and keys.
  * Errors:     false.
- * Thread:     any.
+ * Thread:     any. In a Wayland session a person who is asked is waited for.
  * Lifetime:   asks afresh on every call.
  */
 VLM_API bool vlm_perm_accessibility(bool prompt);
