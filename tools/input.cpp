@@ -92,7 +92,7 @@ int pointer(const PointerOptions& options) {
   if (options.scroll) vlm_input_mouse_wheel((*options.scroll)[0], (*options.scroll)[1]);
   double x = 0;
   double y = 0;
-  if (!vlm_input_cursor_pos(&x, &y)) throw Failure("nobody can tell where the pointer is");
+  if (!vlm_input_cursor_pos(&x, &y)) throw Failure("the place of the pointer is not known");
   if (options.json) {
     std::printf("%s\n", nlohmann::json{{"x", x}, {"y", y}}.dump().c_str());
   } else {

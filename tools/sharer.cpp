@@ -169,6 +169,7 @@ void Sharer::encodeNew(void* pixbuf, Size size, std::int64_t ptsNs) {
       if (!encoding.encoder) throw Failure("the system has no H.264 encoder for this size");
     }
     encoding.lastFrame = retained(pixbuf);
+    encoding.capturedPts = ptsNs;
     // The frame that was to be a key frame was passed over if a later one has come out.
     const bool isPassedOver = encodedPts_ > encoding.forcedPts && isKeyframeMissing(encoding);
     submit(encoding, pixbuf, ptsNs, isPassedOver);
@@ -215,12 +216,15 @@ void Sharer::sharpenLater() {
   loop_.after(frame, [this] { sharpen(); });
 }
 
-// Submits the last frame again when no other has come for a frame's time.
+// Submits the last frame again, at the frame rate, while none comes from the capture. One that is
+// due comes within a frame's time, and up to half of another late.
 void Sharer::sharpen() {
   const std::int64_t frame = 1'000'000'000 / std::max(options_.fps, 1);
   const bool goesOn = encoding_.with([&](Encoding& encoding) {
     if (!encoding.lastFrame) return false;
-    if (monotonicNow() - encoding.lastPts > frame / 2) repeatLast(encoding, false);
+    const std::int64_t now = monotonicNow();
+    const bool isStill = now - encoding.capturedPts > frame + frame / 2;
+    if (isStill && now - encoding.lastPts > frame / 2) repeatLast(encoding, false);
     return quiet_ < kQuietSeconds * std::max(options_.fps, 1);
   });
   if (goesOn) return sharpenLater();

@@ -64,7 +64,8 @@ class Sharer {
     Encoder encoder;
     PixelBuffer lastFrame;
     std::int64_t lastPts = 0;
-    std::int64_t forcedPts = 0;  // of the last frame that was to be a key frame
+    std::int64_t capturedPts = 0;  // of the last frame that was not a repetition
+    std::int64_t forcedPts = 0;    // of the last frame that was to be a key frame
     BitRate bitRate;
   };
 

@@ -23,7 +23,7 @@ build() {
   if cmake --preset "$1" >"$log" 2>&1 && cmake --build --preset "$1" >>"$log" 2>&1; then
     done_with "$1" build 1 0 0
   else
-    # ninja goes on with what was already running: the failure is not always what stands last.
+    # ninja goes on with what was already running: the failure is not always in the last lines.
     grep -A 25 -m 3 -e 'FAILED:' -e 'CMake Error' "$log" || tail -40 "$log"
     done_with "$1" build 0 1 0
     return 1
