@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "e2e/frame_recorder.h"
+#include "e2e/spots.h"
 #include "support/canvas.h"
 #include "support/private_desktop.h"
 
@@ -27,36 +28,6 @@ constexpr int kFps = 60;
 constexpr std::uint32_t kWhite = 0xFFFFFF, kGrey = 0x707070, kRed = 0xE02020, kBlue = 0x2020E0;
 const PrivateDesktop::Options kSmall{.width = 800, .height = 600, .windowManager = false};
 const PrivateDesktop::Options kManaged{.width = 800, .height = 600, .windowManager = true};
-
-std::uint8_t lumaAt(const Frame& frame, int x, int y) {
-  return frame.pixels.at(static_cast<std::size_t>(y) * frame.width + x);
-}
-
-// The luma that a colour of the canvas comes out with.
-int lumaOf(std::uint32_t color) {
-  const double red = (color >> 16) & 0xFF, green = (color >> 8) & 0xFF, blue = color & 0xFF;
-  return static_cast<int>(16.5 + (65.738 * red + 129.057 * green + 25.064 * blue) / 256);
-}
-
-struct Spot {
-  int x;
-  int y;
-  std::uint32_t color;
-};
-
-// Waits until the latest frame shows every spot in its colour, and says which one it does not.
-void expectShown(FrameRecorder& recorder, const char* what, const std::vector<Spot>& spots) {
-  const auto isShown = [](const Frame& frame, const Spot& spot) {
-    return std::abs(lumaAt(frame, spot.x, spot.y) - lumaOf(spot.color)) <= 2;
-  };
-  const Frame frame = recorder.waitUntil([&](const Frame& latest) {
-    return std::ranges::all_of(spots, [&](const Spot& each) { return isShown(latest, each); });
-  });
-  ASSERT_GT(frame.width, 0) << what;
-  for (const auto& spot : spots) {
-    EXPECT_TRUE(isShown(frame, spot)) << what << " at " << spot.x << "," << spot.y;
-  }
-}
 
 // How far the frame is from what `import` with these arguments takes from the screen, judged by
 // ImageMagick: the root of the mean square, 1 at most.

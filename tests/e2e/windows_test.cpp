@@ -252,7 +252,46 @@ TEST(Windows, MayVanishAtAnyMoment) {
   EXPECT_FALSE(vlm_input_cursor_pos(nullptr, nullptr));
 }
 
-TEST(Tracker, ToldWhatHappensInOrder) {
+void moveAThousandTimes(xcb_window_t window) {
+  auto* connection = xcb_connect(nullptr, nullptr);
+  for (std::uint32_t i = 1; i <= 1000; ++i) {
+    const std::uint32_t place[] = {i % 500, i % 300};
+    xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place);
+  }
+  free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+  xcb_disconnect(connection);
+}
+
+// Of far more moves than are read the last one is reported, and no memory is kept for the others.
+void expectLastPlace(xcb_window_t window, const std::vector<Event>& events) {
+  std::string last;
+  EXPECT_TRUE(pumpUntil([&] {
+    const auto now = frameSeen(window);
+    const bool still = now == std::exchange(last, now);
+    return still && !events.empty() && events.back().frame == now;
+  })) << last
+      << ", reported " << (events.empty() ? "nothing" : events.back().frame);
+  EXPECT_LE(events.size(), 1000U);
+}
+
+// While a window never rests, each turn of the loop ends all the same.
+void moveWithoutRest(xcb_window_t window) {
+  std::atomic<bool> done = false;
+  std::thread restless([&] {
+    auto* mover = xcb_connect(nullptr, nullptr);
+    for (std::uint32_t i = 0; !done; ++i) {
+      const std::uint32_t place = i % 100;
+      xcb_configure_window(mover, window, XCB_CONFIG_WINDOW_X, &place);
+      xcb_flush(mover);
+    }
+    xcb_disconnect(mover);
+  });
+  for (int turn = 0; turn < 10; ++turn) g_main_context_iteration(nullptr, TRUE);
+  done = true;
+  restless.join();
+}
+
+TEST(Tracker, ReportsWhatHappensInOrder) {
   PrivateDesktop desktop(kManaged);
   const auto window = desktop.spawnWindow({"xterm", "-geometry", "40x10+50+50"}, "xterm");
   const Canvas other("other", {500, 300, 200, 100}, 0);
@@ -291,38 +330,10 @@ TEST(Tracker, ToldWhatHappensInOrder) {
   }));
   outputOf({"xdotool", "mouseup", "1"});
 
-  // Far more moves than are read: the last one is reported, and no memory is kept for the others.
   events.clear();
-  auto* connection = xcb_connect(nullptr, nullptr);
-  for (std::uint32_t i = 1; i <= 1000; ++i) {
-    const std::uint32_t place[] = {i % 500, i % 300};
-    xcb_configure_window(connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, place);
-  }
-  free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
-  xcb_disconnect(connection);
-  std::string last;
-  EXPECT_TRUE(pumpUntil([&] {
-    const auto now = frameSeen(window);
-    const bool still = now == std::exchange(last, now);
-    return still && !events.empty() && events.back().frame == now;
-  })) << last
-      << ", reported " << (events.empty() ? "nothing" : events.back().frame);
-  EXPECT_LE(events.size(), 1000U);
-
-  // While a window never rests, each turn of the loop ends all the same.
-  std::atomic<bool> done = false;
-  std::thread restless([&] {
-    auto* mover = xcb_connect(nullptr, nullptr);
-    for (std::uint32_t i = 0; !done; ++i) {
-      const std::uint32_t place = i % 100;
-      xcb_configure_window(mover, window, XCB_CONFIG_WINDOW_X, &place);
-      xcb_flush(mover);
-    }
-    xcb_disconnect(mover);
-  });
-  for (int turn = 0; turn < 10; ++turn) g_main_context_iteration(nullptr, TRUE);
-  done = true;
-  restless.join();
+  moveAThousandTimes(window);
+  expectLastPlace(window, events);
+  moveWithoutRest(window);
   EXPECT_FALSE(events.empty());
   ASSERT_TRUE(pumpUntil([] { return g_main_context_pending(nullptr) == FALSE; }));
 

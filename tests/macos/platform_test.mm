@@ -27,24 +27,7 @@ namespace {
 
 using standin::stage;
 
-// Every test ends with no object of the platform or of the frameworks left.
-class MacPlatform : public testing::Test {
- protected:
-  // Each test is one turn of a host's run loop.
-  void SetUp() override { pool_ = [[NSAutoreleasePool alloc] init]; }
-  void TearDown() override {
-    standin::clear();
-    [pool_ drain];
-    for (const auto& [name, count] : standin::objectsAlive()) {
-      ADD_FAILURE() << count << " " << name << " left";
-    }
-  }
-
- private:
-  NSAutoreleasePool* pool_ = nil;
-};
-
-TEST_F(MacPlatform, ValuesOfEveryKindCrossBothWays) {
+TEST(Platform, ValuesOfEveryKindCrossBothWays) {
   @autoreleasepool {
     const auto element = AXUIElementCreateApplication(1);
     const CFValue values[] = {
@@ -84,7 +67,7 @@ TEST_F(MacPlatform, ValuesOfEveryKindCrossBothWays) {
   }
 }
 
-TEST_F(MacPlatform, TextIsComparedAsPeopleDo) {
+TEST(Platform, TextIsComparedAsPeopleDo) {
   const struct {
     const char *text, *part;
     bool contains, equal;
@@ -106,7 +89,7 @@ TEST_F(MacPlatform, TextIsComparedAsPeopleDo) {
   EXPECT_TRUE(NSURL::URLWithString("x-apple.systempreferences:com.apple.preference.security"));
 }
 
-TEST_F(MacPlatform, SecretsAreAskedForByTheKeychainsOwnConstants) {
+TEST(Platform, SecretsAreAskedForByTheKeychainsOwnConstants) {
   // A service that is called like a class's constant stays text.
   const CFDictionary base{{std::string(kSecClass), kSecClassGenericPassword},
                           {std::string(kSecAttrService), kSecClassGenericPassword},
@@ -138,7 +121,7 @@ TEST_F(MacPlatform, SecretsAreAskedForByTheKeychainsOwnConstants) {
   }
 }
 
-TEST_F(MacPlatform, WindowsKeepTheTypesOfWhatTheyHold) {
+TEST(Platform, WindowsKeepTheTypesOfWhatTheyHold) {
   EXPECT_FALSE(CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, 0));
   @autoreleasepool {
     const auto key = [](const void* constant) { return standin::object(constant); };
@@ -166,7 +149,7 @@ TEST_F(MacPlatform, WindowsKeepTheTypesOfWhatTheyHold) {
                      "no window"}));
 }
 
-TEST_F(MacPlatform, ObserversDeliverWhileTheirSourceIsAddedAndTheyLive) {
+TEST(Platform, ObserversDeliverWhileTheirSourceIsAddedAndTheyLive) {
   std::vector<std::string> heard;
   Ref<AXObserver> observer;
   const auto element = AXUIElementCreateApplication(1);
@@ -224,7 +207,7 @@ std::shared_ptr<const SCShareableContent> ask(std::optional<NSError>* error = nu
   return result;
 }
 
-TEST_F(MacPlatform, ContentComesOnceAndWindowsShareTheirApplications) {
+TEST(Platform, ContentComesOnceAndWindowsShareTheirApplications) {
   std::optional<NSError> error;
   EXPECT_EQ(ask(&error), nullptr);
   stage().throws = true;
@@ -255,7 +238,7 @@ TEST_F(MacPlatform, ContentComesOnceAndWindowsShareTheirApplications) {
   EXPECT_EQ(SCContentFilter::initWithDesktopIndependentWindow(content->windows[0]), nullptr);
 }
 
-TEST_F(MacPlatform, StreamsHandOverWhileTheirReceiversLive) {
+TEST(Platform, StreamsHandOverWhileTheirReceiversLive) {
   @autoreleasepool {
     stage().content = standin::makeContent(
         [NSArray arrayWithObject:standin::makeWindow(1, @"One", nil)], [NSArray array], [NSArray array]);
@@ -291,7 +274,7 @@ TEST_F(MacPlatform, StreamsHandOverWhileTheirReceiversLive) {
   standin::failStreams();
 }
 
-TEST_F(MacPlatform, QueuesRunJobsInOrderAndLetThemGo) {
+TEST(Platform, QueuesRunJobsInOrderAndLetThemGo) {
   const auto queue = dispatch_queue_create("vlm.test", DispatchQoS::userInteractive);
   EXPECT_EQ(queue->label(), "vlm.test");
   std::vector<int> order;
@@ -310,7 +293,7 @@ TEST_F(MacPlatform, QueuesRunJobsInOrderAndLetThemGo) {
   queue->sync([] {});
 }
 
-TEST_F(MacPlatform, ExceptionsOfBothLanguagesKeepToTheirOwn) {
+TEST(Platform, ExceptionsOfBothLanguagesKeepToTheirOwn) {
   const auto reason = bridge::guarded([] { [NSException raise:@"A" format:@"b"]; });
   ASSERT_TRUE(reason);
   EXPECT_EQ(reason->localizedDescription, "b");

@@ -1,5 +1,9 @@
 #include "support/private_session_bus.h"
 
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include <cerrno>
 #include <stdexcept>
 
 namespace vlm::test {
@@ -8,6 +12,7 @@ namespace {
 constexpr const char* kBusConfiguration = R"(<busconfig>
   <type>session</type>
   <listen>unix:path=%</listen>
+  <!--services-->
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
@@ -18,10 +23,30 @@ constexpr const char* kBusConfiguration = R"(<busconfig>
 
 }  // namespace
 
-PrivateSessionBus::PrivateSessionBus() {
+PrivateSessionBus::Orphans::Orphans() {
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+PrivateSessionBus::Orphans::~Orphans() {
+  eventually(
+      [] {
+        while (waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+        return errno == ECHILD;
+      },
+      std::chrono::seconds(3));
+}
+
+PrivateSessionBus::PrivateSessionBus(Services services) {
   const std::string socket = home_.file("bus");
   std::string configuration = kBusConfiguration;
   configuration.replace(configuration.find('%'), 1, socket);
+  constexpr std::string_view kServices = "<!--services-->";
+  if (services == Services::installed) {
+    orphans_.emplace();
+    configuration.replace(configuration.find(kServices), kServices.size(),
+                          "<standard_session_servicedirs/>");
+  }
   writeFile(home_.file("bus.conf"), configuration);
   home_.environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + socket);
   start();
@@ -30,8 +55,10 @@ PrivateSessionBus::PrivateSessionBus() {
 void PrivateSessionBus::start() {
   const std::string socket = home_.file("bus");
   std::filesystem::remove(socket);
-  bus_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--nopidfile",
-                                        "--config-file=" + home_.file("bus.conf")});
+  // It logs every service that it starts, and what those log.
+  bus_.emplace(std::vector<std::string>{
+      "sh", "-c", "exec dbus-daemon --nofork --nopidfile --config-file=\"$0\" 2>/dev/null",
+      home_.file("bus.conf")});
   if (!eventually([&] { return std::filesystem::exists(socket); })) {
     throw std::runtime_error("no message bus");
   }

@@ -13,17 +13,13 @@
 #include <set>
 #include <thread>
 
-#include "standin/objects.h"
+#include "standin/allocations.h"
+#include "standin/media_objects.h"
 #include "standin/stage.h"
 
 using standin::object;
 using standin::stage;
 
-@interface StandInSample : NSObject {
- @public
-  NSMutableArray* attachments;
-}
-@end
 @interface StandInObserver : NSObject {
  @public
   AXObserverCallback callback;
@@ -67,7 +63,13 @@ const char* const kClasses[] = {"StandInSample",      "StandInObserver",   "Stan
                                 "StandInApplication", "StandInContent",    "StandInStream",
                                 "StandInElement",     "StandInGeometry",   "SCContentFilter",
                                 "SCStreamConfiguration", "VLMStreamOutput", "VLMStreamDelegate",
-                                "VLMAccessibilityObserver"};
+                                "VLMAccessibilityObserver",
+                                "StandInPixelBuffer", "StandInData", "StandInDescription",
+                                "StandInEncoder", "StandInDecoder", "StandInColor", "StandInEvent",
+                                "StandInMonitor", "VLMHostedView", "AVSampleBufferDisplayLayer",
+                                "NSEvent", "AVAudioFormat", "AVAudioPCMBuffer", "AVAudioConverter",
+                                "AVAudioEngine", "AVAudioInputNode", "AVAudioOutputNode",
+                                "AVAudioMixerNode", "AVAudioSourceNode", "AVAudioPlayer"};
 }  // namespace
 
 // A class that no test has used yet is not registered.
@@ -136,8 +138,11 @@ SCShareableContent* makeContent(NSArray* windows, NSArray* applications, NSArray
   return content;
 }
 
-void deliverSample(int status) {
+void deliverSample(int status, CVPixelBufferRef image) {
   auto* const sample = [[StandInSample alloc] init];
+  sample->it = e::makeRef<e::CMSampleBuffer>();
+  sample->it->timing.presentationTimeStamp = {1, 30};
+  sample->image = [object(image) retain];
   NSMutableDictionary* const first = [NSMutableDictionary
       dictionaryWithObject:[NSNumber numberWithInt:status]
                     forKey:object(SCStreamFrameInfoStatus)];
@@ -145,6 +150,7 @@ void deliverSample(int status) {
   const auto all = streams;
   for (StandInStream* stream : all) {
     for (id<SCStreamOutput> output in [[stream->outputs copy] autorelease]) {
+      standin::countAllocations();
       [output stream:stream
           didOutputSampleBuffer:reinterpret_cast<CMSampleBufferRef>(sample)
                          ofType:SCStreamOutputTypeScreen];
@@ -161,12 +167,6 @@ void failStreams() {
 
 }  // namespace standin
 
-@implementation StandInSample
-- (void)dealloc {
-  [attachments release];
-  [super dealloc];
-}
-@end
 @implementation StandInElement
 - (void)dealloc {
   [attributes release];
@@ -323,11 +323,6 @@ SETTING(BOOL, ExcludesCurrentProcessAudio)
 @end
 
 extern "C" {
-
-CMTime CMTimeMake(int64_t value, int32_t timescale) { return {value, timescale, kCMTimeFlags_Valid, 0}; }
-CFArrayRef CMSampleBufferGetSampleAttachmentsArray(CMSampleBufferRef sample, Boolean) {
-  return reinterpret_cast<CFArrayRef>(static_cast<StandInSample*>(object(sample))->attachments);
-}
 
 bool CGRectMakeWithDictionaryRepresentation(CFDictionaryRef dictionary, CGRect* rect) {
   NSDictionary* const entries = object(dictionary);

@@ -29,8 +29,12 @@ class BitBudget {
   double ordinary(double every) const;
   // For a picture that shows something new.
   double atOnce() const;
-  // For a picture that only refines what is shown. It leaves room for what moves.
-  double forRefining(bool movedLately) const;
+  // For a picture that only refines what is shown. It leaves room for what moves, and in the window
+  // for something new that takes as much as `surprise`.
+  double forRefining(bool movedLately, double surprise) const;
+
+  // Whether so much can only go beyond the limit before some time has passed.
+  bool isSpent(double bytes) const;
 
   void spend(double bytes);
 
