@@ -196,14 +196,14 @@ struct Delegate : SCStreamDelegate {
 
 std::shared_ptr<const SCShareableContent> ask(std::optional<NSError>* error = nullptr) {
   std::shared_ptr<const SCShareableContent> result;
-  int answers = 0;
+  const auto answered = dispatch_semaphore_create(0);
   SCShareableContent::getShareableContentExcludingDesktopWindows(
       true, true, [&](auto content, auto problem) {
-        ++answers;
         result = content;
         if (error != nullptr) *error = problem;
+        answered->signal();
       });
-  EXPECT_EQ(answers, 1);
+  answered->wait();
   return result;
 }
 
@@ -252,13 +252,17 @@ TEST(Platform, StreamsHandOverWhileTheirReceiversLive) {
   stage().refusesOutputs = false;
   ASSERT_FALSE(stream->addStreamOutput(output, SCStreamOutputType::screen, nullptr));
   std::vector<std::string> answers;
+  const auto answered = dispatch_semaphore_create(0);
   const auto note = [&](std::optional<NSError> error) {
     answers.push_back(error ? error->localizedDescription : "fine");
+    answered->signal();
   };
   stage().throws = true;
   stream->startCaptureWithCompletionHandler(note);
   stage().throws = false;
+  answered->wait();
   stream->startCaptureWithCompletionHandler(note);
+  answered->wait();
   EXPECT_EQ(answers, (std::vector<std::string>{"no start today", "fine"}));
 
   standin::deliverSample(0);
