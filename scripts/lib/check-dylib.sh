@@ -14,6 +14,12 @@ mkdir -p "$(dirname "$out")"
 llvm-lipo-19 -create "$@" -output "$out" || exit
 echo "$out: $(llvm-lipo-19 -archs "$out")"
 
+# What the stubs have that are none of our own making: the generator's, each of whose entries
+# sources.txt gives a source, the system's own, and the C++ library's exports.
+known_symbols() {
+  grep -ohE "_[A-Za-z][A-Za-z0-9_$.]*" sdk/macos/Frameworks/*.framework/*.tbd build/macos-sysroot/usr/lib/*.tbd
+}
+
 wanted=$(grep -oE '^ +vlm_\w+' cmake/VelmoraMacNative.map | sed 's/ */_/' | sort)
 for thin in "$@"; do
   headers=$(llvm-objdump-19 --macho --private-headers "$thin")
@@ -21,6 +27,9 @@ for thin in "$@"; do
   [[ $exports == "$wanted" ]] || fail "$thin exports something else than the header's functions"
   echo "$thin: $(wc -l <<<"$exports") exports"
   [[ $(llvm-otool-19 -D "$thin" | tail -1) == @rpath/VelmoraMacNative.dylib ]] || fail "$thin: install name"
+  echo "$thin: load commands"
+  sed -nE 's/^ +cmd (LC_(ID_DYLIB|BUILD_VERSION|CODE_SIGNATURE))$/  \1/p; s/^ +(platform|minos|sdk|name) (.*)$/    \1 \2/p' <<<"$headers" |
+    grep -vE 'name /(System|usr)'
   grep -qE '^ +minos 14\.0$' <<<"$headers" || fail "$thin: minimum system"
   grep -q 'cmd LC_CODE_SIGNATURE' <<<"$headers" || fail "$thin: signature"
   # Linked to nothing but the system, and to each framework for a reason.
@@ -28,6 +37,11 @@ for thin in "$@"; do
     grep -vE '^/System/Library/Frameworks/|^/usr/lib/lib(System\.B|objc\.A|c\+\+\.1)\.dylib$' &&
     fail "$thin: linked to something else"
   echo "$thin: undefined symbols by library"
-  llvm-nm-19 --undefined-only --format=darwin "$thin" | sed 's/.*(from \(.*\))/\1/' | sort | uniq -c
+  undefined=$(llvm-nm-19 --undefined-only --format=darwin "$thin")
+  sed 's/.*(from \(.*\))/\1/' <<<"$undefined" | sort | uniq -c
+  # Every symbol is in a stub that was made of a binding, or of what is listed as written by hand.
+  unknown=$(comm -23 <(sed -nE 's/.* (_[^ ]+|_OBJC[^ ]+) \(from .*/\1/p' <<<"$undefined" | sort -u) \
+    <(known_symbols | sort -u))
+  [[ -z $unknown ]] || fail "$thin: nothing says that these are there: $(paste -sd' ' <<<"$unknown")"
 done
 exit "$failed"
