@@ -35,7 +35,7 @@ for thin in "$@"; do
     fail "$thin: linked to something else"
   echo "$thin: undefined symbols by library"
   undefined=$(llvm-nm-19 --undefined-only --format=darwin "$thin")
-  sed 's/.*(from \(.*\))/\1/' <<<"$undefined" | sort | uniq -c
+  awk -F"[()]" '{ sub(/.*from /, "", $(NF - 1)); print $(NF - 1) }' <<<"$undefined" | sort | uniq -c
   # The linker has found each in a stub; what only we say is there is told.
   names=$(sed -nE '/from lib/d; s/.* _(OBJC_(META)?CLASS_\$_)?([^ ]+) \(from .*/\3/p' <<<"$undefined" | sort -u)
   own=$(comm -23 <(echo "$names") <(echo "$sourced"))

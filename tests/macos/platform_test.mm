@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/application_services.h"
+#include "platform/av_foundation.h"
 #include "platform/cg_window.h"
 #include "platform/core_foundation.h"
 #include "platform/core_media.h"
@@ -295,6 +297,12 @@ TEST(Platform, QueuesRunJobsInOrderAndLetThemGo) {
   queue->async([&] { semaphore->signal(); });
   semaphore->wait();
   queue->sync([] {});
+}
+
+TEST(Platform, LayersEndOnTheMainThread) {
+  auto layer = AVSampleBufferDisplayLayer::make();
+  std::thread([last = std::move(layer)]() mutable { last = nullptr; }).join();
+  standin::runMainQueue();
 }
 
 TEST(Platform, ExceptionsOfBothLanguagesKeepToTheirOwn) {
