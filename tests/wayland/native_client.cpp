@@ -38,6 +38,8 @@ gboolean report(GtkWidget*, GdkEvent* event, gpointer) {
     std::printf("scroll %d\n", event->scroll.direction);
   } else if (gdk_event_get_scroll_deltas(event, &x, &y)) {
     std::printf("scroll %+.1f %+.1f\n", x, y);
+  } else if (event->type == GDK_FOCUS_CHANGE) {
+    std::printf("focus %s\n", event->focus_change.in != 0 ? "in" : "out");
   } else if (gdk_event_get_keycode(event, &key)) {
     std::printf("key %d %s %s\n", key, event->type == GDK_KEY_PRESS ? "down" : "up",
                 (event->key.state & GDK_SHIFT_MASK) != 0 ? "shift" : "plain");

@@ -61,6 +61,20 @@ void PrivateSession::grant() const {
             "<'MetaVendor:MetaVirtualMonitor:0x00'>)])>)>"});
 }
 
+void PrivateSession::rotateMonitor() {
+  const std::string name = "org.gnome.Mutter.DisplayConfig";
+  const std::vector<std::string> call{
+      "gdbus", "call", "--session", "-d", name, "-o", "/org/gnome/Mutter/DisplayConfig", "-m"};
+  auto ask = call, apply = call;
+  ask.push_back(name + ".GetCurrentState");
+  const auto state = outputOf(ask);  // (uint32 2, ...
+  const auto serial = state.substr(8, state.find(',') - 8);
+  apply.insert(apply.end(),
+               {name + ".ApplyMonitorsConfig", serial, "1",
+                "[(0, 0, 1.0, uint32 1, true, [('Meta-0', '1280x720@60.000', @a{sv} {})])]", "{}"});
+  outputOf(apply);
+}
+
 pid_t PrivateSession::serverOf(const std::string& name) {
   const auto answer =
       outputOf({"gdbus", "call", "--session", "-d", "org.freedesktop.DBus", "-o", "/", "-m",

@@ -20,6 +20,8 @@ class PrivateSession {
   // Consent of earlier: the token lets its holder share the monitor without a dialog.
   void grant() const;
   std::string file(const std::string& name) const { return bus_.home().file(name); }
+  // Turns the monitor on its side, which ends what shares it.
+  static void rotateMonitor();
   // The process that serves a name of the bus.
   static pid_t serverOf(const std::string& name);
 

@@ -10,6 +10,7 @@
 #include "VelmoraMacNative.h"
 #include "e2e/frame_recorder.h"
 #include "e2e/spots.h"
+#include "wayland/person.h"
 #include "wayland/private_session.h"
 
 namespace vlm::test {
@@ -104,6 +105,8 @@ TEST_F(Wayland, LossOfTheDesktopEndsTheCaptureAndNothingHangs) {
   const auto kill = [](const char* name) { ::kill(PrivateSession::serverOf(name), SIGKILL); };
   const Case kCases[] = {
       {"compositor", [](auto& s) { s.compositor().end(SIGKILL); }, "the desktop ended the capture"},
+      {"the monitor as it was", [](auto&) { PrivateSession::rotateMonitor(); },
+       "the desktop ended the capture"},
       {"PipeWire", [](auto& s) { s.pipeWire().end(SIGKILL); },
        "the connection to PipeWire was lost"},
       {"the desktop's portal", [&](auto&) { kill("org.freedesktop.impl.portal.desktop.gnome"); },
@@ -124,6 +127,62 @@ TEST_F(Wayland, LossOfTheDesktopEndsTheCaptureAndNothingHangs) {
               std::string("[vlm] capture stream stopped with error: ") + reason + "\n")
         << what;
   }
+}
+
+TEST_F(Wayland, PersonIsAskedOnceForTheScreenAndMayRefuse) {
+  NativeClient client(*session);
+  Person person;
+  const auto answeredWith = [&](const auto& keys) {
+    return std::thread([&] { person.answer(client, keys); });
+  };
+  auto refusal = answeredWith(Person::kCancel);
+  EXPECT_FALSE(vlm_perm_screen_recording(true));
+  refusal.join();
+  EXPECT_FALSE(vlm_perm_screen_recording(false));
+  auto consent = answeredWith(Person::kShareScreen);
+  FrameRecorder recorder;
+  EXPECT_TRUE(start(recorder));
+  consent.join();
+  expectShown(recorder, "after consent", {{640, 360, kGrey}});
+  EXPECT_TRUE(vlm_perm_screen_recording(false));
+  FrameRecorder second;
+  EXPECT_TRUE(start(second)) << "nobody is asked again";
+}
+
+TEST_F(Wayland, InputReachesANativeWindowOnceAPersonGaveLeave) {
+  NativeClient client(*session);
+  Person person;
+  EXPECT_FALSE(vlm_perm_accessibility(false));
+  testing::internal::CaptureStderr();
+  vlm_input_key(0, true, 0);
+  vlm_input_mouse_move(10, 10);
+  EXPECT_EQ(timesIn(testing::internal::GetCapturedStderr(), "[vlm]"), 1U);
+  std::thread consent([&] { person.answer(client, Person::kShareInput); });
+  ASSERT_TRUE(vlm_perm_accessibility(true));
+  consent.join();
+  EXPECT_TRUE(vlm_perm_accessibility(true)) << "nobody is asked again";
+  constexpr std::uint64_t kShift = 0x20000;
+  // The first input makes the pointer, which the client has to notice.
+  ASSERT_TRUE(eventually([&] {
+    vlm_input_mouse_move(300, 200);
+    return timesIn(client.input(), "motion 300 200\n") > 0;
+  }));
+  for (const bool down : {true, false}) vlm_input_mouse_button(1, down, 310, 220);
+  vlm_input_mouse_wheel(0, -80);
+  for (const bool down : {true, false}) vlm_input_key(0, down, kShift);
+  for (const bool down : {true, false}) vlm_input_key(0x35, down, 0);  // Escape
+  vlm_input_warp_cursor(1e9, -5);                                      // the nearest place
+  for (const auto* each :
+       {"motion 310 220\n", "button 3 down\n", "button 3 up\n", "scroll +0.0 +1.0",
+        "key 50 down plain\nkey 38 down shift\nkey 38 up shift\n"
+        "key 50 up shift\nkey 9 down plain\nkey 9 up plain\n",
+        "motion 1279 0\n"}) {
+    EXPECT_TRUE(eventually([&] { return timesIn(client.input(), each) > 0; })) << each;
+  }
+  EXPECT_FALSE(vlm_input_cursor_pos(nullptr, nullptr));
+  PrivateSession::rotateMonitor();
+  EXPECT_TRUE(eventually([] { return !vlm_perm_accessibility(false); })) << "taken back";
+  vlm_input_key(0, true, 0);
 }
 
 TEST_F(Wayland, PortalThatHangsIsWaitedForOnlySoLong) {

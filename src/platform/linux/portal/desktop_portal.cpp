@@ -173,6 +173,11 @@ std::string DesktopPortal::createSession(const char* interface) {
   return g_variant_is_object_path(session) != FALSE ? session : "";
 }
 
+bool DesktopPortal::hasSession(const std::string& session) const {
+  return callOn(session.c_str(), "org.freedesktop.DBus.Properties", "Get",
+                g_variant_new("(ss)", "org.freedesktop.portal.Session", "version")) != nullptr;
+}
+
 void DesktopPortal::closeSession(const std::string& session) const {
   const glib::OwnContext context;
   const Variant answer(g_dbus_connection_call_sync(
@@ -192,6 +197,11 @@ Answer DesktopPortal::request(const char* interface, const char* method, GVarian
     return {nullptr, "the desktop's portal refused a call"};
   }
   return response.await(patience);
+}
+
+void DesktopPortal::tell(const char* interface, const char* method, GVariant* arguments) const {
+  g_dbus_connection_call(bus_->get(), kName, kPath, interface, method, arguments, nullptr,
+                         G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr, nullptr);
 }
 
 bool DesktopPortal::call(const char* interface, const char* method, GVariant* arguments,

@@ -66,6 +66,7 @@ class DesktopPortal {
   std::uint32_t property(const char* interface, const char* name) const;
   // A session that requests are made in; its path, empty when it was refused.
   std::string createSession(const char* interface);
+  bool hasSession(const std::string& session) const;
   void closeSession(const std::string& session) const;
 
   // A request that is answered by a signal. `arguments`, a tuple, go before the options.
@@ -74,6 +75,9 @@ class DesktopPortal {
   // False when the call was refused. A descriptor that is answered is the caller's.
   bool call(const char* interface, const char* method, GVariant* arguments,
             int* descriptor = nullptr) const;
+
+  // A call that nobody waits for.
+  void tell(const char* interface, const char* method, GVariant* arguments) const;
 
  private:
   explicit DesktopPortal(std::unique_ptr<glib::OwnSessionBus> bus, GCancellable* ending);

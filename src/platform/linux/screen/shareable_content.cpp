@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include "platform/linux/glib/log_line.h"
 #include "platform/linux/portal/access.h"
 #include "platform/linux/screen/core_rectangle.h"
 #include "platform/linux/screen/picked_screen.h"
@@ -64,7 +65,13 @@ bool addContentOfX11(bool onScreenOnly, SCShareableContent& content) {
 
 std::shared_ptr<const SCShareableContent> currentContent(bool onScreenWindowsOnly) {
   auto content = std::make_shared<SCShareableContent>();
-  const bool isShared = session::isWayland() && portal::offersScreen();
+  const bool isWayland = session::isWayland();
+  if (isWayland) {
+    glib::writeLogLineOnce(
+        "[vlm] in a Wayland session a display that a person picks and windows of X11 clients can "
+        "be captured, and nothing else");
+  }
+  const bool isShared = isWayland && portal::offersScreen();
   if (isShared) addPickedDisplay(*content);
   const bool isReached = addContentOfX11(onScreenWindowsOnly, *content);
   return isShared || isReached ? content : nullptr;
