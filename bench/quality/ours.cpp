@@ -78,6 +78,7 @@ class Ours final : public QualityEncoder {
     quiet_ = repeated && unit_.size() < kNothing ? quiet_ + 1 : 0;
     return unit_;
   }
+  void setBitRate(int bitsPerSecond) override { vlm_enc_set_bitrate(handle_, bitsPerSecond); }
   bool wantsRepeats() const override { return quiet_ < kPatience; }
 
  private:

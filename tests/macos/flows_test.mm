@@ -163,7 +163,7 @@ TEST(Flows, WhatBelongsToTheMainThreadRunsThere) {
   EXPECT_EQ(vlm_present_enqueue(presenter, image, 0), VLM_PRESENT_OK);
   EXPECT_EQ(standin::shown(), std::vector<CVPixelBufferRef>{image});
   stage().throws = true;  // an exception of the framework is the host's no more than the library's
-  vlm_present_enqueue(presenter, image, 0);
+  EXPECT_EQ(vlm_present_enqueue(presenter, image, 0), VLM_PRESENT_OK);
   stage().throws = false;
   vlm_present_destroy(presenter);
   vlm_pixbuf_release(image);

@@ -31,6 +31,15 @@ class RunLoopTurn : public testing::EmptyTestEventListener {
 
 }  // namespace
 
+extern "C" {
+
+// The run-time's frames have no frame pointers, and it keeps what it makes of classes, as Foundation
+// does with what its first log line needs.
+const char* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+const char* __lsan_default_suppressions() { return "leak:libobjc.so\nleak:NSLogv\n"; }
+
+}  // extern "C"
+
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   testing::UnitTest::GetInstance()->listeners().Append(new RunLoopTurn);

@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/application_services.h"
+#include "platform/av_foundation.h"
 #include "platform/cg_window.h"
 #include "platform/core_foundation.h"
 #include "platform/core_media.h"
@@ -196,14 +198,14 @@ struct Delegate : SCStreamDelegate {
 
 std::shared_ptr<const SCShareableContent> ask(std::optional<NSError>* error = nullptr) {
   std::shared_ptr<const SCShareableContent> result;
-  int answers = 0;
+  const auto answered = dispatch_semaphore_create(0);
   SCShareableContent::getShareableContentExcludingDesktopWindows(
       true, true, [&](auto content, auto problem) {
-        ++answers;
         result = content;
         if (error != nullptr) *error = problem;
+        answered->signal();
       });
-  EXPECT_EQ(answers, 1);
+  answered->wait();
   return result;
 }
 
@@ -252,13 +254,17 @@ TEST(Platform, StreamsHandOverWhileTheirReceiversLive) {
   stage().refusesOutputs = false;
   ASSERT_FALSE(stream->addStreamOutput(output, SCStreamOutputType::screen, nullptr));
   std::vector<std::string> answers;
+  const auto answered = dispatch_semaphore_create(0);
   const auto note = [&](std::optional<NSError> error) {
     answers.push_back(error ? error->localizedDescription : "fine");
+    answered->signal();
   };
   stage().throws = true;
   stream->startCaptureWithCompletionHandler(note);
   stage().throws = false;
+  answered->wait();
   stream->startCaptureWithCompletionHandler(note);
+  answered->wait();
   EXPECT_EQ(answers, (std::vector<std::string>{"no start today", "fine"}));
 
   standin::deliverSample(0);
@@ -291,6 +297,12 @@ TEST(Platform, QueuesRunJobsInOrderAndLetThemGo) {
   queue->async([&] { semaphore->signal(); });
   semaphore->wait();
   queue->sync([] {});
+}
+
+TEST(Platform, LayersEndOnTheMainThread) {
+  auto layer = AVSampleBufferDisplayLayer::make();
+  std::thread([last = std::move(layer)]() mutable { last = nullptr; }).join();
+  standin::runMainQueue();
 }
 
 TEST(Platform, ExceptionsOfBothLanguagesKeepToTheirOwn) {

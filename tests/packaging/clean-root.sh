@@ -5,11 +5,13 @@
 set -euo pipefail
 packages=$1 source=$2
 root=$(mktemp -d)
-trap 'umount "$root/proc" || true; rm -rf --one-file-system "$root"' EXIT
+trap 'umount "$root"/{dev/pts,proc} || true; rm -rf --one-file-system "$root"' EXIT
 inside() { chroot "$root" env DEBIAN_FRONTEND=noninteractive HOME=/root "$@"; }
 
 debootstrap --variant=minbase "$(sed -n 's/^VERSION_CODENAME=//p' /etc/os-release)" "$root" >/dev/null
 mount -t proc proc "$root/proc"
+mount -t devpts -o newinstance,ptmxmode=0666 devpts "$root/dev/pts" # xterm's
+ln -sf pts/ptmx "$root/dev/ptmx"
 mkdir "$root/vlm"
 cp -r "$packages"/*.deb "$source"/{bindings,include,scripts,README.md} "$root/vlm"
 inside apt-get update -qq

@@ -72,6 +72,18 @@ const char* const kClasses[] = {"StandInSample",      "StandInObserver",   "Stan
                                 "AVAudioMixerNode", "AVAudioSourceNode", "AVAudioPlayer"};
 }  // namespace
 
+// Calls a handler from another thread, some time after the call that brought it.
+template <class Handler, class Call>
+void answer(Handler kept, Call call) {
+  std::thread([kept, call] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    @autoreleasepool {
+      call(kept);
+    }
+    Block_release(kept);
+  }).detach();
+}
+
 // A class that no test has used yet is not registered.
 int alive_(const char* name) {
   const Class type = objc_lookUpClass(name);
@@ -223,12 +235,7 @@ void failStreams() {
                                onScreenWindowsOnly:(BOOL)onScreen
                                  completionHandler:(void (^)(SCShareableContent*, NSError*))handler {
   if (stage().throws) [NSException raise:@"StandIn" format:@"no content today"];
-  std::thread([kept = Block_copy(handler)] {
-    @autoreleasepool {
-      kept(stage().content, stage().contentError);
-    }
-    Block_release(kept);
-  }).join();
+  standin::answer(Block_copy(handler), [](auto kept) { kept(stage().content, stage().contentError); });
 }
 @end
 @implementation StandInContent
@@ -312,9 +319,11 @@ SETTING(BOOL, ExcludesCurrentProcessAudio)
 }
 - (void)startCaptureWithCompletionHandler:(void (^)(NSError*))handler {
   if (stage().throws) [NSException raise:@"StandIn" format:@"no start today"];
-  handler(nil);
+  standin::answer(Block_copy(handler), [](auto kept) { kept(nil); });
 }
-- (void)stopCaptureWithCompletionHandler:(void (^)(NSError*))handler { handler(nil); }
+- (void)stopCaptureWithCompletionHandler:(void (^)(NSError*))handler {
+  standin::answer(Block_copy(handler), [](auto kept) { kept(nil); });
+}
 - (void)dealloc {
   standin::streams.erase(self);
   [outputs release];

@@ -24,6 +24,8 @@ class BitBudget {
   void advance(double seconds, const CompressionSettings& settings);
   // Nothing limits the stream.
   bool isUnlimited() const { return rate_ <= 0; }
+  // Seconds between pictures, lately.
+  double interval() const { return interval_; }
 
   // For a picture like those before, of which one comes every so many: keeps the bucket half full.
   double ordinary(double every) const;

@@ -5,8 +5,9 @@
 namespace vlm::platform::h264 {
 namespace {
 
-// While most of the picture moves, a finer one is not seen, and takes time to write.
+// While most of the picture moves, and often, a finer one is not seen, and takes time to write.
 constexpr int kFinestMoving = 22;
+constexpr double kSlow = 0.15;  // seconds between pictures, from which on that time does not matter
 // For what moves on a screen that rests otherwise: what is sharp need not be sent again elsewhere.
 constexpr int kFinestCalm = 9;
 // What stays is refined to each of these in turn. All of it is readable after the first.
@@ -53,7 +54,7 @@ int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSett
   holds_ = false;
   budget_.advance(picture.seconds, settings);
   survey();
-  best_ = std::min(mostMoves() ? kFinestMoving : kFinestCalm, worst_);
+  best_ = std::min(isBusy() ? kFinestMoving : kFinestCalm, worst_);
   if (budget_.isUnlimited()) return quantiser_ = std::min(kFinestMoving, worst_);
   if (mustWait()) return hold();
   const int target = picture.keyFrame || picture.shown == nullptr ? worst_ : stage();
@@ -165,6 +166,11 @@ bool QuantiserControl::isCalm() const {
 
 bool QuantiserControl::mostMoves() const {
   return 2 * changed_ > picture_.constant.size();
+}
+
+// Whether the encoder has much to do in little time.
+bool QuantiserControl::isBusy() const {
+  return mostMoves() && budget_.interval() < kSlow;
 }
 
 bool QuantiserControl::isSurprise() const {

@@ -51,6 +51,7 @@ class QuantiserControl {
   bool isSurprise() const;
   bool isCalm() const;
   bool mostMoves() const;
+  bool isBusy() const;
   bool isWorthwhile(int finer) const;
   bool mayRefineMeanwhile() const;
   int forNewContent(double budget) const;
