@@ -28,6 +28,8 @@ class QualityEncoder {
   // The picture that was taken last as one access unit, of start codes. `repeated` says that it was
   // submitted before.
   virtual Bytes encode(bool repeated, std::int64_t ptsNs) = 0;
+  // From the next picture on.
+  virtual void setBitRate(int) {}
   // Whether a picture that shows nothing new is worth submitting.
   virtual bool wantsRepeats() const { return true; }
 };

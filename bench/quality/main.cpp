@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "bench/quality/trial.h"
+#include "bench/quality/wander.h"
 
 namespace vlm::bench {
 namespace {
@@ -23,6 +24,10 @@ struct Choice {
   std::size_t width = 1920;
   std::size_t height = 1080;
   int seconds = 10;
+  int every = 1;   // of so many pictures one is submitted
+  int wander = 0;  // minutes
+  std::uint32_t seed = 1;
+  std::string stream;
 };
 
 std::vector<std::string> split(const std::string& text) {
@@ -52,6 +57,14 @@ Choice parse(int count, char** arguments) {
       choice.pictures = value;
     else if (name == "--seconds")
       choice.seconds = std::atoi(value.c_str());
+    else if (name == "--every")
+      choice.every = std::max(std::atoi(value.c_str()), 1);
+    else if (name == "--wander")
+      choice.wander = std::atoi(value.c_str());
+    else if (name == "--seed")
+      choice.seed = static_cast<std::uint32_t>(std::atoi(value.c_str()));
+    else if (name == "--stream")
+      choice.stream = value;
     else if (name == "--height")
       choice.height = static_cast<std::size_t>(std::atoi(value.c_str()));
     else
@@ -137,6 +150,7 @@ void measure(const Choice& choice) {
                             .bitsPerSecond = std::atoi(rate.c_str()) * 1000,
                             .lowLatency = delay == "low"};
           trial.frames = choice.seconds * Content::kFramesPerSecond;
+          trial.every = choice.every;
           trial.pictures = choice.pictures;
           const auto outcome = run(trial);
           print(trial, figuresOf(outcome), bits40);
@@ -147,14 +161,26 @@ void measure(const Choice& choice) {
   }
 }
 
+bool perform(const Choice& choice) {
+  if (choice.wander == 0) {
+    measure(choice);
+    return true;
+  }
+  return wander({.width = choice.width,
+                 .height = choice.height,
+                 .minutes = choice.wander,
+                 .lowLatency = choice.delays.front() == "low",
+                 .seed = choice.seed,
+                 .stream = choice.stream});
+}
+
 }  // namespace
 }  // namespace vlm::bench
 
 int main(int count, char** arguments) {
   av_log_set_level(AV_LOG_ERROR);
   try {
-    vlm::bench::measure(vlm::bench::parse(count, arguments));
-    return 0;
+    return vlm::bench::perform(vlm::bench::parse(count, arguments)) ? 0 : 1;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "quality: %s\n", error.what());
     return 1;

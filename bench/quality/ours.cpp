@@ -78,13 +78,14 @@ class Ours final : public QualityEncoder {
     quiet_ = repeated && unit_.size() < kNothing ? quiet_ + 1 : 0;
     return unit_;
   }
+  void setBitRate(int bitsPerSecond) override { vlm_enc_set_bitrate(handle_, bitsPerSecond); }
   bool wantsRepeats() const override { return quiet_ < kPatience; }
 
  private:
   static void copyPlane(const std::uint8_t* from, std::size_t width, const platform::PixelPlane& to,
                         std::size_t rows) {
     for (std::size_t row = 0; row < rows; ++row) {
-      std::memcpy(to.base + row * to.bytesPerRow, from + row * width, width);
+      std::memcpy(to.row(row), from + row * width, width);
     }
   }
 

@@ -74,14 +74,15 @@ Outcome run(const Trial& trial) {
   Outcome outcome;
   std::vector<std::size_t> judged;  // the moments that were compared
   for (int frame = 0; frame < trial.frames; ++frame) {
-    const bool fresh = content->draw(frame, canvas);
+    const bool isDue = frame % trial.every == 0;
+    const bool fresh = isDue && content->draw(frame, canvas);
     if (fresh) {
       convert(canvas, picture);
       encoder->take(picture);
     }
     Moment moment;
     moment.beginsStill = content->standsStill() && content->beginsStill(frame);
-    if (fresh || encoder->wantsRepeats()) {
+    if (fresh || (isDue && encoder->wantsRepeats())) {
       const auto begin = processorTime(getpid());
       const auto unit = encoder->encode(!fresh, frame * kSecond / kFps);
       outcome.processorSeconds += static_cast<double>(processorTime(getpid()) - begin) / kSecond;

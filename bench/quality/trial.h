@@ -16,6 +16,7 @@ struct Trial {
   MakeEncoder make = nullptr;
   EncoderSettings settings{};
   int frames = 0;
+  int every = 1;  // of so many pictures one is submitted
   // Where pictures of what is shown are kept, after 1, 2 and 4 seconds; empty for none.
   std::string pictures{};
 };

@@ -89,6 +89,15 @@ run_package() {
   fi
 }
 
+run_root() {
+  begin "root"
+  if scripts/package && tests/packaging/clean-root.sh build/package "$PWD"; then
+    done_with root packaging 1 0 0
+  else
+    done_with root packaging 0 1 0
+  fi
+}
+
 run_bindings() {
   build release || return
   local log=build/bindings.log counts

@@ -216,18 +216,18 @@ TEST(Present, TheHostsSizeHoldsAndNothingElseIsSeenWhileItGrows) {
 }
 
 TEST(Present, AnswersBusyWhileTheServerStandsStill) {
-  const PrivateDesktop desktop(kBareServer);
+  PrivateDesktop desktop(kBareServer);
   const Presenting presenting(320, 240);
   const auto picture = makeQuadrants(1920, 1080, kVideoRange);
   ASSERT_TRUE(presenting.present(picture));
   ASSERT_TRUE(presenting.showsQuadrants(320, 240));
 
-  kill(desktop.server(), SIGSTOP);
+  desktop.server().signal(SIGSTOP);
   int taken = 0;
   for (int i = 0; i < 300; ++i) {
     if (presenting.enqueue(picture) == VLM_PRESENT_OK) ++taken;
   }
-  kill(desktop.server(), SIGCONT);
+  desktop.server().signal(SIGCONT);
   EXPECT_LE(taken, 2) << "one may still have been on its way";
   EXPECT_TRUE(presenting.present(picture));
 }

@@ -17,6 +17,9 @@ constexpr double kRefiningShare = 0.85;
 // Of the bucket.
 constexpr double kKept = 0.5;
 constexpr double kKeptOfTwoFrames = 0.25;
+// Of the limit. What does not fit into a window that holds no more would never fit.
+constexpr double kAlmostNothing = 0.1;
+constexpr double kLargestReserve = 0.35;
 // Pictures come a little early at times. Without this, one a second would share a window with the
 // one before every now and then.
 constexpr double kJitter = 0.1;  // of an interval
@@ -80,9 +83,22 @@ double BitBudget::atOnce() const {
   return kNewShare * free();
 }
 
-double BitBudget::forRefining(bool movedLately) const {
+double BitBudget::forRefining(bool movedLately, double surprise) const {
   const double kept = movedLately ? (lowLatency_ ? kKeptOfTwoFrames : kKept) * capacity_ : 0;
-  return std::max(std::min(kRefiningShare * (capacity_ - kept - level_), kMargin * free()), 0.0);
+  const double inBucket = kRefiningShare * (capacity_ - kept - level_);
+  double room = kMargin * free();
+  if (limitSeconds_ > 0 && surprise < kLargestReserve * limitBytes_) {
+    room = std::min(room, limitBytes_ - sentBytes_ - surprise);
+  }
+  return std::max(std::min(inBucket, room), 0.0);
+}
+
+bool BitBudget::isSpent(double bytes) const {
+  if (limitSeconds_ <= 0) return false;
+  const auto leavesNoRoom = [=, this](double spent) {
+    return spent > kAlmostNothing * limitBytes_ && spent + bytes > limitBytes_;
+  };
+  return leavesNoRoom(sentBytes_) || leavesNoRoom(level_);
 }
 
 void BitBudget::spend(double bytes) {

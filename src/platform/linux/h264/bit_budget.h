@@ -24,13 +24,19 @@ class BitBudget {
   void advance(double seconds, const CompressionSettings& settings);
   // Nothing limits the stream.
   bool isUnlimited() const { return rate_ <= 0; }
+  // Seconds between pictures, lately.
+  double interval() const { return interval_; }
 
   // For a picture like those before, of which one comes every so many: keeps the bucket half full.
   double ordinary(double every) const;
   // For a picture that shows something new.
   double atOnce() const;
-  // For a picture that only refines what is shown. It leaves room for what moves.
-  double forRefining(bool movedLately) const;
+  // For a picture that only refines what is shown. It leaves room for what moves, and in the window
+  // for something new that takes as much as `surprise`.
+  double forRefining(bool movedLately, double surprise) const;
+
+  // Whether so much can only go beyond the limit before some time has passed.
+  bool isSpent(double bytes) const;
 
   void spend(double bytes);
 

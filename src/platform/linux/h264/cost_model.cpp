@@ -29,6 +29,9 @@ constexpr double kLearnMore = 0.8;
 constexpr double kLearnLess = 0.5;
 constexpr double kWidest = 4;  // times the scale that a model begins with, and as many times less
 
+// What moves is learnt from unless so much of a picture is refining.
+constexpr double kMostRefining = 0.8;
+
 // Too few bytes teach little: headers weigh in.
 constexpr double kFewest = 300;
 
@@ -117,7 +120,7 @@ void CostModel::learn(const Forecast& forecast, std::size_t changed, int quantis
   if (forecast.refinement > expected / 2) {
     refinementScale_ = adapted(refinementScale_, ratio, kRefinementScale);
   }
-  if (changed > 0 && forecast.refinement < expected / 2) {
+  if (changed > 0 && forecast.refinement < kMostRefining * expected) {
     const double changes = forecast.fresh + forecast.motion;
     motion_.learn(took * changes / expected / static_cast<double>(changed), quantiser);
   }

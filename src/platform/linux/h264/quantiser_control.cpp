@@ -5,14 +5,15 @@
 namespace vlm::platform::h264 {
 namespace {
 
-// While things move, a finer one is not seen, and takes time to write.
+// While most of the picture moves, and often, a finer one is not seen, and takes time to write.
 constexpr int kFinestMoving = 22;
-// For a small change on a screen that rests otherwise.
-constexpr int kFinestCalm = 14;
+constexpr double kSlow = 0.15;  // seconds between pictures, from which on that time does not matter
+// For what moves on a screen that rests otherwise: what is sharp need not be sent again elsewhere.
+constexpr int kFinestCalm = 9;
 // What stays is refined to each of these in turn. All of it is readable after the first.
-constexpr std::array kStages{28, 21, 14, 9};
-// The energy of an error that can be seen, in any quarter of a block.
-constexpr float kVisible = 0.5;
+constexpr std::array kStages{28, 21, 14, 9, 4};
+// The energy of an error that may be seen, in any quarter of a block.
+constexpr float kVisible = 0.05F;
 
 // What moves leaves so much to what stays while that is coarse.
 constexpr double kMovingShare = 0.85;
@@ -34,6 +35,8 @@ constexpr double kCalm = 0.05;               // of all blocks
 // More than so many times the usual change is something new on the screen.
 constexpr double kSurprise = 4;
 constexpr double kForgetting = 0.3;
+// Of what the last one took, for the next.
+constexpr double kReserve = 1.15;
 
 bool isVisible(const BlockEnergy& energy) {
   return std::ranges::any_of(energy, [](float quarter) { return quarter > kVisible; });
@@ -48,10 +51,12 @@ int QuantiserControl::quantiserFor(const Picture& picture, const CompressionSett
   worst_ = settings.worstQuantiser;
   forecast_ = {};
   candidates_.clear();
+  holds_ = false;
   budget_.advance(picture.seconds, settings);
   survey();
-  best_ = std::min(isCalm() && !picture.keyFrame ? kFinestCalm : kFinestMoving, worst_);
+  best_ = std::min(isBusy() ? kFinestMoving : kFinestCalm, worst_);
   if (budget_.isUnlimited()) return quantiser_ = std::min(kFinestMoving, worst_);
+  if (mustWait()) return hold();
   const int target = picture.keyFrame || picture.shown == nullptr ? worst_ : stage();
   quantiser_ = choose(target);
   return quantiser_;
@@ -67,19 +72,20 @@ int QuantiserControl::choose(int target) {
   }
   const std::uint32_t every = std::min(pictures_ - lastMotion_, kLongestRest);
   const bool movedLately = lastMotion_ > 0 && pictures_ - lastMotion_ < kLately;
-  double budget = changed_ > 0 ? budget_.ordinary(every) : budget_.forRefining(movedLately);
+  double budget =
+      changed_ > 0 ? budget_.ordinary(every) : budget_.forRefining(movedLately, surpriseBytes_);
   if (changed_ == 0) {
     quantiser_ = refines ? target : quantiserBefore_;
   } else {
     const bool shares =
         refines && every == 1 && coarsestStill() >= motionQuantiser_ + kWorthwhileStep;
     quantiser_ = forMotion(shares ? kMovingShare * budget : budget);
-    if (refines && isCalm()) quantiser_ = std::max(quantiser_, target);
+    if (refines && !mostMoves()) quantiser_ = std::max(quantiser_, target);
     if (quantiser_ < quantiserBefore_ && !isWorthwhile(quantiser_)) quantiser_ = quantiserBefore_;
     quantiser_ = std::min(quantiser_, worst_);
     if (refines && mayRefineMeanwhile()) {
       quantiser_ = std::min(kFinestCalm, worst_);
-      budget = budget_.forRefining(true);
+      budget = budget_.forRefining(true, surpriseBytes_);
     }
     forecast_.motion = costs_.motion(changed_, quantiser_);
   }
@@ -90,17 +96,38 @@ int QuantiserControl::choose(int target) {
   return quantiser_;
 }
 
+// Whether what changed does not fit, however coarse it is coded, until earlier pictures are
+// through.
+bool QuantiserControl::mustWait() const {
+  if (picture_.keyFrame || picture_.shown == nullptr || changed_ == 0) return false;
+  return budget_.isSpent(isSurprise() ? costs_.fresh(detail_, worst_)
+                                      : costs_.motion(changed_, worst_));
+}
+
+// Shows again what decoders show already. What changed is owed to the pictures that follow.
+int QuantiserControl::hold() {
+  for (std::size_t block = 0; block < owed_.size(); ++block) {
+    if (picture_.constant[block] == 0) owed_[block] = 1;
+  }
+  std::ranges::fill(picture_.constant, std::uint8_t{1});
+  changed_ = 0;
+  holds_ = true;
+  return quantiser_ = std::min(quantiserBefore_, worst_);
+}
+
 bool QuantiserControl::holdsBack() const {
-  return quantiser_ < quantiserBefore_ && changed_ + candidates_.size() < coded_.size();
+  return holds_ || (quantiser_ < quantiserBefore_ && changed_ + candidates_.size() < coded_.size());
 }
 
 void QuantiserControl::survey() {
   const auto blocks = picture_.constant.size();
   coded_.resize(blocks);
+  owed_.resize(blocks);
   changedIn_.resize(blocks);
   still_.fill(0);
   changed_ = 0;
   for (std::size_t block = 0; block < blocks; ++block) {
+    if (owed_[block] != 0) picture_.constant[block] = 0;
     if (picture_.constant[block] != 0) {
       ++still_[coded_[block]];
     } else {
@@ -109,7 +136,8 @@ void QuantiserControl::survey() {
     }
   }
   if (picture_.keyFrame) changed_ = blocks;
-  if (!picture_.keyFrame && !isSurprise()) return;
+  const bool maySettle = !isCalm() && !mostMoves() && motionQuantiser_ > kFinestCalm;
+  if (!picture_.keyFrame && !isSurprise() && !maySettle) return;
   detail_.clear();
   const auto columns = (picture_.source.width + 15) / 16;
   for (std::size_t block = 0; block < blocks; ++block) {
@@ -136,13 +164,21 @@ bool QuantiserControl::isCalm() const {
   return static_cast<double>(changed_) < kCalm * static_cast<double>(picture_.constant.size());
 }
 
+bool QuantiserControl::mostMoves() const {
+  return 2 * changed_ > picture_.constant.size();
+}
+
+// Whether the encoder has much to do in little time.
+bool QuantiserControl::isBusy() const {
+  return mostMoves() && budget_.interval() < kSlow;
+}
+
 bool QuantiserControl::isSurprise() const {
   return !isCalm() && static_cast<double>(changed_) > kSurprise * usualChange_;
 }
 
 bool QuantiserControl::isWorthwhile(int finer) const {
-  const bool mostMoves = 2 * changed_ > picture_.constant.size();
-  return finer == best_ || quantiserBefore_ - finer >= kWorthwhileStep || mostMoves || isCalm() ||
+  return finer == best_ || quantiserBefore_ - finer >= kWorthwhileStep || mostMoves() || isCalm() ||
          picture_.seconds - lastFiner_ >= kStepPatience;
 }
 
@@ -150,7 +186,7 @@ bool QuantiserControl::isWorthwhile(int finer) const {
 // which all is finer.
 bool QuantiserControl::mayRefineMeanwhile() const {
   return quantiser_ == best_ && !isCalm() && picture_.seconds - lastFiner_ >= kBetweenRefinements &&
-         costs_.motion(changed_, kFinestCalm) < budget_.forRefining(true) / 2;
+         costs_.motion(changed_, kFinestCalm) < budget_.forRefining(true, surpriseBytes_) / 2;
 }
 
 int QuantiserControl::forNewContent(double budget) const {
@@ -168,6 +204,12 @@ int QuantiserControl::forMotion(double budget) const {
 // How much finer than last time what moves may be coded.
 int QuantiserControl::widestStep(double budget) const {
   if (isCalm()) return motionQuantiser_;  // whatever it costs is little
+  // As far as all of it could be coded anew.
+  int sure = motionQuantiser_;
+  if (!mostMoves()) {
+    while (sure > best_ && costs_.fresh(detail_, sure - 1) < budget) --sure;
+  }
+  if (motionQuantiser_ - sure > 1) return motionQuantiser_ - sure;
   if (motionQuantiser_ > kGrain) return std::min(kWidestStep, motionQuantiser_ - kGrain);
   // One step more may bring the grain of a film to light, at several times the bytes.
   if (costs_.knowsMotionAt(motionQuantiser_ - 1) || !lowLatency_) return 1;
@@ -185,7 +227,8 @@ void QuantiserControl::orderCandidates(int above) {
 
 void QuantiserControl::refine(double budget) {
   if (budget <= 0) return;
-  orderCandidates(changed_ == 0 ? quantiser_ : quantiser_ + kWorthwhileStep - 1);
+  const bool isStage = std::ranges::find(kStages, quantiser_) != kStages.end();
+  orderCandidates(changed_ == 0 || isStage ? quantiser_ : quantiser_ + kWorthwhileStep - 1);
   const auto columns = (picture_.source.width + 15) / 16;
   std::size_t chosen = 0;
   for (const auto block : candidates_) {
@@ -208,9 +251,11 @@ void QuantiserControl::spend(std::size_t bytes) {
   budget_.spend(static_cast<double>(bytes));
   if (quantiser_ < quantiserBefore_) lastFiner_ = picture_.seconds;
   costs_.learn(forecast_, changed_, quantiser_, bytes);
+  if (forecast_.fresh > 0) surpriseBytes_ = kReserve * static_cast<double>(bytes);
   for (std::size_t block = 0; block < coded_.size(); ++block) {
     if (!picture_.keyFrame && picture_.constant[block] != 0) continue;
     coded_[block] = static_cast<std::uint8_t>(quantiser_);
+    owed_[block] = 0;
   }
   if (changed_ > 0 && !picture_.keyFrame) {
     motionQuantiser_ = quantiser_;

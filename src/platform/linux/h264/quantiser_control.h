@@ -37,8 +37,9 @@ class QuantiserControl {
 
   // Clears the flags of the blocks that are refined.
   int quantiserFor(const Picture& picture, const CompressionSettings& settings);
-  // Whether the quantiser is finer than the last one while there are blocks that it is not meant
-  // for. The encoder looks at those again, constant or not.
+  // Whether there are constant blocks that the encoder has to be shown as decoders show them: those
+  // that wait for a later picture, or those that a finer quantiser is not meant for, since it looks
+  // at them again.
   bool holdsBack() const;
   // What the picture that was just asked about took.
   void spend(std::size_t bytes);
@@ -49,11 +50,15 @@ class QuantiserControl {
   int stage() const;
   bool isSurprise() const;
   bool isCalm() const;
+  bool mostMoves() const;
+  bool isBusy() const;
   bool isWorthwhile(int finer) const;
   bool mayRefineMeanwhile() const;
   int forNewContent(double budget) const;
   int forMotion(double budget) const;
   int widestStep(double budget) const;
+  bool mustWait() const;
+  int hold();
   int choose(int stage);
   void refine(double budget);
   void orderCandidates(int above);
@@ -66,10 +71,13 @@ class QuantiserControl {
   // good as can be seen; and the picture in which it changed.
   std::vector<std::uint8_t> coded_;
   std::vector<std::uint32_t> changedIn_;
+  std::vector<std::uint8_t> owed_;  // 1 for a block whose change was not shown yet
+  bool holds_ = false;              // what changed waits for a later picture
   std::uint32_t pictures_ = 0;
   std::uint32_t lastMotion_ = 0;  // the picture in which anything last changed
   int motionQuantiser_ = 51;      // and its quantiser
   double lastFiner_ = 0;          // when the quantiser last became finer
+  double surpriseBytes_ = 0;      // what to keep for something new on the screen
   double usualChange_ = 0;        // blocks that change in a picture where any do, lately
 
   // The picture in hand.

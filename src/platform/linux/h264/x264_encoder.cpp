@@ -72,11 +72,11 @@ x264_param_t parameters(const X264Encoder::Format& format) {
   param.analyse.b_psy = 0;
   // Text has edges in every block: predicting 4 x 4 pixels costs nothing measurable and saves bits.
   param.analyse.intra = X264_ANALYSE_I4x4;
-  // What a desktop moves, it moves far and whole: a page or a terminal that scrolls is found again
-  // only by a wide search. That costs a quarter more where nothing is found, and saves most of the
-  // bits, and the time that writing them takes, where something is.
+  // What a desktop moves, it moves far and whole: a page or a terminal that scrolls by several
+  // lines is found again only by a wide search. That costs a quarter more where nothing is found,
+  // and saves most of the bits, and the time that writing them takes, where something is.
   param.analyse.i_me_method = X264_ME_UMH;
-  param.analyse.i_me_range = 16;
+  param.analyse.i_me_range = 48;
   describeColour(param, format.encoding);
   openQuantiserRange(param, format.worstQuantiser);
   x264_param_apply_profile(&param, "main");
