@@ -54,8 +54,7 @@ int permissions() {
 }
 
 int ask(const std::string& kind) {
-  const bool has =
-      kind == "screen" ? vlm_perm_screen_recording(true) : vlm_perm_accessibility(true);
+  const bool has = kind == "screen" ? vlm_perm_screen_recording(true) : vlm_perm_accessibility(true);
   std::printf("answered %d\n", has);
   runFor(2);
   return 0;
@@ -95,14 +94,11 @@ int loopback(double seconds) {
   Loop loop;
   loop.presenter = vlm_present_create();
   if (loop.presenter == nullptr) return 1;
-  NSWindow* const window = [[NSWindow alloc] initWithContentRect:NSRect {
-    {100, 100}, {
-      kWidth, kHeight
-    }
-  }
-                                                       styleMask:NSWindowStyleMaskTitled
-                                                         backing:NSBackingStoreBuffered
-                                                           defer:NO];
+  NSWindow* const window =
+      [[NSWindow alloc] initWithContentRect:NSRect{{100, 100}, {kWidth, kHeight}}
+                                  styleMask:NSWindowStyleMaskTitled
+                                    backing:NSBackingStoreBuffered
+                                      defer:NO];
   [window setTitle:@"VelmoraMacNative"];
   [window setContentView:static_cast<NSView*>(vlm_present_view(loop.presenter))];
   [window makeKeyAndOrderFront:nil];
@@ -165,8 +161,7 @@ int microphone(double seconds) {
   static std::atomic<float> loudest = 0;
   const auto listen = [](const float* samples, std::int32_t count, void*) {
     ++blocks;
-    for (std::int32_t i = 0; i < count; ++i)
-      loudest = std::max(loudest.load(), std::fabs(samples[i]));
+    for (std::int32_t i = 0; i < count; ++i) loudest = std::max(loudest.load(), std::fabs(samples[i]));
   };
   void* const handle = vlm_audio_in_start(nullptr, listen, nullptr);
   if (handle == nullptr) return 1;
@@ -215,8 +210,8 @@ int main(int count, char** arguments) {
     if (command == "ask") return ask(argument);
     if (command == "settings") return vlm_perm_open_settings(argument.c_str()) ? 0 : 1;
     const std::pair<const char*, int (*)(double)> timed[] = {
-        {"loopback", loopback},     {"track", track}, {"keys", keys},    {"pointer", pointer},
-        {"microphone", microphone}, {"tone", tone},   {"secret", secret}};
+        {"loopback", loopback}, {"track", track}, {"keys", keys},    {"pointer", pointer},
+        {"microphone", microphone}, {"tone", tone}, {"secret", secret}};
     for (const auto& [name, run] : timed) {
       if (command == name) return run(argument.empty() ? 5 : std::atof(argument.c_str()));
     }

@@ -23,8 +23,8 @@ bool AXIsProcessTrusted() {
 }
 
 bool AXIsProcessTrustedWithOptions(const CFValue& options) {
-  const bridge::Key keys[] = {
-      {vlm::platform::kAXTrustedCheckOptionPrompt, ::kAXTrustedCheckOptionPrompt}};
+  const bridge::Key keys[] = {{vlm::platform::kAXTrustedCheckOptionPrompt,
+                               ::kAXTrustedCheckOptionPrompt}};
   const auto dictionary = bridge::toDictionary(options, keys);
   return ::AXIsProcessTrustedWithOptions(dictionary.get()) != 0;
 }

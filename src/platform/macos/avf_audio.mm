@@ -34,18 +34,18 @@ class Converter : public AVAudioConverter {
     std::optional<NSError> failure;
     const auto thrown = guarded([&] {
       ::NSError* error = nil;
-      const auto result =
-          [converter_.get() convertToBuffer:static_cast<bridge::PcmBuffer&>(output).native()
-                                      error:&error
-                         withInputFromBlock:^AVAudioBuffer*(AVAudioPacketCount,
-                                                            ::AVAudioConverterInputStatus* status) {
-                           auto answer = AVAudioConverterInputStatus::noDataNow;
-                           auto piece = (*next)(answer);
-                           *status = static_cast<::AVAudioConverterInputStatus>(answer);
-                           if (piece == nullptr) return nil;
-                           kept->push_back(std::move(piece));
-                           return static_cast<bridge::PcmBuffer&>(*kept->back()).native();
-                         }];
+      const auto result = [converter_.get()
+             convertToBuffer:static_cast<bridge::PcmBuffer&>(output).native()
+                       error:&error
+          withInputFromBlock:^AVAudioBuffer*(AVAudioPacketCount,
+                                             ::AVAudioConverterInputStatus* status) {
+            auto answer = AVAudioConverterInputStatus::noDataNow;
+            auto piece = (*next)(answer);
+            *status = static_cast<::AVAudioConverterInputStatus>(answer);
+            if (piece == nullptr) return nil;
+            kept->push_back(std::move(piece));
+            return static_cast<bridge::PcmBuffer&>(*kept->back()).native();
+          }];
       if (result == ::AVAudioConverterOutputStatus_Error) {
         failure = bridge::fromError(error).value_or(NSError{"the conversion failed"});
       }
@@ -214,9 +214,8 @@ std::shared_ptr<AVAudioPlayer> audioPlayerOfFile(std::string_view path) {
     const auto string = bridge::toString(path);
     if (!string || path.empty()) return;
     ::NSURL* const url = [::NSURL fileURLWithPath:(NSString*)string.get()];
-    player =
-        Objc<::AVAudioPlayer>::adopting([[::AVAudioPlayer alloc] initWithContentsOfURL:url
-                                                                                 error:nullptr]);
+    player = Objc<::AVAudioPlayer>::adopting(
+        [[::AVAudioPlayer alloc] initWithContentsOfURL:url error:nullptr]);
   });
   return player ? std::make_shared<Player>(std::move(player)) : nullptr;
 }

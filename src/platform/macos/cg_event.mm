@@ -28,9 +28,9 @@ Ref<CGEvent> CGEventCreate() {
 }
 
 Ref<CGEvent> CGEventCreateMouseEvent(CGEventType type, CGPoint position, CGMouseButton button) {
-  return bridge::adopted<CGEvent>(
-      ::CGEventCreateMouseEvent(nullptr, static_cast<::CGEventType>(type),
-                                bridge::toNative(position), static_cast<::CGMouseButton>(button)));
+  return bridge::adopted<CGEvent>(::CGEventCreateMouseEvent(
+      nullptr, static_cast<::CGEventType>(type), bridge::toNative(position),
+      static_cast<::CGMouseButton>(button)));
 }
 
 Ref<CGEvent> CGEventCreateScrollWheelEvent2(CGScrollEventUnit units, std::uint32_t wheelCount,

@@ -47,8 +47,8 @@ CFValue windowOf(CFTypeRef object) {
 
 std::optional<CFArray> CGWindowListCopyWindowInfo(CGWindowListOption options,
                                                   CGWindowID relativeToWindow) {
-  const bridge::Owned<CFArrayRef> windows(
-      ::CGWindowListCopyWindowInfo(static_cast<::CGWindowListOption>(options), relativeToWindow));
+  const bridge::Owned<CFArrayRef> windows(::CGWindowListCopyWindowInfo(
+      static_cast<::CGWindowListOption>(options), relativeToWindow));
   if (!windows) return std::nullopt;
   const auto count = ::CFArrayGetCount(windows.get());
   CFArray result;

@@ -20,7 +20,8 @@ static_assert(kAudioObjectPropertyScopeInput == ::kAudioObjectPropertyScopeInput
 static_assert(kAudioObjectPropertyScopeOutput == ::kAudioObjectPropertyScopeOutput);
 static_assert(kAudioObjectPropertyElementMain == ::kAudioObjectPropertyElementMain);
 static_assert(kAudioHardwarePropertyDevices == ::kAudioHardwarePropertyDevices);
-static_assert(kAudioDevicePropertyStreamConfiguration == ::kAudioDevicePropertyStreamConfiguration);
+static_assert(kAudioDevicePropertyStreamConfiguration ==
+              ::kAudioDevicePropertyStreamConfiguration);
 static_assert(kAudioObjectPropertyName == ::kAudioObjectPropertyName);
 static_assert(kAudioDevicePropertyDeviceUID == ::kAudioDevicePropertyDeviceUID);
 static_assert(kAudioOutputUnitProperty_CurrentDevice == ::kAudioOutputUnitProperty_CurrentDevice);
@@ -30,7 +31,8 @@ static_assert(kAudioUnitScope_Global == ::kAudioUnitScope_Global);
   return {address.mSelector, address.mScope, address.mElement};
 }
 
-OSStatus sizeOf(AudioObjectID object, const ::AudioObjectPropertyAddress& address, ::UInt32& size) {
+OSStatus sizeOf(AudioObjectID object, const ::AudioObjectPropertyAddress& address,
+                ::UInt32& size) {
   return ::AudioObjectGetPropertyDataSize(object, &address, 0, nullptr, &size);
 }
 

@@ -77,8 +77,8 @@ OSStatus CMVideoFormatDescriptionGetH264ParameterSetAtIndex(const CMFormatDescri
 OSStatus CMVideoFormatDescriptionCreateForImageBuffer(CVPixelBuffer& image,
                                                       Ref<CMFormatDescription>& out) {
   CMVideoFormatDescriptionRef description = nullptr;
-  const auto status = ::CMVideoFormatDescriptionCreateForImageBuffer(::kCFAllocatorDefault,
-                                                                     native(image), &description);
+  const auto status = ::CMVideoFormatDescriptionCreateForImageBuffer(
+      ::kCFAllocatorDefault, native(image), &description);
   if (status == noErr) out = bridge::adopted<CMFormatDescription>(description);
   return status;
 }

@@ -35,8 +35,8 @@ bool localizedCaseInsensitiveContains(std::string_view text, std::string_view pa
     const auto whole = bridge::toString(text);
     const auto wanted = bridge::toString(part);
     if (!whole || !wanted || part.empty()) return;
-    contains =
-        [(NSString*)whole.get() localizedCaseInsensitiveContainsString:(NSString*)wanted.get()];
+    contains = [(NSString*)whole.get()
+        localizedCaseInsensitiveContainsString:(NSString*)wanted.get()];
   });
   return contains;
 }
@@ -54,8 +54,7 @@ bool areCanonicallyEqual(std::string_view a, std::string_view b) {
     const auto second = bridge::toString(b);
     if (!first || !second) return;
     NSString* const composed = ((NSString*)first.get()).precomposedStringWithCanonicalMapping;
-    equal =
-        [composed isEqualToString:((NSString*)second.get()).precomposedStringWithCanonicalMapping];
+    equal = [composed isEqualToString:((NSString*)second.get()).precomposedStringWithCanonicalMapping];
   });
   return equal;
 }

@@ -13,7 +13,7 @@ std::optional<std::string> NSJSONSerializationData(const CFValue& object) {
     const auto native = bridge::toCF(object);
     if (!native || ![::NSJSONSerialization isValidJSONObject:(id)native.get()]) return;
     NSData* const data = [::NSJSONSerialization dataWithJSONObject:(id)native.get()
-                                                           options:NSJSONWritingOptions {}
+                                                           options:NSJSONWritingOptions{}
                                                              error:nullptr];
     if (data != nil) result.emplace(static_cast<const char*>(data.bytes), data.length);
   });

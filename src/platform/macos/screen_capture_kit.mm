@@ -96,12 +96,12 @@ class Stream : public SCStream, public std::enable_shared_from_this<Stream> {
       [stream_.get() startCaptureWithCompletionHandler:done];
     });
   }
-  // The framework does not say what becomes of samples that its queues still hold. Each queue is
-  // run to its end before the handler is called, unless that would wait for the call that stops.
+  // The framework does not say what becomes of samples that its queues still hold. Each queue is run
+  // to its end before the handler is called, unless that would wait for the call that stops.
   void stopCaptureWithCompletionHandler(CompletionHandler handler) override {
     const auto queues = running_->isHere() ? decltype(queues_)() : queues_;
-    auto closing = [outputs = outputs_, queues,
-                    last = std::move(handler)](std::optional<NSError> error) {
+    auto closing = [outputs = outputs_, queues, last = std::move(handler)](
+                       std::optional<NSError> error) {
       const auto close = [&] {
         for (const auto& output : outputs) [output.get() close];
       };

@@ -50,8 +50,8 @@ bridge::Owned<CFDictionaryRef> toItem(const CFValue& attributes) {
     const auto key = bridge::constantFor(attributeKeys(), name);
     const auto* const word = value.as<std::string>();
     const auto constant = word == nullptr ? nullptr : bridge::constantFor(valueKeys(name), *word);
-    const auto object =
-        constant == nullptr ? bridge::toCF(value) : bridge::Owned<CFTypeRef>::retaining(constant);
+    const auto object = constant == nullptr ? bridge::toCF(value)
+                                            : bridge::Owned<CFTypeRef>::retaining(constant);
     if (key == nullptr || !object || !item) return {};
     ::CFDictionarySetValue(item.get(), key, object.get());
   }

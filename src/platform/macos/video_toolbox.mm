@@ -29,8 +29,9 @@ static_assert(kVTDecodeFrame_EnableAsynchronousDecompression ==
 static_assert(kVTDecodeFrame_1xRealTimePlayback == ::kVTDecodeFrame_1xRealTimePlayback);
 
 bridge::Keys encoderKeys() {
-  static const bridge::Key keys[] = {{kVTVideoEncoderSpecification_EnableLowLatencyRateControl,
-                                      ::kVTVideoEncoderSpecification_EnableLowLatencyRateControl}};
+  static const bridge::Key keys[] = {
+      {kVTVideoEncoderSpecification_EnableLowLatencyRateControl,
+       ::kVTVideoEncoderSpecification_EnableLowLatencyRateControl}};
   return keys;
 }
 
@@ -76,9 +77,9 @@ OSStatus VTCompressionSessionCreate(std::int32_t width, std::int32_t height, CMV
                                     Ref<VTCompressionSession>& out) {
   const auto wanted = bridge::toDictionary(encoderSpecification, encoderKeys());
   VTCompressionSessionRef session = nullptr;
-  const auto status =
-      ::VTCompressionSessionCreate(::kCFAllocatorDefault, width, height, codec, wanted.get(),
-                                   nullptr, nullptr, nullptr, nullptr, &session);
+  const auto status = ::VTCompressionSessionCreate(::kCFAllocatorDefault, width, height, codec,
+                                                   wanted.get(), nullptr, nullptr, nullptr,
+                                                   nullptr, &session);
   if (status == noErr) out = bridge::adopted<VTCompressionSession>(session);
   return status;
 }

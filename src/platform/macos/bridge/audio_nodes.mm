@@ -69,7 +69,10 @@ std::optional<NSError> InputNode::installTapOnBus(std::uint32_t bus, std::uint32
     }
   };
   const auto thrown = guarded([&] {
-    [node_.native() installTapOnBus:bus bufferSize:bufferSize format:native(format) block:handler];
+    [node_.native() installTapOnBus:bus
+                         bufferSize:bufferSize
+                             format:native(format)
+                              block:handler];
   });
   if (!thrown) taps_[bus] = tap;
   return thrown;

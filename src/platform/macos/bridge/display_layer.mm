@@ -31,8 +31,8 @@ DisplayLayer::~DisplayLayer() {
 }
 
 void DisplayLayer::setVideoGravity(std::string_view gravity) {
-  const Key keys[] = {
-      {platform::AVLayerVideoGravityResize, (CFStringRef)::AVLayerVideoGravityResize}};
+  const Key keys[] = {{platform::AVLayerVideoGravityResize,
+                       (CFStringRef)::AVLayerVideoGravityResize}};
   const auto constant = constantFor(keys, gravity);
   if (constant == nullptr) return;
   guarded([&] { [layer_.get() setVideoGravity:(NSString*)constant]; });
@@ -60,8 +60,9 @@ void DisplayLayer::setFrame(CGRect frame) {
 
 AVQueuedSampleBufferRenderingStatus DisplayLayer::status() const {
   auto status = AVQueuedSampleBufferRenderingStatus::unknown;
-  guarded(
-      [&] { status = static_cast<AVQueuedSampleBufferRenderingStatus>([layer_.get() status]); });
+  guarded([&] {
+    status = static_cast<AVQueuedSampleBufferRenderingStatus>([layer_.get() status]);
+  });
   return status;
 }
 

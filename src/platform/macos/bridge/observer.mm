@@ -34,7 +34,8 @@ class Callbacks {
  private:
   Mutex mutex_;
   std::uintptr_t last_ VLM_GUARDED_BY(mutex_) = 0;
-  std::map<std::uintptr_t, std::shared_ptr<const Callback>> callbacks_ VLM_GUARDED_BY(mutex_);
+  std::map<std::uintptr_t, std::shared_ptr<const Callback>> callbacks_
+      VLM_GUARDED_BY(mutex_);
 };
 
 // Never ends: an observer may end after the process's static objects.

@@ -40,7 +40,8 @@ CFValue attachmentOf(CMSampleBufferRef sample, std::string_view key) {
 bool setAttachmentOf(CMSampleBufferRef sample, std::string_view key, const CFValue& value) {
   const auto constant = constantFor(attachmentKeys(), key);
   const auto object = toCF(value);
-  const auto attachments = constant == nullptr || !object ? nullptr : attachmentsOf(sample, true);
+  const auto attachments =
+      constant == nullptr || !object ? nullptr : attachmentsOf(sample, true);
   if (attachments == nullptr) return false;
   ::CFDictionarySetValue(attachments, constant, object.get());
   return true;

@@ -19,8 +19,8 @@ Owned<CFTypeRef> number(double value) {
 }
 
 Owned<CFTypeRef> data(const CFData& bytes) {
-  return Owned<CFTypeRef>(
-      ::CFDataCreate(::kCFAllocatorDefault, bytes.data(), static_cast<CFIndex>(bytes.size())));
+  return Owned<CFTypeRef>(::CFDataCreate(::kCFAllocatorDefault, bytes.data(),
+                                         static_cast<CFIndex>(bytes.size())));
 }
 
 // What a container holds: null has an object there. Nothing when the value can't be expressed.
@@ -114,9 +114,9 @@ CFStringRef constantFor(Keys keys, std::string_view name) {
 Owned<CFStringRef> toString(std::string_view text) {
   // An empty view may have no address, and a string needs one.
   const auto* const bytes = text.empty() ? "" : text.data();
-  return Owned<CFStringRef>(
-      ::CFStringCreateWithBytes(::kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes),
-                                static_cast<CFIndex>(text.size()), ::kCFStringEncodingUTF8, false));
+  return Owned<CFStringRef>(::CFStringCreateWithBytes(
+      ::kCFAllocatorDefault, reinterpret_cast<const UInt8*>(bytes),
+      static_cast<CFIndex>(text.size()), ::kCFStringEncodingUTF8, false));
 }
 
 std::string text(CFStringRef string) {
