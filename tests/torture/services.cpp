@@ -1,5 +1,7 @@
 #include "torture/services.h"
 
+#include <algorithm>
+
 namespace vlm::test {
 
 Services::Services() {
@@ -47,7 +49,11 @@ void Services::restore(const std::vector<Fault>& faults) {
   if (ended.contains(Service::sound)) sound_.start();
   if (ended.contains(Service::bus)) bus_.start();
   if (ended.contains(Service::bus) || ended.contains(Service::keyring)) bus_.startKeyring();
-  if (ended.contains(Service::display) || ended.contains(Service::client)) startClient();
+  // A terminal that is just starting may not outlive its window manager.
+  const auto concernsClient = {Service::display, Service::windowManager, Service::client};
+  if (std::ranges::any_of(concernsClient, [&](auto each) { return ended.contains(each); })) {
+    startClient();
+  }
 }
 
 void Services::startClient() {

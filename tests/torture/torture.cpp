@@ -56,6 +56,15 @@ struct Holdings {
     return std::to_string(heap / 1024) + " KiB of heap, " + std::to_string(threads) + " threads, " +
            std::to_string(files) + " files";
   }
+  // What the descriptors of this process are, for a failure.
+  static std::string fileNames() {
+    std::string names;
+    for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+      std::error_code gone;
+      names += "\n" + std::filesystem::read_symlink(each.path(), gone).string();
+    }
+    return names;
+  }
   // GLib keeps some idle threads for a while; a lost one of each round is more.
   bool isMoreThan(const Holdings& before) const {
     constexpr std::size_t kSpare = 4, kSpareHeap = 16 << 20;
@@ -182,7 +191,8 @@ class Torture {
     if (rounds_ == kWarm) before_ = Holdings::now();
     const auto isMore = [&] { return Holdings::now().isMoreThan(before_); };
     if (!pumpWhile(isMore, 20s)) {
-      fail("left: " + Holdings::now().text() + ", before " + before_.text());
+      fail("left: " + Holdings::now().text() + ", before " + before_.text() +
+           Holdings::fileNames());
     }
   }
 

@@ -21,7 +21,7 @@ using namespace std::chrono_literals;
 constexpr auto kRepaintPause = 15ms;
 constexpr auto kRepaintLimit = 150ms;
 // The server calls a new picture damaged as a whole, painted or not, once it has nothing else to
-// do.
+// do. No event tells this damage from the owner's, so that only time can.
 constexpr auto kFalseDamage = 10ms;
 // An owner who painted nothing by then may have done it before it could be noticed.
 constexpr auto kMissedLimit = 40ms;
