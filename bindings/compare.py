@@ -1,6 +1,7 @@
-"""Compares a binding with the header: compare.py python|rust|csharp
+"""Compares a binding with the header: compare.py python|rust|csharp|swift
 
-No function, callback, field or constant may be missing, be there in vain, or have another type.
+No function, callback, field or constant may be missing, be there in vain, or have another type; and
+the safe layer above the declarations leaves no function out.
 """
 
 from __future__ import annotations
@@ -171,8 +172,29 @@ def compare_csharp(header: Header) -> list[str]:
     return differences(translated(header, one), found)
 
 
+def compare_swift(_: Header) -> list[str]:
+    return []  # its module map is the header itself
+
+
+# By language: the sources of the safe layer, and how they name a declared function.
+SAFE = {
+    "python": ("python/velmora/*.py", r"\blib(?:rary)?\."),
+    "rust": ("rust/velmora/src/*.rs", r"\bsys::"),
+    "csharp": ("csharp/*.cs", r"\bNative\."),
+    "swift": ("swift/Sources/Velmora/*.swift", r"\b"),
+}
+
+
+def left_out(header: Header, language: str) -> list[str]:
+    pattern, prefix = SAFE[language]
+    text = "".join(path.read_text() for path in sorted(HERE.glob(pattern)))
+    used = set(re.findall(prefix + r"(vlm_\w+)", text))
+    return [f"not in the safe layer: {name}" for name in sorted(header.functions.keys() - used)]
+
+
 def main(language: str) -> int:
-    lines = globals()[f"compare_{language}"](read_header())
+    header = read_header()
+    lines = globals()[f"compare_{language}"](header) + left_out(header, language)
     for line in lines:
         print(f"{language}: {line}", file=sys.stderr)
     return 1 if lines else 0

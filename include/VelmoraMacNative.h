@@ -472,7 +472,7 @@ VLM_API void* vlm_dec_create_bgra(vlm_frame_cb cb, void* user);
 
 /*
  * What:       Submits one access unit. Parameter sets are taken from the stream wherever they
- *             stand; changed ones rebuild the decoder.
+ *             are; changed ones rebuild the decoder.
  * Parameters: handle      a decoder.
  *             data, size  one Annex B access unit (start codes of 3 or 4 bytes), copied.
  *             ptsNs       its time stamp in nanoseconds, passed through to the frame.
@@ -766,7 +766,7 @@ VLM_API void vlm_hotkey_monitor_stop(void);
  * Parameters: service, account  the secret's address; must not be NULL.
  *             data, size        its bytes, any number from 0; data must not be NULL.
  * Result:     true when the secret was stored.
- * Errors:     false; a secret that stood there before may then be gone. A keychain that is locked
+ * Errors:     false; an earlier secret may then be gone. A keychain that is locked
  *             or missing, or that would ask a person, is a failure at once, and a secret that
  *             another process could not read back is not stored.
  * Thread:     any.

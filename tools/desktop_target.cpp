@@ -1,12 +1,18 @@
 #include "desktop_target.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 #include "VelmoraMacNative.h"
 #include "failure.h"
 #include "whole_number.h"
 
 namespace vlm::tools {
+namespace {
+
+constexpr const char* kNoDesktop = "there is no desktop that can be controlled";
+
+}  // namespace
 
 std::int32_t processNamed(const std::string& pidOrPrefix) {
   if (const auto number = wholeNumber<std::int32_t>(pidOrPrefix)) return *number;
@@ -22,11 +28,16 @@ std::int32_t processNamed(const std::string& pidOrPrefix) {
 }
 
 void requireDesktop() {
-  if (vlm_perm_accessibility(false)) return;
-  if (!vlm_input_cursor_pos(nullptr, nullptr)) {
-    throw Failure("there is no desktop that can be controlled");
+  const char* wayland = std::getenv("WAYLAND_DISPLAY");
+  if (wayland != nullptr && *wayland != '\0') {
+    std::fputs("vlm: in a Wayland session this reaches X11 clients only\n", stderr);
+  } else if (!vlm_perm_accessibility(false)) {
+    throw Failure(kNoDesktop);
   }
-  std::fputs("vlm: in a Wayland session this reaches X11 clients only\n", stderr);
+}
+
+void requireInput() {
+  if (!vlm_perm_accessibility(true)) throw Failure(kNoDesktop);
 }
 
 }  // namespace vlm::tools

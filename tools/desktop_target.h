@@ -9,7 +9,10 @@ namespace vlm::tools {
 // frontmost application for an empty text.
 std::int32_t processNamed(const std::string& pidOrPrefix);
 
-// Fails where programs may not drive the desktop or watch its keys.
+// Fails where programs may not watch the desktop and its keys.
 void requireDesktop();
+
+// Fails where they may not drive it. A desktop that wants to ask somebody does.
+void requireInput();
 
 }  // namespace vlm::tools

@@ -58,7 +58,7 @@ struct TypeOptions {
 
 int type(const TypeOptions& options) {
   for (const char character : options.text) pressFor(character);  // all or nothing
-  requireDesktop();
+  requireInput();
   for (const char character : options.text) {
     const auto [code, flags] = pressFor(character);
     vlm_input_key(code, true, flags);
@@ -74,25 +74,40 @@ struct PointerOptions {
   bool json = false;
 };
 
-void click(const std::string& button) {
+// Where the pointer is, or where it was just put when the desktop does not say.
+bool placeOf(const PointerOptions& options, double& x, double& y) {
+  if (vlm_input_cursor_pos(&x, &y)) return true;
+  const auto& put = options.move ? options.move : options.warp;
+  if (!put || !vlm_perm_accessibility(false)) return false;
+  x = (*put)[0];
+  y = (*put)[1];
+  return true;
+}
+
+void click(const PointerOptions& options) {
+  const auto& button = options.click;
   const std::int32_t number = button == "right"                          ? 1
                               : button == "centre" || button == "middle" ? 2
                                                                          : 0;
   double x = 0;
   double y = 0;
-  if (!vlm_input_cursor_pos(&x, &y)) return;
+  if (!placeOf(options, x, y)) return;
   vlm_input_mouse_button(number, true, x, y);
   vlm_input_mouse_button(number, false, x, y);
 }
 
 int pointer(const PointerOptions& options) {
+  // A desktop that wants to ask somebody does so now.
+  if (options.warp || options.move || options.scroll || !options.click.empty()) {
+    vlm_perm_accessibility(true);
+  }
   if (options.warp) vlm_input_warp_cursor((*options.warp)[0], (*options.warp)[1]);
   if (options.move) vlm_input_mouse_move((*options.move)[0], (*options.move)[1]);
-  if (!options.click.empty()) click(options.click);
+  if (!options.click.empty()) click(options);
   if (options.scroll) vlm_input_mouse_wheel((*options.scroll)[0], (*options.scroll)[1]);
   double x = 0;
   double y = 0;
-  if (!vlm_input_cursor_pos(&x, &y)) throw Failure("nobody can tell where the pointer is");
+  if (!placeOf(options, x, y)) throw Failure("the place of the pointer is not known");
   if (options.json) {
     std::printf("%s\n", nlohmann::json{{"x", x}, {"y", y}}.dump().c_str());
   } else {

@@ -85,7 +85,7 @@ class Meter {
   Microphone microphone_;
 };
 
-void tell(const Levels& levels, bool asJson) {
+void print(const Levels& levels, bool asJson) {
   const double seconds = static_cast<double>(levels.frames) / kRate;
   const double mean =
       levels.frames > 0 ? std::sqrt(levels.squares / static_cast<double>(levels.frames)) : 0;
@@ -110,7 +110,7 @@ int mic(const MicOptions& options) {
   }
   const auto ending = loop.run();
   if (onTerminal) std::fputs("\r\x1b[K", stderr);
-  tell(meter.finish(), options.run.json);
+  print(meter.finish(), options.run.json);
   if (ending.failed) throw Failure(ending.reason);
   return 0;
 }

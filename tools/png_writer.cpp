@@ -1,8 +1,8 @@
 #include "png_writer.h"
 
+#include <libyuv/convert_argb.h>
 #include <png.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -12,60 +12,27 @@
 namespace vlm::tools {
 namespace {
 
-// The planes of a '420v' buffer, locked.
-class Planes {
- public:
-  explicit Planes(void* pixbuf) : pixbuf_(pixbuf) {
-    if (!vlm_pixbuf_lock(pixbuf, &luma_, &lumaStride_, &chroma_, &chromaStride_)) {
-      throw Failure("the picture can't be read");
-    }
-  }
-  ~Planes() { vlm_pixbuf_unlock(pixbuf_); }
-  Planes(const Planes&) = delete;
-  Planes& operator=(const Planes&) = delete;
-
-  std::uint8_t luma(int x, int y) const { return luma_[y * std::ptrdiff_t{lumaStride_} + x]; }
-  const std::uint8_t* chroma(int x, int y) const {
-    return chroma_ + y / 2 * std::ptrdiff_t{chromaStride_} + x / 2 * 2;
-  }
-
- private:
-  void* pixbuf_;
-  std::uint8_t* luma_ = nullptr;
-  std::uint8_t* chroma_ = nullptr;
-  std::int32_t lumaStride_ = 0;
-  std::int32_t chromaStride_ = 0;
-};
-
-std::uint8_t clamped(double value) {
-  return static_cast<std::uint8_t>(std::clamp(value + 0.5, 0.0, 255.0));
-}
-
 // ITU-R BT.601, video range. The library's own export leaves the upper end of that range where it
 // is, so that white comes out grey: fit for measuring, not for looking at.
-void appendPixel(std::vector<std::uint8_t>& rgb, std::uint8_t luma, const std::uint8_t* chroma) {
-  const double y = (luma - 16) * 255.0 / 219;
-  const double cb = (chroma[0] - 128) * 255.0 / 224;
-  const double cr = (chroma[1] - 128) * 255.0 / 224;
-  rgb.push_back(clamped(y + 1.402 * cr));
-  rgb.push_back(clamped(y - 0.344136 * cb - 0.714136 * cr));
-  rgb.push_back(clamped(y + 1.772 * cb));
-}
-
-std::vector<std::uint8_t> rgbOf(const Planes& planes, Size size) {
-  std::vector<std::uint8_t> rgb;
-  rgb.reserve(std::size_t{3} * static_cast<std::size_t>(size.width) *
-              static_cast<std::size_t>(size.height));
-  for (int y = 0; y < size.height; ++y) {
-    for (int x = 0; x < size.width; ++x) appendPixel(rgb, planes.luma(x, y), planes.chroma(x, y));
+std::vector<std::uint8_t> rgbOf(void* pixbuf, Size size) {
+  std::uint8_t *luma = nullptr, *chroma = nullptr;
+  std::int32_t lumaStride = 0, chromaStride = 0;
+  const int stride = 3 * size.width;
+  std::vector<std::uint8_t> rgb(static_cast<std::size_t>(stride) *
+                                static_cast<std::size_t>(size.height));
+  if (!vlm_pixbuf_lock(pixbuf, &luma, &lumaStride, &chroma, &chromaStride)) {
+    throw Failure("the picture can't be read");
   }
+  libyuv::NV12ToRAW(luma, lumaStride, chroma, chromaStride, rgb.data(), stride, size.width,
+                    size.height);
+  vlm_pixbuf_unlock(pixbuf);
   return rgb;
 }
 
 }  // namespace
 
 void writePng(void* pixbuf, Size size, const std::string& path) {
-  const auto rgb = rgbOf(Planes(pixbuf), size);
+  const auto rgb = rgbOf(pixbuf, size);
   png_image image{};
   image.version = PNG_IMAGE_VERSION;
   image.width = static_cast<png_uint_32>(size.width);

@@ -85,7 +85,7 @@ class Ours final : public QualityEncoder {
   static void copyPlane(const std::uint8_t* from, std::size_t width, const platform::PixelPlane& to,
                         std::size_t rows) {
     for (std::size_t row = 0; row < rows; ++row) {
-      std::memcpy(to.base + row * to.bytesPerRow, from + row * width, width);
+      std::memcpy(to.row(row), from + row * width, width);
     }
   }
 

@@ -1,5 +1,7 @@
 // What sharing a screen costs: processor time of capture and encoding for each delivered frame, of
 // the library and of its peers, one after the other on the same contents in the same X server.
+// Arguments: seconds for each, the name of the one that is measured alone (or ""), width and
+// height.
 #include <unistd.h>
 
 #include <algorithm>
@@ -57,7 +59,7 @@ Sharer gstreamer(const std::string& name, const std::string& useDamage) {
           Metered::Protocol::answers};
 }
 
-Sharer ffmpeg(const std::string& display) {
+Sharer ffmpeg(const std::string& display, const std::string& size) {
   return {"FFmpeg",
           {"ffmpeg",
            "-nostdin",
@@ -75,7 +77,7 @@ Sharer ffmpeg(const std::string& display) {
            "-framerate",
            std::to_string(kFps),
            "-video_size",
-           "1920x1080",
+           size,
            "-i",
            display,
            "-c:v",
@@ -100,12 +102,13 @@ Sharer ffmpeg(const std::string& display) {
 }
 
 // Those whose names begin with `only`.
-std::vector<Sharer> sharers(const std::string& display, const std::string& only) {
+std::vector<Sharer> sharers(const std::string& display, const std::string& size,
+                            const std::string& only) {
   std::vector<Sharer> result = {
       {"ours",
        {besideUs("vlm_bench_sharing_ours"), "%fd", std::to_string(kFps), kBitrate},
        Metered::Protocol::answers},
-      ffmpeg(display),
+      ffmpeg(display, size),
       gstreamer("GStreamer", "false"),
       gstreamer("GStreamer, damage", "true")};
   std::erase_if(result, [&](const Sharer& sharer) { return !sharer.name.starts_with(only); });
@@ -167,8 +170,17 @@ std::string ratioRow(const Content& content, const Cost& ours, const std::vector
   return row;
 }
 
-void run(double seconds, const std::string& only) {
-  test::PrivateDesktop desktop;
+struct Options {
+  double seconds = 8;
+  std::string only;
+  int width = 1920;
+  int height = 1080;
+};
+
+void run(const Options& options) {
+  const test::PrivateDesktop desktop({.width = options.width, .height = options.height});
+  const auto size = std::to_string(options.width) + "x" + std::to_string(options.height);
+  std::printf("%s\n\n", size.c_str());
   test::runCommand({besideUs("vlm_bench_content"), "wallpaper"});
   std::printf(
       "| content            | sharer            | ms/frame | ms/s     | frames/s | Mbit/s | server "
@@ -182,8 +194,8 @@ void run(double seconds, const std::string& only) {
     if (!content.client.empty()) client.emplace(content.client);
     std::optional<Cost> ours;
     std::vector<Cost> peers;
-    for (const auto& sharer : sharers(desktop.display(), only)) {
-      const Cost cost = measure(sharer, desktop.server(), seconds);
+    for (const auto& sharer : sharers(desktop.display(), size, options.only)) {
+      const Cost cost = measure(sharer, desktop.server(), options.seconds);
       printRow(content.name, sharer.name, cost);
       sharer.name == "ours" ? void(ours = cost) : peers.push_back(cost);
     }
@@ -199,7 +211,14 @@ void run(double seconds, const std::string& only) {
 
 int main(int count, char** arguments) {
   try {
-    vlm::bench::run(count > 1 ? std::atof(arguments[1]) : 8, count > 2 ? arguments[2] : "");
+    vlm::bench::Options options;
+    if (count > 1) options.seconds = std::atof(arguments[1]);
+    if (count > 2) options.only = arguments[2];
+    if (count > 4) {
+      options.width = std::atoi(arguments[3]);
+      options.height = std::atoi(arguments[4]);
+    }
+    vlm::bench::run(options);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "sharing: %s\n", error.what());

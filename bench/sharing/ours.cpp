@@ -1,10 +1,14 @@
 // The sharing side of the library as a host would have it: the first display, captured and encoded.
-// Arguments: descriptor of the meter, frames a second, bits a second.
+// Arguments: descriptor of the meter, frames a second, bits a second, and a file for the stream if
+// it is to be kept.
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
+#include <span>
 
 #include "VelmoraMacNative.h"
 #include "bench/support/meter.h"
+#include "bench/support/stream_file.h"
 
 namespace {
 
@@ -13,10 +17,14 @@ struct Sharing {
   int bitrate = 8'000'000;
   void* encoder = nullptr;
   vlm::bench::DeliveredCount delivered;
+  std::optional<vlm::bench::StreamFile> file;
 };
 
-void onEncoded(const std::uint8_t*, std::int32_t size, bool, std::int64_t, void* user) {
-  static_cast<Sharing*>(user)->delivered.add(static_cast<std::size_t>(size));
+void onEncoded(const std::uint8_t* data, std::int32_t size, bool, std::int64_t, void* user) {
+  auto& sharing = *static_cast<Sharing*>(user);
+  const std::span unit(data, static_cast<std::size_t>(size));
+  sharing.delivered.add(unit.size());
+  if (sharing.file) sharing.file->add(unit);
 }
 
 void onFrame(void* image, std::int32_t width, std::int32_t height, std::int64_t pts, void* user) {
@@ -35,6 +43,7 @@ int main(int count, char** arguments) {
   Sharing sharing;
   sharing.fps = std::atoi(arguments[2]);
   sharing.bitrate = std::atoi(arguments[3]);
+  if (count > 4) sharing.file.emplace(arguments[4]);
   void* capture = vlm_capture_start_display(0, sharing.fps, 0, 0, onFrame, nullptr, &sharing);
   if (capture == nullptr) return 1;
   vlm::bench::answer(std::atoi(arguments[1]), sharing.delivered);

@@ -10,23 +10,12 @@ namespace {
 constexpr int kFps = 30;
 constexpr int kBitrate = 8'000'000;
 // A viewer that covers part of what is shared, and is shared itself.
-constexpr std::uint16_t kViewWidth = 960;
-constexpr std::uint16_t kViewHeight = 540;
-
-void placeView(const Server& server, void* presenter) {
-  const auto* view = static_cast<const std::uint32_t*>(vlm_present_view(presenter));
-  if (view == nullptr) throw std::runtime_error("no view");
-  const xcb_window_t host = openWindow(server, 900, 500, kViewWidth, kViewHeight);
-  server.finish();  // the view belongs to another connection: the window must be there for it
-  xcb_reparent_window(server.get(), *view, host, 0, 0);
-  xcb_map_window(server.get(), *view);
-  server.finish();
-}
+constexpr xcb_rectangle_t kViewer{900, 500, 960, 540};
 
 }  // namespace
 
 Loopback::Loopback() : presenter_(vlm_present_create()) {
-  placeView(server_, presenter_);
+  placeView(server_, vlm_present_view(presenter_), kViewer);
   decoder_ = vlm_dec_create(onDecoded, this);
   capture_ = vlm_capture_start_display(0, kFps, 0, 0, onFrame, nullptr, this);
   if (capture_ == nullptr) throw std::runtime_error("the display can't be captured");

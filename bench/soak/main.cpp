@@ -12,8 +12,8 @@
 
 #include "bench/soak/cycles.h"
 #include "bench/soak/loopback.h"
-#include "bench/soak/process_state.h"
 #include "bench/support/clock.h"
+#include "bench/support/process_state.h"
 #include "support/private_desktop.h"
 
 namespace vlm::bench {

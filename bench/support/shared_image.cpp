@@ -58,4 +58,14 @@ xcb_window_t openWindow(const Server& server, std::int16_t x, std::int16_t y, st
   return window;
 }
 
+void placeView(const Server& server, const void* view, const xcb_rectangle_t& place) {
+  if (view == nullptr) throw std::runtime_error("no view");
+  const auto window = *static_cast<const std::uint32_t*>(view);
+  const xcb_window_t host = openWindow(server, place.x, place.y, place.width, place.height);
+  server.finish();  // the view belongs to another connection: the window must be there for it
+  xcb_reparent_window(server.get(), window, host, 0, 0);
+  xcb_map_window(server.get(), window);
+  server.finish();
+}
+
 }  // namespace vlm::bench

@@ -56,4 +56,7 @@ class SharedImage {
 xcb_window_t openWindow(const Server& server, std::int16_t x, std::int16_t y, std::uint16_t width,
                         std::uint16_t height);
 
+// Shows a view, as vlm_present_view() gives it, in such a window of a host.
+void placeView(const Server& server, const void* view, const xcb_rectangle_t& place);
+
 }  // namespace vlm::bench

@@ -7,4 +7,6 @@ let package = Package(
   targets: [
     .systemLibrary(name: "CVelmora"),
     .target(name: "Velmora", dependencies: ["CVelmora"]),
+    .systemLibrary(name: "CHost", pkgConfig: "x11"),
+    .executableTarget(name: "Demo", dependencies: ["Velmora", "CHost"]),
   ])

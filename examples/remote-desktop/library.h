@@ -3,23 +3,16 @@
 
 #include <VelmoraMacNative.h>
 
-#include <memory>
+#include "owner.h"
 
 namespace remote {
 
-template <auto end>
-struct HandleEnd {
-  void operator()(void* handle) const { end(handle); }
-};
-template <auto end>
-using Handle = std::unique_ptr<void, HandleEnd<end>>;
-
-using CaptureHandle = Handle<vlm_capture_stop>;
-using EncoderHandle = Handle<vlm_enc_destroy>;
-using DecoderHandle = Handle<vlm_dec_destroy>;
-using PresenterHandle = Handle<vlm_present_destroy>;
-using PlaybackHandle = Handle<vlm_audio_out_stop>;
-using PixelBuffer = Handle<vlm_pixbuf_release>;
+using CaptureHandle = Owner<void, vlm_capture_stop>;
+using EncoderHandle = Owner<void, vlm_enc_destroy>;
+using DecoderHandle = Owner<void, vlm_dec_destroy>;
+using PresenterHandle = Owner<void, vlm_present_destroy>;
+using PlaybackHandle = Owner<void, vlm_audio_out_stop>;
+using PixelBuffer = Owner<void, vlm_pixbuf_release>;
 
 // Keeps a buffer that a callback only lends.
 inline PixelBuffer retained(void* pixbuf) {

@@ -1,4 +1,5 @@
 // A small remote desktop: `share` shows this screen, `view` shows another's.
+#include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -8,79 +9,41 @@
 namespace remote {
 namespace {
 
-constexpr const char* kUsage =
-    "remote-desktop share [--listen HOST:PORT] [--display NAME | --window ID | --app PREFIX]\n"
-    "                     [--no-control] [--no-sound] [--fps N] [--mbit N]\n"
-    "remote-desktop view [--full-screen] INVITATION | -      (-: read from standard input)\n";
-
 bool isRunning = true;
 
-struct WrongUsage : std::runtime_error {
-  using runtime_error::runtime_error;
-};
-
-class Arguments {
- public:
-  Arguments(int count, char** words) : next_(words), end_(words + count) {}
-  bool isEmpty() const { return next_ == end_; }
-  std::string take() {
-    if (isEmpty()) throw WrongUsage("a word is missing");
-    return *next_++;
-  }
-  int takeNumber(int least, int most) {
-    const auto word = take();
-    char* end = nullptr;
-    const auto number = std::strtol(word.c_str(), &end, 0);
-    if (*end != 0 || number < least || number > most) throw WrongUsage("not here: " + word);
-    return static_cast<int>(number);
-  }
-
- private:
-  char** next_;
-  char** const end_;
-};
-
-int runShare(Arguments words) {
-  ShareOptions options;
+void addShare(CLI::App& program, ShareOptions& options, int& status) {
+  auto& role = *program.add_subcommand("share", "Prints an invitation and waits for a viewer");
   auto& target = options.target;
   auto& pictures = options.pictures;
-  bool mayControl = true, mayListen = true;
-  while (!words.isEmpty()) {
-    const auto word = words.take();
-    if (word == "--listen")
-      options.address = words.take();
-    else if (word == "--display")
-      target.display = words.take();
-    else if (word == "--window")
-      target.window = static_cast<u32>(words.takeNumber(1, INT32_MAX));
-    else if (word == "--app")
-      target.application = words.take();
-    else if (word == "--no-control")
-      mayControl = false;
-    else if (word == "--no-sound")
-      mayListen = false;
-    else if (word == "--fps")
-      pictures.fps = words.takeNumber(5, 120);
-    else if (word == "--mbit")
-      pictures.mostBitsPerSecond = 1'000'000 * words.takeNumber(1, 200);
-    else
-      throw WrongUsage("unknown: " + word);
-  }
-  // Who shares one window has not chosen to share what else can be reached, copied or heard.
-  const bool isWhole = target.window == 0 && target.application.empty();
-  options.control = isWhole && mayControl;
-  pictures.sound = isWhole && mayListen;
-  return share(options);
+  role.add_option("--listen", options.address, "HOST:PORT, for other computers");
+  auto& what = *role.add_option_group("What is shared")->require_option(0, 1);
+  what.add_option("--display", target.display, "A display, as xrandr --listmonitors names it");
+  what.add_option("--window", target.window, "A window")->check(CLI::PositiveNumber);
+  what.add_option("--app", target.application, "The windows of an application");
+  role.add_flag("!--no-control", options.control, "The viewer may only look");
+  role.add_flag("!--no-sound", pictures.sound, "Nothing is heard");
+  role.add_option("--fps", pictures.fps, "Pictures a second")->check(CLI::Range(5, 120));
+  role.add_option("--mbit", pictures.mostMegabits, "At most so many Mbit/s")
+      ->check(CLI::Range(1, 200));
+  role.callback([&] {
+    // Who shares one window has not chosen to share what else can be reached, copied or heard.
+    const bool isWhole = target.window == 0 && target.application.empty();
+    options.control = isWhole && options.control;
+    pictures.sound = isWhole && pictures.sound;
+    status = share(options);
+  });
 }
 
-int runView(Arguments words) {
-  auto word = words.take();
-  const bool fullScreen = word == "--full-screen";
-  if (fullScreen) word = words.take();
-  if (!words.isEmpty()) throw WrongUsage("one invitation is enough");
-  // Programs of others can read the words of a command, and the token with them.
-  if (word == "-") std::getline(std::cin, word);
-  return view(Invitation::parse(word), fullScreen);
+void addView(CLI::App& program, int& status) {
+  auto& role = *program.add_subcommand("view", "Shows what an invitation leads to");
+  role.add_flag("--full-screen");
+  role.add_option("invitation")->required()->description("- is read from standard input");
+  role.callback([&] {
+    auto text = role["invitation"]->as<std::string>();
+    // Programs of others can read the words of a command, and the token with them.
+    if (text == "-") std::getline(std::cin, text);
+    status = view(Invitation::parse(text), role.count("--full-screen") > 0);
+  });
 }
 
 }  // namespace
@@ -100,17 +63,20 @@ void runUntilSignal() {
 
 }  // namespace remote
 
-int main(int count, char** words) try {
-  using namespace remote;
-  const std::string role = count > 1 ? words[1] : "";
-  const Arguments rest(count > 2 ? count - 2 : 0, words + 2);
-  if (role == "share") return runShare(rest);
-  if (role == "view") return runView(rest);
-  throw WrongUsage("say share or view");
-} catch (const remote::WrongUsage& error) {
-  std::fprintf(stderr, "remote: %s\n%s", error.what(), remote::kUsage);
-  return 2;
-} catch (const std::exception& error) {
-  std::fprintf(stderr, "remote: %s\n", error.what());
-  return 1;
+int main(int count, char** words) {
+  remote::ShareOptions options;
+  int status = 0;
+  CLI::App program("A small remote desktop.");
+  program.require_subcommand(1);
+  remote::addShare(program, options, status);
+  remote::addView(program, status);
+  try {
+    program.parse(count, words);
+    return status;
+  } catch (const CLI::ParseError& error) {
+    return program.exit(error) == 0 ? 0 : 2;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "remote: %s\n", error.what());
+    return 1;
+  }
 }

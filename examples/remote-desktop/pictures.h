@@ -16,12 +16,12 @@ class Pictures {
  public:
   struct Options {
     int fps = 30;
-    int mostBitsPerSecond = 20'000'000;
+    int mostMegabits = 20;  // a second
     bool sound = true;
   };
 
   Pictures(Target& target, Channel& channel, const Options& options)
-      : channel_(channel), options_(options), pace_(options.mostBitsPerSecond) {
+      : channel_(channel), options_(options), pace_(1'000'000 * options.mostMegabits) {
     if (options.sound) sound_ = std::make_unique<SoundSender>(mailbox_, channel);
     capture_ = target.capture(options.fps, onFrame, options.sound ? onSound : nullptr, this);
     clock_ = Source::every(Milliseconds(10), [this] { submit(); });

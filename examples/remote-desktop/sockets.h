@@ -3,17 +3,15 @@
 
 #include <gio/gio.h>
 
-#include <memory>
 #include <stdexcept>
 #include <string>
 
+#include "owner.h"
+
 namespace remote {
 
-struct Unref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
 template <class Type>
-using Object = std::unique_ptr<Type, Unref>;
+using Object = Owner<Type, g_object_unref>;
 using Socket = Object<GSocket>;
 
 inline void raise(GError* error) {
@@ -36,10 +34,8 @@ inline Object<GSocketAddress> lookUp(const std::string& address) {
 }
 
 inline std::string nameOf(GSocketAddress* address) {
-  char* text = g_socket_connectable_to_string(G_SOCKET_CONNECTABLE(address));
-  const std::string name = text;
-  g_free(text);
-  return name;
+  const Owner<char, g_free> text(g_socket_connectable_to_string(G_SOCKET_CONNECTABLE(address)));
+  return text.get();
 }
 
 inline Socket socketFor(GSocketAddress* address) {

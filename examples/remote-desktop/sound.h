@@ -8,13 +8,6 @@
 
 namespace remote {
 
-template <class Coder, auto end>
-struct CoderEnd {
-  void operator()(Coder* coder) const { end(coder); }
-};
-template <class Coder, auto end>
-using CoderHandle = std::unique_ptr<Coder, CoderEnd<Coder, end>>;
-
 inline constexpr int kSampleRate = 48000;
 inline constexpr int kChannels = 2;
 inline constexpr int kPacketFrames = kSampleRate / 50;
@@ -52,7 +45,7 @@ class SoundSender {
   const Mailbox& mailbox_;
   Channel& channel_;
   bool wasSilent_ = true;
-  CoderHandle<OpusEncoder, opus_encoder_destroy> encoder_;
+  Owner<OpusEncoder, opus_encoder_destroy> encoder_;
 };
 
 // Keeps what waits to be played short: what a stalled line brings late, and what the other side's
@@ -79,7 +72,7 @@ class SoundPlayer {
  private:
   static constexpr auto kMostWaiting = std::chrono::milliseconds(200);
 
-  CoderHandle<OpusDecoder, opus_decoder_destroy> decoder_;
+  Owner<OpusDecoder, opus_decoder_destroy> decoder_;
   PlaybackHandle playback_;
   Clock::time_point playedUntil_{};
 };

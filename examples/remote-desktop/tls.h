@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "invitation.h"
+#include "owner.h"
 #include "protocol.h"
 
 namespace remote {
@@ -121,16 +122,12 @@ class Tls {
   }
 
  private:
-  struct End {
-    void operator()(gnutls_session_t session) const { gnutls_deinit(session); }
-  };
-
   static std::optional<std::size_t> outcome(ssize_t result) {
     if (result == GNUTLS_E_AGAIN || result == GNUTLS_E_INTERRUPTED) return std::nullopt;
     return static_cast<std::size_t>(check(static_cast<int>(result)));
   }
 
-  std::unique_ptr<std::remove_pointer_t<gnutls_session_t>, End> session_;
+  Owner<std::remove_pointer_t<gnutls_session_t>, gnutls_deinit> session_;
 };
 
 }  // namespace remote

@@ -111,12 +111,9 @@ class Viewer : Channel::Listener, ViewerWindow::Listener {
     if (window_.isUsed()) send(Text{text});
   }
 
-  void onPointer(int x, int y) override { send(Pointer{u16(x), u16(y)}); }
-  void onButton(int button, bool down, int x, int y) override {
-    send(Button{u8(button), u8(down), u16(x), u16(y)});
+  void onInput(const ViewerWindow::Done& done) override {
+    std::visit([this](const auto& message) { send(message); }, done);
   }
-  void onWheel(int left, int up) override { send(Wheel{std::int8_t(left), std::int8_t(up)}); }
-  void onKey(u16 code, bool down, u32 flags) override { send(Key{code, u8(down), flags}); }
   void onFocus() override { clipboard_.askForText(); }
   void onClosed() override {
     parted_ = true;

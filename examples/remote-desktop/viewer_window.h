@@ -6,6 +6,7 @@
 
 #include <array>
 #include <set>
+#include <variant>
 
 #include "mac_keys.h"
 #include "protocol.h"
@@ -15,12 +16,10 @@ namespace remote {
 
 class ViewerWindow {
  public:
+  using Done = std::variant<Pointer, Button, Wheel, Key>;  // by the person, on the shared screen
   struct Listener {
     virtual ~Listener() = default;
-    virtual void onPointer(int x, int y) = 0;  // of the shared screen
-    virtual void onButton(int button, bool down, int x, int y) = 0;
-    virtual void onWheel(int left, int up) = 0;
-    virtual void onKey(u16 code, bool down, u32 flags) = 0;
+    virtual void onInput(const Done& done) = 0;
     virtual void onFocus() = 0;
     virtual void onClosed() = 0;
   };
@@ -86,7 +85,7 @@ class ViewerWindow {
     xcb_put_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, image, context, width, height, 0, 0, 0, depth,
                   static_cast<u32>(pixels.size()), pixels.data());
     xcb_change_window_attributes(c, cursor_, XCB_CW_BACK_PIXMAP, &image);
-    resize(cursor_, {width, height});
+    configure(cursor_, kSize, {width, height});
     xcb_xfixes_create_region(c, region, static_cast<u32>(opaque.size()), opaque.data());
     xcb_xfixes_set_window_shape_region(c, cursor_, XCB_SHAPE_SK_BOUNDING, 0, 0, region);
     xcb_xfixes_destroy_region(c, region);
@@ -159,15 +158,11 @@ class ViewerWindow {
     x_.flush();
   }
 
-  void resize(xcb_window_t window, Pair size) {
-    const std::array values{static_cast<u32>(size.first), static_cast<u32>(size.second)};
-    xcb_configure_window(x_.get(), window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
-                         values.data());
-  }
-  void move(xcb_window_t window, Pair to) {
-    const std::array values{static_cast<u32>(to.first), static_cast<u32>(to.second)};
-    xcb_configure_window(x_.get(), window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y,
-                         values.data());
+  static constexpr u16 kPlace = XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y;
+  static constexpr u16 kSize = XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT;
+  void configure(xcb_window_t window, u16 what, Pair to) {
+    const std::array values{u32(to.first), u32(to.second)};
+    xcb_configure_window(x_.get(), window, what, values.data());
   }
 
   void arrange(Pair picture, Pair space) {
@@ -175,16 +170,17 @@ class ViewerWindow {
         std::min(double(space.first) / picture.first, double(space.second) / picture.second);
     shown_ = {std::max(1, int(picture.first * scale)), std::max(1, int(picture.second * scale))};
     corner_ = {(space.first - shown_.first) / 2, (space.second - shown_.second) / 2};
-    move(picture_, corner_);
-    resize(picture_, shown_);
+    configure(picture_, kPlace, corner_);
+    configure(picture_, kSize, shown_);
     drawCursor();
     x_.flush();
   }
 
   void drawCursor() {
     const auto [x, y] = shared_;
-    move(cursor_, {corner_.first + x * shown_.first / screen_.first - hot_.first,
-                   corner_.second + y * shown_.second / screen_.second - hot_.second});
+    configure(cursor_, kPlace,
+              {corner_.first + x * shown_.first / screen_.first - hot_.first,
+               corner_.second + y * shown_.second / screen_.second - hot_.second});
     sharedIsVisible_ ? xcb_map_window(x_.get(), cursor_) : xcb_unmap_window(x_.get(), cursor_);
     x_.flush();
   }
@@ -244,11 +240,11 @@ class ViewerWindow {
     shared_ = place;
     sharedIsVisible_ = true;
     drawCursor();
-    listener_.onPointer(place.first, place.second);
+    listener_.onInput(Pointer{u16(place.first), u16(place.second)});
   }
 
   void handleButton(const xcb_button_press_event_t& event) {
-    constexpr std::array kButtons{0, 2, 1};  // X counts left, middle, right
+    constexpr std::array<u8, 3> kButtons{0, 2, 1};  // X counts left, middle, right
     const bool down = event.response_type == XCB_BUTTON_PRESS;
     Pair place;
     const bool inside = toShared(event.event_x, event.event_y, place);
@@ -256,11 +252,11 @@ class ViewerWindow {
              std::clamp(place.second, 0, screen_.second - 1)};
     if (down && !inside) return;
     if (event.detail >= 1 && event.detail <= 3) {
-      listener_.onButton(kButtons[event.detail - 1u], down, place.first, place.second);
+      const auto button = kButtons[event.detail - 1u];
+      listener_.onInput(Button{button, u8(down), u16(place.first), u16(place.second)});
     } else if (down && event.detail >= 4 && event.detail <= 7) {
-      constexpr std::array kTurns{Pair{0, 1}, Pair{0, -1}, Pair{1, 0}, Pair{-1, 0}};
-      const auto [left, up] = kTurns[event.detail - 4u];
-      listener_.onWheel(left, up);
+      const std::array kTurns{Wheel{0, 1}, Wheel{0, -1}, Wheel{1, 0}, Wheel{-1, 0}};
+      listener_.onInput(kTurns[event.detail - 4u]);
     }
   }
 
@@ -287,11 +283,11 @@ class ViewerWindow {
     }
     chordIsDown_ = false;
     down ? void(held_.insert(code)) : void(held_.erase(code));
-    listener_.onKey(code, down, flagsOf(event.state));
+    listener_.onInput(Key{code, u8(down), flagsOf(event.state)});
   }
 
   void releaseKeys() {
-    for (const u16 code : std::exchange(held_, {})) listener_.onKey(code, false, 0);
+    for (const u16 code : std::exchange(held_, {})) listener_.onInput(Key{code, u8{0}, 0u});
   }
 
   X& x_;

@@ -11,14 +11,12 @@
 #include <string_view>
 
 #include "loop.h"
+#include "owner.h"
 
 namespace remote {
 
-struct FreeReply {
-  void operator()(void* reply) const { std::free(reply); }
-};
 template <class Type>
-using Reply = std::unique_ptr<Type, FreeReply>;
+using Reply = Owner<Type, std::free>;
 
 class X {
  public:
@@ -64,10 +62,6 @@ class X {
   }
 
  private:
-  struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-  };
-
   void handle() {
     while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(get())}) {
       event->response_type &= 0x7F;  // without the mark of those that clients send
@@ -79,7 +73,7 @@ class X {
     std::exit(1);
   }
 
-  std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+  Owner<xcb_connection_t, xcb_disconnect> connection_;
   xcb_window_t root_ = 0;
   std::uint8_t firstXfixesEvent_ = 0;
   std::list<Handler> handlers_;

@@ -14,6 +14,9 @@ mkdir -p "$(dirname "$out")"
 llvm-lipo-19 -create "$@" -output "$out" || exit
 echo "$out: $(llvm-lipo-19 -archs "$out")"
 
+# Names of the frameworks that typed bindings have.
+sourced=$(sed -nE 's/^[A-Za-z]+ ([A-Za-z0-9_]+): .*/\1/p' sdk/macos/sources.txt | sort -u)
+
 wanted=$(grep -oE '^ +vlm_\w+' cmake/VelmoraMacNative.map | sed 's/ */_/' | sort)
 for thin in "$@"; do
   headers=$(llvm-objdump-19 --macho --private-headers "$thin")
@@ -21,6 +24,9 @@ for thin in "$@"; do
   [[ $exports == "$wanted" ]] || fail "$thin exports something else than the header's functions"
   echo "$thin: $(wc -l <<<"$exports") exports"
   [[ $(llvm-otool-19 -D "$thin" | tail -1) == @rpath/VelmoraMacNative.dylib ]] || fail "$thin: install name"
+  echo "$thin: load commands"
+  sed -nE 's/^ +cmd (LC_(ID_DYLIB|BUILD_VERSION|CODE_SIGNATURE))$/  \1/p; s/^ +(platform|minos|sdk|name) (.*)$/    \1 \2/p' <<<"$headers" |
+    grep -vE 'name /(System|usr)'
   grep -qE '^ +minos 14\.0$' <<<"$headers" || fail "$thin: minimum system"
   grep -q 'cmd LC_CODE_SIGNATURE' <<<"$headers" || fail "$thin: signature"
   # Linked to nothing but the system, and to each framework for a reason.
@@ -28,6 +34,13 @@ for thin in "$@"; do
     grep -vE '^/System/Library/Frameworks/|^/usr/lib/lib(System\.B|objc\.A|c\+\+\.1)\.dylib$' &&
     fail "$thin: linked to something else"
   echo "$thin: undefined symbols by library"
-  llvm-nm-19 --undefined-only --format=darwin "$thin" | sed 's/.*(from \(.*\))/\1/' | sort | uniq -c
+  undefined=$(llvm-nm-19 --undefined-only --format=darwin "$thin")
+  awk -F"[()]" '{ sub(/.*from /, "", $(NF - 1)); print $(NF - 1) }' <<<"$undefined" | sort | uniq -c
+  # The linker has found each in a stub; what only we say is there is told.
+  names=$(sed -nE '/from lib/d; s/.* _(OBJC_(META)?CLASS_\$_)?([^ ]+) \(from .*/\3/p' <<<"$undefined" | sort -u)
+  own=$(comm -23 <(echo "$names") <(echo "$sourced"))
+  echo "$thin: $(wc -l <<<"$names") symbols of frameworks, without a binding: $(paste -sd' ' <<<"$own")"
+  unlisted=$(comm -23 <(echo "$own") <(sed -E 's/^_//; s/ *#.*//' sdk/by-hand/*.symbols | sort -u))
+  [[ -z $unlisted ]] || fail "$thin: nothing says that these are there: $unlisted"
 done
 exit "$failed"

@@ -6,6 +6,7 @@ readonly FUZZ_SECONDS=6
 
 if command -v ccache >/dev/null; then
   export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  export CMAKE_OBJCXX_COMPILER_LAUNCHER=ccache
   # What one checkout compiled serves the next one.
   export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 fi
@@ -23,7 +24,7 @@ build() {
   if cmake --preset "$1" >"$log" 2>&1 && cmake --build --preset "$1" >>"$log" 2>&1; then
     done_with "$1" build 1 0 0
   else
-    # ninja goes on with what was already running: the failure is not always what stands last.
+    # ninja goes on with what was already running: the failure is not always in the last lines.
     grep -A 25 -m 3 -e 'FAILED:' -e 'CMake Error' "$log" || tail -40 "$log"
     done_with "$1" build 0 1 0
     return 1
@@ -88,6 +89,15 @@ run_package() {
   fi
 }
 
+run_root() {
+  begin "root"
+  if scripts/package && tests/packaging/clean-root.sh build/package "$PWD"; then
+    done_with root packaging 1 0 0
+  else
+    done_with root packaging 0 1 0
+  fi
+}
+
 run_bindings() {
   build release || return
   local log=build/bindings.log counts
@@ -128,6 +138,30 @@ run_check() {
   if scripts/check; then done_with check checks 1 0 0; else done_with check checks 0 1 0; fi
 }
 
+# compiled FOLDER: how many sources the objects in it were made of, those that were compiled as one
+# counted each.
+compiled() {
+  find "$1" -name '*.o' -path '*.dir/*' ! -path '*/Unity/*' | wc -l |
+    cat - <(find "$1" -path '*/Unity/*.cxx' -exec cat {} + | grep -c '^#include') |
+    awk '{ sum += $1 } END { print sum }'
+}
+
+# The declarations of the frameworks with the bindings that they come from.
+compare_declarations() {
+  local bindings=build/macos-bindings status
+  begin "macos: declarations compared"
+  sdk/generator/fetch "$bindings"
+  status=$?
+  if [[ $status -eq 75 ]]; then
+    echo "macos: skipped, because the bindings can't be reached"
+    done_with macos declarations 0 0 1
+  elif [[ $status -eq 0 ]] && sdk/generator/compare.py "$bindings"; then
+    done_with macos declarations 1 0 0
+  else
+    done_with macos declarations 0 1 0
+  fi
+}
+
 # The library for macOS, compiled and linked here, and its sources run on stand-ins of the
 # frameworks. Skipped where the tool chain can't be reached.
 run_macos() {
@@ -143,7 +177,10 @@ run_macos() {
     done_with macos build 0 1 0
     return 1
   fi
-  for architecture in arm64 x86_64; do build "macos-$architecture" || return; done
+  for architecture in arm64 x86_64; do
+    build "macos-$architecture" || return
+    echo "$(compiled "build/macos-$architecture/src") files of the library compiled for $architecture"
+  done
   begin "macos: the dynamic library"
   if scripts/lib/check-dylib.sh build/macos/VelmoraMacNative.dylib \
     build/macos-{arm64,x86_64}/src/VelmoraMacNative.dylib; then
@@ -151,6 +188,13 @@ run_macos() {
   else
     done_with macos library 0 1 0
   fi
+  begin "macos: clang's analyser"
+  if scripts/lib/analyse-macos.py build/macos-arm64 build/macos-analysed; then
+    done_with macos analyser 1 0 0
+  else
+    done_with macos analyser 0 1 0
+  fi
+  compare_declarations
   begin "macos: on stand-ins"
   if cmake -S tests/macos -B "$run" -G Ninja -DCMAKE_C_COMPILER=clang-19 \
     -DCMAKE_CXX_COMPILER=clang++-19 -DCMAKE_OBJCXX_COMPILER="$(command -v clang++-19)" \

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# A private X server with a window manager and moving clients, for scripts that need a desktop where
-# nobody has one. Whatever is started through `start` is ended by end_started, in reverse order, by
+# A private X server with a window manager and moving clients, for scripts that need a desktop on
+# a machine without one. Whatever is started through `start` is ended by end_started, in reverse order, by
 # process id.
 
 started=()

@@ -13,7 +13,8 @@ using platform::AVAudioPCMBuffer;
 constexpr std::uint32_t kBus = 0;
 // 20 ms of a device at 48 kHz.
 constexpr std::uint32_t kTapFrames = 960;
-// Frames that a converter may give beyond the ratio of the rates, from what it kept back before.
+// Sample frames that a converter may give beyond the ratio of the rates, from what it kept back
+// before.
 constexpr std::uint32_t kHeadroomFrames = 64;
 constexpr double kOutRate = 48000;
 

@@ -28,9 +28,9 @@ bool Playback::startEngine(const std::optional<std::string>& deviceUid) {
   if (!format) return false;
   source_ = platform::AVAudioSourceNode::initWithFormat(
       format,
-      [weak = weak_from_this()](bool&, std::uint32_t frames,
+      [weak = weak_from_this()](bool&, std::uint32_t sampleFrames,
                                 platform::AudioBufferList buffers) -> platform::OSStatus {
-        if (const auto self = weak.lock()) self->ring_.render(frames, buffers);
+        if (const auto self = weak.lock()) self->ring_.render(sampleFrames, buffers);
         return platform::noErr;
       });
   if (!source_) return false;

@@ -15,29 +15,30 @@ float* samplesOf(AudioBufferList buffers, std::size_t channel) {
   return channel < buffers.size() ? samplesOf(buffers[channel]) : nullptr;
 }
 
-void takeApart(const float* from, std::size_t frames, float* left, float* right) {
-  for (std::size_t frame = 0; frame < frames; ++frame) {
-    left[frame] = from[2 * frame];
-    right[frame] = from[2 * frame + 1];
+void takeApart(const float* from, std::size_t sampleFrames, float* left, float* right) {
+  for (std::size_t i = 0; i < sampleFrames; ++i) {
+    left[i] = from[2 * i];
+    right[i] = from[2 * i + 1];
   }
 }
 
-// One channel of frames that lie in one piece.
-void pick(const float* from, std::size_t frames, std::size_t channels, float* to) {
-  for (std::size_t frame = 0; frame < frames; ++frame) to[frame] = from[channels * frame];
+// One channel of sample frames that lie in one piece.
+void pick(const float* from, std::size_t sampleFrames, std::size_t channels, float* to) {
+  for (std::size_t i = 0; i < sampleFrames; ++i) to[i] = from[channels * i];
 }
 
-// Frames that lie in one piece, from interleaved samples to one buffer a channel, from `at` on.
-void deinterleave(const float* from, std::size_t frames, std::size_t channels,
+// Sample frames that lie in one piece, from interleaved samples to one buffer a channel, from
+// `at` on.
+void deinterleave(const float* from, std::size_t sampleFrames, std::size_t channels,
                   AudioBufferList buffers, std::size_t at) {
   float* first = samplesOf(buffers, 0);
   float* second = channels == 2 ? samplesOf(buffers, 1) : nullptr;
   if (first != nullptr && second != nullptr) {
-    takeApart(from, frames, first + at, second + at);
+    takeApart(from, sampleFrames, first + at, second + at);
   } else if (first != nullptr) {
-    pick(from, frames, channels, first + at);
+    pick(from, sampleFrames, channels, first + at);
   } else if (second != nullptr) {
-    pick(from + 1, frames, channels, second + at);
+    pick(from + 1, sampleFrames, channels, second + at);
   }
 }
 
@@ -62,30 +63,31 @@ void PlaybackRing::write(std::span<const float> samples) {
   if (writeIdx_ >= ring_.size()) writeIdx_ -= ring_.size();
 }
 
-void PlaybackRing::render(std::uint32_t frames, AudioBufferList buffers) {
-  const std::size_t played = take(frames, buffers);
+void PlaybackRing::render(std::uint32_t sampleFrames, AudioBufferList buffers) {
+  const std::size_t played = take(sampleFrames, buffers);
   for (const auto& buffer : buffers.first(std::min(channels_, buffers.size()))) {
     float* samples = samplesOf(buffer);
-    if (samples != nullptr) std::fill(samples + played, samples + frames, 0.0F);
+    if (samples != nullptr) std::fill(samples + played, samples + sampleFrames, 0.0F);
   }
 }
 
-// The frames copied: none while the cushion builds up.
-std::size_t PlaybackRing::take(std::size_t frames, AudioBufferList buffers) {
+// The sample frames copied: none while the cushion builds up.
+std::size_t PlaybackRing::take(std::size_t sampleFrames, AudioBufferList buffers) {
   const platform::MutexLock lock(ringLock_);
   const std::size_t there = available() / channels_;
   if (!primed_ && there < kPrimeFrames) return 0;
-  const std::size_t count = std::min(there, frames);
+  const std::size_t count = std::min(there, sampleFrames);
   copyOut(count, buffers);
-  primed_ = there >= frames;
+  primed_ = there >= sampleFrames;
   return count;
 }
 
-void PlaybackRing::copyOut(std::size_t frames, AudioBufferList buffers) {
-  // The ring holds a whole number of frames, and frames start at their multiples: none is split.
+void PlaybackRing::copyOut(std::size_t sampleFrames, AudioBufferList buffers) {
+  // The ring holds a whole number of sample frames, and these start at their multiples: none is
+  // split.
   std::size_t done = 0;
-  while (done < frames) {
-    const std::size_t piece = std::min(frames - done, (ring_.size() - readIdx_) / channels_);
+  while (done < sampleFrames) {
+    const std::size_t piece = std::min(sampleFrames - done, (ring_.size() - readIdx_) / channels_);
     deinterleave(ring_.data() + readIdx_, piece, channels_, buffers, done);
     readIdx_ += piece * channels_;
     if (readIdx_ == ring_.size()) readIdx_ = 0;

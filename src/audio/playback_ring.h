@@ -24,14 +24,16 @@ class PlaybackRing {
   // Takes as many samples as fit; the rest is lost. Any thread.
   void write(std::span<const float> samples) VLM_EXCLUDES(ringLock_);
 
-  // Fills `frames` frames, one buffer a channel; what there is not is silence. Buffers without
-  // memory are left out. The render thread: nothing is allocated.
-  void render(std::uint32_t frames, platform::AudioBufferList buffers) VLM_EXCLUDES(ringLock_);
+  // Fills that many sample frames, one buffer a channel; what there is not is silence. Buffers
+  // without memory are left out. The render thread: nothing is allocated.
+  void render(std::uint32_t sampleFrames, platform::AudioBufferList buffers)
+      VLM_EXCLUDES(ringLock_);
 
  private:
-  std::size_t take(std::size_t frames, platform::AudioBufferList buffers) VLM_EXCLUDES(ringLock_);
+  std::size_t take(std::size_t sampleFrames, platform::AudioBufferList buffers)
+      VLM_EXCLUDES(ringLock_);
   std::size_t available() const VLM_REQUIRES(ringLock_);
-  void copyOut(std::size_t frames, platform::AudioBufferList buffers) VLM_REQUIRES(ringLock_);
+  void copyOut(std::size_t sampleFrames, platform::AudioBufferList buffers) VLM_REQUIRES(ringLock_);
 
   const std::size_t channels_;
   platform::Mutex ringLock_;

@@ -1,15 +1,14 @@
 #include "capture/audio_forwarding.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <span>
 #include <vector>
 
 #include "platform/core_media_audio.h"
+#include "platform/integer.h"
 
 namespace vlm::capture {
 namespace {
@@ -18,28 +17,22 @@ using platform::AudioBuffer;
 using platform::noErr;
 
 struct Shape {
-  std::int32_t frames;
+  std::int32_t sampleFrames;
   std::int32_t channels;
   std::int32_t sampleRate;
 };
 
-std::int32_t wholeRate(double rate) {
-  if (!(rate > 0)) return 0;
-  constexpr double kHighest = std::numeric_limits<std::int32_t>::max();
-  return static_cast<std::int32_t>(std::min(rate, kHighest));
-}
-
-// One buffer a channel becomes frame after frame. A channel without samples stays silent; buffers
-// beyond the channels of the format have no place in a frame.
+// One buffer a channel becomes sample frame after sample frame. A channel without samples stays
+// silent; buffers beyond the channels of the format have no place in a sample frame.
 std::vector<float> interleave(std::span<const AudioBuffer> buffers, const Shape& shape) {
-  const auto frames = static_cast<std::size_t>(shape.frames);
+  const auto sampleFrames = static_cast<std::size_t>(shape.sampleFrames);
   const auto channels = static_cast<std::size_t>(shape.channels);
-  std::vector<float> block(frames * channels, 0.0F);
+  std::vector<float> block(sampleFrames * channels, 0.0F);
   for (std::size_t channel = 0; channel < std::min(buffers.size(), channels); ++channel) {
     const auto* samples = static_cast<const float*>(buffers[channel].mData);
     if (samples == nullptr) continue;
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-      block[frame * channels + channel] = samples[frame];
+    for (std::size_t i = 0; i < sampleFrames; ++i) {
+      block[i * channels + channel] = samples[i];
     }
   }
   return block;
@@ -54,7 +47,7 @@ void forwardAudio(platform::CMSampleBuffer& sample, vlm_audio_cb audioCb, void* 
   if (!description) return;
   const Shape shape{static_cast<std::int32_t>(platform::CMSampleBufferGetNumSamples(sample)),
                     static_cast<std::int32_t>(description->mChannelsPerFrame),
-                    wholeRate(description->mSampleRate)};
+                    std::max(0, platform::truncated<std::int32_t>(description->mSampleRate))};
   std::vector<AudioBuffer> list(std::size_t{description->mChannelsPerFrame} + 1);
   std::size_t count = 0;
   platform::Ref<platform::CMBlockBuffer> block;
@@ -63,7 +56,7 @@ void forwardAudio(platform::CMSampleBuffer& sample, vlm_audio_cb audioCb, void* 
     return;
   }
   const auto deliver = [&](const float* samples) {
-    audioCb(samples, shape.frames, shape.channels, shape.sampleRate, user);
+    audioCb(samples, shape.sampleFrames, shape.channels, shape.sampleRate, user);
   };
   if (count == 1) {
     const auto* samples = static_cast<const float*>(list.front().mData);

@@ -2,14 +2,15 @@
 
 #include <algorithm>
 
+#include "platform/integer.h"
+
 namespace vlm::capture {
 namespace {
 
 // Content larger than any screen, or of no size that is a number, still gives a size.
 std::int64_t pixels(double length) {
-  constexpr double kLargest = 1 << 30;
-  if (!(length > 0)) return 0;
-  return static_cast<std::int64_t>(std::min(length, kLargest));
+  constexpr std::int64_t kLargest = 1 << 30;
+  return std::clamp<std::int64_t>(platform::truncated<std::int64_t>(length), 0, kLargest);
 }
 
 std::size_t even(std::int64_t length) {

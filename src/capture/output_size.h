@@ -13,7 +13,7 @@ struct OutputSize {
   friend bool operator==(const OutputSize&, const OutputSize&) = default;
 };
 
-// The pixel size of a capture's frames: the content at its scale, made smaller (never larger) to
+// The pixel size of a capture's pictures: the content at its scale, made smaller (never larger) to
 // fit the limits with its shape kept, each side then rounded down to an even number of at least 2.
 // A limit of 0 or less in either direction switches the limit off in both.
 OutputSize outputSize(platform::CGSize content, double scale, std::int32_t maxWidth,

@@ -125,7 +125,7 @@ void VlmDecoder::show(CVPixelBuffer& image, CMTime pts) const {
 }
 
 void VlmDecoder::flush() {
-  // Of a session that can't be waited for it is not known whether its frames still come.
+  // Of a session that can't be waited for it is not known whether its pictures still come.
   if (session_ && platform::VTDecompressionSessionWaitForAsynchronousFrames(*session_) != noErr) {
     return;
   }

@@ -12,7 +12,7 @@
 namespace vlm::codec {
 
 // One H.264 decoder over a decompression session of the platform, rebuilt when the stream's
-// parameter sets change. Used by one thread at a time. Frames arrive on a thread of a session, in
+// parameter sets change. Used by one thread at a time. Pictures arrive on a thread of a session, in
 // the order of submission and one at a time, whichever session they come from.
 class VlmDecoder final : public frame::HandleObject<VlmDecoder> {
  public:
@@ -22,7 +22,7 @@ class VlmDecoder final : public frame::HandleObject<VlmDecoder> {
   // Submits one Annex B access unit. False when it was refused.
   bool decode(ByteView accessUnit, std::int64_t ptsNs);
 
-  // Waits until every submitted frame has been delivered.
+  // Waits until every submitted access unit has been delivered.
   void flush();
 
   // The same, and ends the session.
@@ -35,7 +35,7 @@ class VlmDecoder final : public frame::HandleObject<VlmDecoder> {
   void show(platform::CVPixelBuffer& image, platform::CMTime pts) const;
   void dropSession();
 
-  // Holds the frames of all sessions, also of those that ended while frames were in flight.
+  // Holds the pictures of all sessions, also of those that ended while pictures were in flight.
   const std::shared_ptr<DeliveryOrder> order_ = std::make_shared<DeliveryOrder>();
   // Both present or both absent between calls.
   platform::Ref<platform::VTDecompressionSession> session_;

@@ -14,7 +14,7 @@ namespace vlm::codec {
 // delivery at a time. Any thread.
 class DeliveryOrder : public std::enable_shared_from_this<DeliveryOrder> {
  public:
-  // The place of one submitted frame. A place that is destroyed without a delivery is skipped.
+  // The place of one submission. A place that is destroyed without a delivery is skipped.
   class Place {
    public:
     Place() = default;

@@ -107,7 +107,7 @@ bool VlmEncoder::encode(platform::Ref<platform::CVPixelBuffer> image, std::int64
     }
     const auto self = weak.lock();
     if (!self || !sample) return;
-    // No caller on the platform's thread could catch it: the frame is lost.
+    // No caller on the platform's thread could catch it: the picture is lost.
     frame::guarded([&] { self->emit(*sample); });
   };
   const OSStatus status = platform::VTCompressionSessionEncodeFrameWithOutputHandler(

@@ -26,12 +26,12 @@ class VlmEncoder final : public frame::HandleObject<VlmEncoder> {
   // Makes and configures a session for the settings. False when the platform has none.
   bool buildSession();
 
-  // Submits a frame, on a new session when its size is another one. True when it was accepted.
+  // Submits a picture, on a new session when its size is another one. True when it was accepted.
   bool encode(platform::Ref<platform::CVPixelBuffer> image, std::int64_t ptsNs, bool forceKeyframe);
 
   void setBitrate(std::int32_t bitrateBps);
 
-  // Delivers the frames in flight and ends the session.
+  // Delivers the pictures in flight and ends the session.
   void destroy();
 
  private:

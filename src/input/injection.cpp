@@ -1,10 +1,7 @@
 #include "input/injection.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
 #include "platform/app_kit.h"
+#include "platform/integer.h"
 
 namespace vlm::input {
 namespace {
@@ -36,14 +33,6 @@ ButtonEvents eventsOf(std::int32_t button) {
   }
 }
 
-// Toward zero; amounts that no wheel gives become the nearest one that fits.
-std::int32_t wholePixels(double amount) {
-  if (std::isnan(amount)) return 0;
-  constexpr double kLow = std::numeric_limits<std::int32_t>::min();
-  constexpr double kHigh = std::numeric_limits<std::int32_t>::max();
-  return static_cast<std::int32_t>(std::clamp(amount, kLow, kHigh));
-}
-
 }  // namespace
 
 void moveMouse(CGPoint position) {
@@ -63,7 +52,8 @@ void pressMouse(std::int32_t button, bool down, CGPoint position) {
 
 void scrollWheel(double horizontal, double vertical) {
   post(platform::CGEventCreateScrollWheelEvent2(platform::CGScrollEventUnit::pixel, 2,
-                                                wholePixels(vertical), wholePixels(horizontal), 0));
+                                                platform::truncated<std::int32_t>(vertical),
+                                                platform::truncated<std::int32_t>(horizontal), 0));
 }
 
 void pressKey(std::uint16_t keyCode, bool down, platform::CGEventFlags flags) {

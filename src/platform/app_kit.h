@@ -46,8 +46,8 @@ class NSView : public std::enable_shared_from_this<NSView> {
 
  protected:
   NSView();
-  // The base initialiser, called when the view is shared already: the platform keeps it weakly, to
-  // tell it what happens. False when the platform can't make a view.
+  // The base initialiser, called when the view is shared already: the platform keeps it weakly, for
+  // the calls below. False when the platform can't make a view.
   bool initWithFrame(CGRect frame);
 
  private:

@@ -37,8 +37,8 @@ inline constexpr std::string_view AXPositionAttribute = "AXPosition";
 inline constexpr std::string_view AXSizeAttribute = "AXSize";
 inline constexpr std::string_view AXTitleAttribute = "AXTitle";
 
-// An application or one of its windows, as assistive programs see it. Counted. It may outlive what
-// it stands for: then its attributes can't be read. Any thread.
+// An application or one of its windows, as assistive programs see it. Counted. It may outlive the
+// application or window: then its attributes can't be read. Any thread.
 class AXUIElement;
 
 Ref<AXUIElement> AXUIElementCreateApplication(std::int32_t pid);

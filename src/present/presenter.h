@@ -10,7 +10,7 @@
 
 namespace vlm::present {
 
-// Hands decoded frames to the display layer of its view, answers back-pressure at once and
+// Hands decoded pictures to the display layer of its view, answers back-pressure at once and
 // replaces a layer that stays failed.
 class VlmPresenter final : public frame::HandleObject<VlmPresenter> {
  public:

@@ -15,8 +15,8 @@ struct SecretAddress {
   std::string account;
 };
 
-// Replaces what is stored at the address. False when the keychain did not take the secret: what
-// stood there before is then gone.
+// Replaces what is stored at the address. False when the keychain did not take the secret: an
+// earlier secret may then be gone.
 bool setSecret(const SecretAddress& address, std::span<const std::uint8_t> secret);
 
 // The length of the secret when it is at most `capacity`, its bytes copied to `out` unless that is

@@ -26,14 +26,14 @@ bool isMinimized(AXUIElement& window) {
   return minimized != nullptr && *minimized;
 }
 
-std::optional<Frame> readFrame(AXUIElement& window) {
+std::optional<WindowRectangle> readRectangle(AXUIElement& window) {
   const auto position = attribute(window, platform::AXPositionAttribute);
   const auto size = attribute(window, platform::AXSizeAttribute);
   if (!position || !size) return std::nullopt;
-  Frame frame;
-  frame.positionConverted = platform::AXValueGetValue(*position, frame.position);
-  frame.sizeConverted = platform::AXValueGetValue(*size, frame.size);
-  return frame;
+  WindowRectangle rectangle;
+  rectangle.positionConverted = platform::AXValueGetValue(*position, rectangle.position);
+  rectangle.sizeConverted = platform::AXValueGetValue(*size, rectangle.size);
+  return rectangle;
 }
 
 }  // namespace vlm::windows

@@ -20,15 +20,15 @@ Element elementAttribute(platform::AXUIElement& element, std::string_view name);
 // Only a plain statement that the window is minimised counts.
 bool isMinimized(platform::AXUIElement& window);
 
-struct Frame {
+struct WindowRectangle {
   platform::CGPoint position;
   platform::CGSize size;
   bool positionConverted = false;
   bool sizeConverted = false;
 };
 
-// The window's frame; nothing when position or size can't be read. What was read but is no point
-// or no size stays zero, and says so.
-std::optional<Frame> readFrame(platform::AXUIElement& window);
+// The window's rectangle; nothing when position or size can't be read. What was read but is no
+// point or no size stays zero, and says so.
+std::optional<WindowRectangle> readRectangle(platform::AXUIElement& window);
 
 }  // namespace vlm::windows

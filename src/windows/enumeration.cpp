@@ -1,7 +1,6 @@
 #include "windows/enumeration.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <optional>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "platform/cg_window.h"
+#include "platform/integer.h"
 #include "windows/accessibility.h"
 #include "windows/title.h"
 #include "windows/window_server.h"
@@ -19,10 +19,11 @@ namespace {
 
 using platform::CFArray;
 using platform::CFValue;
+using platform::truncated;
 
 // Smaller windows, in points, are no windows that a person sees.
 constexpr double kSmallestSide = 1.0;
-// The two sources of a frame may differ by this many points in total and still mean one window.
+// The two sources of a rectangle may differ by this many points in total and still mean one window.
 constexpr std::int64_t kFarthestPair = 8;
 
 // One window of the process as the window server knows it.
@@ -34,21 +35,14 @@ struct CgWin {
   std::int32_t h = 0;
 };
 
-// Toward zero; a coordinate beyond the range, which no real window has, becomes the nearest one.
-std::int32_t truncated(double value) {
-  if (std::isnan(value)) return 0;
-  constexpr double kLow = std::numeric_limits<std::int32_t>::min();
-  constexpr double kHigh = std::numeric_limits<std::int32_t>::max();
-  return static_cast<std::int32_t>(std::clamp(value, kLow, kHigh));
-}
-
 std::optional<CgWin> candidate(const CFValue& window, std::int32_t pid) {
   if (integerEntry<std::int32_t>(window, platform::kCGWindowOwnerPID) != pid) return std::nullopt;
   const auto id = integerEntry<std::uint32_t>(window, platform::kCGWindowNumber);
   const auto bounds = windowBounds(window);
   if (!id || !bounds) return std::nullopt;
-  return CgWin{*id, truncated(bounds->origin.x), truncated(bounds->origin.y),
-               truncated(bounds->size.width), truncated(bounds->size.height)};
+  return CgWin{
+      *id, truncated<std::int32_t>(bounds->origin.x), truncated<std::int32_t>(bounds->origin.y),
+      truncated<std::int32_t>(bounds->size.width), truncated<std::int32_t>(bounds->size.height)};
 }
 
 // Front to back.
@@ -81,14 +75,15 @@ std::optional<std::vector<Element>> accessibleWindows(platform::AXUIElement& app
 // Everything but the number; nothing for a window that is not to be seen.
 std::optional<VlmWindowEntry> describe(platform::AXUIElement& window, const Element& mainWindow) {
   if (isMinimized(window)) return std::nullopt;
-  const auto frame = readFrame(window);
-  if (!frame || !frame->positionConverted || !frame->sizeConverted) return std::nullopt;
-  if (frame->size.width < kSmallestSide || frame->size.height < kSmallestSide) return std::nullopt;
+  const auto rectangle = readRectangle(window);
+  if (!rectangle || !rectangle->positionConverted || !rectangle->sizeConverted) return std::nullopt;
+  if (rectangle->size.width < kSmallestSide || rectangle->size.height < kSmallestSide)
+    return std::nullopt;
   VlmWindowEntry entry{};
-  entry.left = truncated(frame->position.x);
-  entry.top = truncated(frame->position.y);
-  entry.width = truncated(frame->size.width);
-  entry.height = truncated(frame->size.height);
+  entry.left = truncated<std::int32_t>(rectangle->position.x);
+  entry.top = truncated<std::int32_t>(rectangle->position.y);
+  entry.width = truncated<std::int32_t>(rectangle->size.width);
+  entry.height = truncated<std::int32_t>(rectangle->size.height);
   entry.isMain = mainWindow && platform::CFEqual(*mainWindow, window) ? 1 : 0;
   const auto title = attribute(window, platform::AXTitleAttribute);
   const auto* text = title ? title->as<std::string>() : nullptr;

@@ -42,9 +42,9 @@ std::optional<platform::CGRect> focusedBounds(std::int32_t pid) {
   if (!application) return std::nullopt;
   const auto window = mainOrFocusedWindow(*application);
   if (!window || isMinimized(*window)) return std::nullopt;
-  const auto frame = readFrame(*window);
-  if (!frame || !(frame->size.width > 0 && frame->size.height > 0)) return std::nullopt;
-  return platform::CGRect{frame->position, frame->size};
+  const auto rectangle = readRectangle(*window);
+  if (!rectangle || !(rectangle->size.width > 0 && rectangle->size.height > 0)) return std::nullopt;
+  return platform::CGRect{rectangle->position, rectangle->size};
 }
 
 }  // namespace vlm::windows

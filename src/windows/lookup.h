@@ -13,10 +13,10 @@ namespace vlm::windows {
 // for none, and for the empty prefix.
 std::int32_t findPid(std::string_view bundlePrefix);
 
-// The frame of one window by its number, as the window server gives it.
+// The rectangle of one window by its number, as the window server gives it.
 std::optional<platform::CGRect> boundsOfWindow(std::uint32_t windowId);
 
-// The frame of an application's main window, or of its focused one where it has no main window.
+// The rectangle of an application's main window, or of its focused one where it has no main window.
 // Nothing while that window is minimised or has no size.
 std::optional<platform::CGRect> focusedBounds(std::int32_t pid);
 

@@ -34,11 +34,11 @@ std::optional<std::int32_t> eventCode(std::string_view name) {
 
 // Zeros when there is no such window or it can't be read, for want of memory too: the event itself
 // is not lost.
-Frame focusedFrame(platform::AXUIElement& application) {
-  return frame::guarded(Frame{}, [&] {
+WindowRectangle focusedRectangle(platform::AXUIElement& application) {
+  return frame::guarded(WindowRectangle{}, [&] {
     const auto window = elementAttribute(application, platform::AXFocusedWindowAttribute);
-    const auto frame = window ? readFrame(*window) : std::nullopt;
-    return frame.value_or(Frame{});
+    const auto rectangle = window ? readRectangle(*window) : std::nullopt;
+    return rectangle.value_or(WindowRectangle{});
   });
 }
 
@@ -69,12 +69,13 @@ bool VlmWindowTracker::observe(std::int32_t pid) {
 }
 
 void VlmWindowTracker::handle(std::string_view notification) {
-  const auto frame = focusedFrame(*appElement_);
+  const auto rectangle = focusedRectangle(*appElement_);
   const auto event = eventCode(notification);
   if (!event) return;
   const std::scoped_lock lock(delivery_);
   if (stopped_) return;
-  cb_(*event, frame.position.x, frame.position.y, frame.size.width, frame.size.height, user_);
+  cb_(*event, rectangle.position.x, rectangle.position.y, rectangle.size.width,
+      rectangle.size.height, user_);
 }
 
 void VlmWindowTracker::stop() {

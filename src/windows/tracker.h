@@ -11,8 +11,8 @@
 
 namespace vlm::windows {
 
-// Follows the windows of one process: each notification becomes an event code and the frame that
-// the process's focused window has at that moment.
+// Follows the windows of one process: each notification becomes an event code and the rectangle
+// that the process's focused window has at that moment.
 class VlmWindowTracker final : public frame::HandleObject<VlmWindowTracker> {
  public:
   // Null when the process can't be observed. `cb` is never null; it is called on the main thread.

@@ -35,8 +35,8 @@ Ref<VTCompressionSession> makeSession(std::size_t width = kWidth, std::size_t he
 
 Ref<CVPixelBuffer> grey(std::uint8_t luma, OSType format = kVideoRange) {
   auto buffer = CVPixelBuffer::make(kWidth, kHeight, format);
-  std::memset(buffer->plane(0).base, luma, buffer->plane(0).bytesPerRow * kHeight);
-  std::memset(buffer->plane(1).base, 128, buffer->plane(1).bytesPerRow * kHeight / 2);
+  std::memset(buffer->plane(0).pixels, luma, buffer->plane(0).stride * kHeight);
+  std::memset(buffer->plane(1).pixels, 128, buffer->plane(1).stride * kHeight / 2);
   return buffer;
 }
 
@@ -119,8 +119,8 @@ TEST(CompressionSession, CopiesOfOddSizesKeepNoEarlierMatrix) {
   auto planes = CVPixelBuffer::make(kOdd, kOdd, kVideoRange);
   planes->setMatrix(YCbCrMatrix::bt709);
   auto red = CVPixelBuffer::make(kOdd, kOdd, kCVPixelFormatType_32BGRA);
-  for (std::size_t at = 0; at < red->plane(0).bytesPerRow * kOdd; at += 4) {
-    std::ranges::copy(std::array<std::uint8_t, 4>{0, 0, 221, 255}, red->plane(0).base + at);
+  for (std::size_t at = 0; at < red->plane(0).stride * kOdd; at += 4) {
+    std::ranges::copy(std::array<std::uint8_t, 4>{0, 0, 221, 255}, red->plane(0).pixels + at);
   }
   Decoder decoder(true);
   for (std::int64_t i = 0; i < 4; ++i) {

@@ -1,4 +1,4 @@
-// Presenting in a host's window on a real X server, through the public header. What stands on the
+// Presenting in a host's window on a real X server, through the public header. What is on the
 // screen is judged by ImageMagick and xwininfo.
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -64,7 +64,7 @@ std::size_t entriesIn(const char* folder) {
   return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
-// A presenter whose view stands in a host's window.
+// A presenter whose view is in a host's window.
 class Presenting {
  public:
   Presenting(std::uint16_t width, std::uint16_t height)
@@ -125,7 +125,7 @@ TEST(Present, FollowsItsHostsSizeAndVisibility) {
   const auto view = *static_cast<const std::uint32_t*>(vlm_present_view(presenting.presenter));
   EXPECT_EQ(frameSeen(view), frameSeen(host.id()));
 
-  // Pictures for a view that nobody sees are taken, and the last is there when it is seen.
+  // Pictures for a hidden view are taken, and the last is there when it is seen.
   outputOf({"xdotool", "windowunmap", "--sync", text(host.id())});
   ASSERT_TRUE(presenting.present(makeQuadrants(16, 16, kPacked)));
   ASSERT_TRUE(presenting.present(makeQuadrants(160, 160, kPacked)));
@@ -216,18 +216,18 @@ TEST(Present, TheHostsSizeHoldsAndNothingElseIsSeenWhileItGrows) {
 }
 
 TEST(Present, AnswersBusyWhileTheServerStandsStill) {
-  const PrivateDesktop desktop(kBareServer);
+  PrivateDesktop desktop(kBareServer);
   const Presenting presenting(320, 240);
   const auto picture = makeQuadrants(1920, 1080, kVideoRange);
   ASSERT_TRUE(presenting.present(picture));
   ASSERT_TRUE(presenting.showsQuadrants(320, 240));
 
-  kill(desktop.server(), SIGSTOP);
+  desktop.server().signal(SIGSTOP);
   int taken = 0;
   for (int i = 0; i < 300; ++i) {
     if (presenting.enqueue(picture) == VLM_PRESENT_OK) ++taken;
   }
-  kill(desktop.server(), SIGCONT);
+  desktop.server().signal(SIGCONT);
   EXPECT_LE(taken, 2) << "one may still have been on its way";
   EXPECT_TRUE(presenting.present(picture));
 }

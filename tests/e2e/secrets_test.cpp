@@ -71,7 +71,7 @@ TEST(Secrets, AnotherProgramSeesOneItemAfterReplacing) {
   EXPECT_EQ(get("another account"), Bytes{'x'});
 }
 
-// Runs every operation; each must fail, and soon: nobody is there to answer a prompt.
+// Runs every operation; each must fail, and soon: no person is there to answer a prompt.
 void expectFailuresAtOnce(const char* what) {
   SCOPED_TRACE(what);
   const auto expectWithin = [](std::chrono::seconds limit, const auto& fails) {

@@ -4,9 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/application_services.h"
+#include "platform/av_foundation.h"
 #include "platform/cg_window.h"
 #include "platform/core_foundation.h"
 #include "platform/core_media.h"
@@ -27,24 +29,7 @@ namespace {
 
 using standin::stage;
 
-// Every test ends with no object of the platform or of the frameworks left.
-class MacPlatform : public testing::Test {
- protected:
-  // Each test is one turn of a host's run loop.
-  void SetUp() override { pool_ = [[NSAutoreleasePool alloc] init]; }
-  void TearDown() override {
-    standin::clear();
-    [pool_ drain];
-    for (const auto& [name, count] : standin::objectsAlive()) {
-      ADD_FAILURE() << count << " " << name << " left";
-    }
-  }
-
- private:
-  NSAutoreleasePool* pool_ = nil;
-};
-
-TEST_F(MacPlatform, ValuesOfEveryKindCrossBothWays) {
+TEST(Platform, ValuesOfEveryKindCrossBothWays) {
   @autoreleasepool {
     const auto element = AXUIElementCreateApplication(1);
     const CFValue values[] = {
@@ -84,7 +69,7 @@ TEST_F(MacPlatform, ValuesOfEveryKindCrossBothWays) {
   }
 }
 
-TEST_F(MacPlatform, TextIsComparedAsPeopleDo) {
+TEST(Platform, TextIsComparedAsPeopleDo) {
   const struct {
     const char *text, *part;
     bool contains, equal;
@@ -106,7 +91,7 @@ TEST_F(MacPlatform, TextIsComparedAsPeopleDo) {
   EXPECT_TRUE(NSURL::URLWithString("x-apple.systempreferences:com.apple.preference.security"));
 }
 
-TEST_F(MacPlatform, SecretsAreAskedForByTheKeychainsOwnConstants) {
+TEST(Platform, SecretsAreAskedForByTheKeychainsOwnConstants) {
   // A service that is called like a class's constant stays text.
   const CFDictionary base{{std::string(kSecClass), kSecClassGenericPassword},
                           {std::string(kSecAttrService), kSecClassGenericPassword},
@@ -138,7 +123,7 @@ TEST_F(MacPlatform, SecretsAreAskedForByTheKeychainsOwnConstants) {
   }
 }
 
-TEST_F(MacPlatform, WindowsKeepTheTypesOfWhatTheyHold) {
+TEST(Platform, WindowsKeepTheTypesOfWhatTheyHold) {
   EXPECT_FALSE(CGWindowListCopyWindowInfo(kCGWindowListOptionOnScreenOnly, 0));
   @autoreleasepool {
     const auto key = [](const void* constant) { return standin::object(constant); };
@@ -166,7 +151,7 @@ TEST_F(MacPlatform, WindowsKeepTheTypesOfWhatTheyHold) {
                      "no window"}));
 }
 
-TEST_F(MacPlatform, ObserversDeliverWhileTheirSourceIsAddedAndTheyLive) {
+TEST(Platform, ObserversDeliverWhileTheirSourceIsAddedAndTheyLive) {
   std::vector<std::string> heard;
   Ref<AXObserver> observer;
   const auto element = AXUIElementCreateApplication(1);
@@ -213,18 +198,18 @@ struct Delegate : SCStreamDelegate {
 
 std::shared_ptr<const SCShareableContent> ask(std::optional<NSError>* error = nullptr) {
   std::shared_ptr<const SCShareableContent> result;
-  int answers = 0;
+  const auto answered = dispatch_semaphore_create(0);
   SCShareableContent::getShareableContentExcludingDesktopWindows(
       true, true, [&](auto content, auto problem) {
-        ++answers;
         result = content;
         if (error != nullptr) *error = problem;
+        answered->signal();
       });
-  EXPECT_EQ(answers, 1);
+  answered->wait();
   return result;
 }
 
-TEST_F(MacPlatform, ContentComesOnceAndWindowsShareTheirApplications) {
+TEST(Platform, ContentComesOnceAndWindowsShareTheirApplications) {
   std::optional<NSError> error;
   EXPECT_EQ(ask(&error), nullptr);
   stage().throws = true;
@@ -255,7 +240,7 @@ TEST_F(MacPlatform, ContentComesOnceAndWindowsShareTheirApplications) {
   EXPECT_EQ(SCContentFilter::initWithDesktopIndependentWindow(content->windows[0]), nullptr);
 }
 
-TEST_F(MacPlatform, StreamsHandOverWhileTheirReceiversLive) {
+TEST(Platform, StreamsHandOverWhileTheirReceiversLive) {
   @autoreleasepool {
     stage().content = standin::makeContent(
         [NSArray arrayWithObject:standin::makeWindow(1, @"One", nil)], [NSArray array], [NSArray array]);
@@ -269,13 +254,17 @@ TEST_F(MacPlatform, StreamsHandOverWhileTheirReceiversLive) {
   stage().refusesOutputs = false;
   ASSERT_FALSE(stream->addStreamOutput(output, SCStreamOutputType::screen, nullptr));
   std::vector<std::string> answers;
+  const auto answered = dispatch_semaphore_create(0);
   const auto note = [&](std::optional<NSError> error) {
     answers.push_back(error ? error->localizedDescription : "fine");
+    answered->signal();
   };
   stage().throws = true;
   stream->startCaptureWithCompletionHandler(note);
   stage().throws = false;
+  answered->wait();
   stream->startCaptureWithCompletionHandler(note);
+  answered->wait();
   EXPECT_EQ(answers, (std::vector<std::string>{"no start today", "fine"}));
 
   standin::deliverSample(0);
@@ -291,7 +280,7 @@ TEST_F(MacPlatform, StreamsHandOverWhileTheirReceiversLive) {
   standin::failStreams();
 }
 
-TEST_F(MacPlatform, QueuesRunJobsInOrderAndLetThemGo) {
+TEST(Platform, QueuesRunJobsInOrderAndLetThemGo) {
   const auto queue = dispatch_queue_create("vlm.test", DispatchQoS::userInteractive);
   EXPECT_EQ(queue->label(), "vlm.test");
   std::vector<int> order;
@@ -310,7 +299,13 @@ TEST_F(MacPlatform, QueuesRunJobsInOrderAndLetThemGo) {
   queue->sync([] {});
 }
 
-TEST_F(MacPlatform, ExceptionsOfBothLanguagesKeepToTheirOwn) {
+TEST(Platform, LayersEndOnTheMainThread) {
+  auto layer = AVSampleBufferDisplayLayer::make();
+  std::thread([last = std::move(layer)]() mutable { last = nullptr; }).join();
+  standin::runMainQueue();
+}
+
+TEST(Platform, ExceptionsOfBothLanguagesKeepToTheirOwn) {
   const auto reason = bridge::guarded([] { [NSException raise:@"A" format:@"b"]; });
   ASSERT_TRUE(reason);
   EXPECT_EQ(reason->localizedDescription, "b");

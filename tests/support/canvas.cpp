@@ -33,7 +33,8 @@ xcb_visualid_t visualOf(const xcb_screen_t& screen, std::uint8_t depth) {
 }  // namespace
 
 Canvas::Canvas(const std::string& name, const Place& place, std::uint32_t color, bool isTranslucent)
-    : connection_(xcb_connect(nullptr, nullptr)),
+    : owned_(xcb_connect(nullptr, nullptr)),
+      connection_(owned_.get()),
       window_(xcb_generate_id(connection_)),
       pixmap_(xcb_generate_id(connection_)),
       context_(xcb_generate_id(connection_)) {
@@ -69,9 +70,10 @@ void Canvas::show() {
   // A window manager that is just starting may lose the first request.
   const bool shown = eventually([this] {
     xcb_map_window(connection_, window_);
-    return isShown(connection_, window_);
+    return isShown(connection_, window_) || xcb_connection_has_error(connection_) != 0;
   });
-  if (!shown) throw std::runtime_error("the canvas was not shown");
+  if (!shown || xcb_connection_has_error(connection_) != 0)
+    throw std::runtime_error("the canvas was not shown");
 }
 
 void Canvas::fill(const Place& area, std::uint32_t color) {

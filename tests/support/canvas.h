@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace vlm::test {
@@ -18,7 +19,6 @@ class Canvas {
   // A translucent one takes colours as 0xAARRGGBB, weighed by their first part.
   Canvas(const std::string& name, const Place& place, std::uint32_t color,
          bool isTranslucent = false);
-  ~Canvas() { xcb_disconnect(connection_); }
   Canvas(const Canvas&) = delete;
   Canvas& operator=(const Canvas&) = delete;
 
@@ -42,7 +42,12 @@ class Canvas {
  private:
   void sync();
 
+  struct Disconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+  };
+
   xcb_window_t child_ = XCB_NONE;
+  const std::unique_ptr<xcb_connection_t, Disconnect> owned_;
   xcb_connection_t* const connection_;
   xcb_window_t window_;
   xcb_pixmap_t pixmap_;

@@ -1,5 +1,7 @@
 #include "support/private_desktop.h"
 
+#include <cstdlib>
+#include <map>
 #include <stdexcept>
 
 namespace vlm::test {
@@ -8,7 +10,8 @@ namespace {
 constexpr auto kStartLimit = std::chrono::seconds(20);
 
 ChildProcess startServer(const PrivateDesktop::Options& options, std::string& display) {
-  // The server picks a free display number itself and writes it to a file when it is ready.
+  // The server picks a free display number itself, unless it has one, and writes it to a file when
+  // it is ready.
   const ScratchFolder folder;
   const auto number = folder.file("display");
   const std::string screen =
@@ -17,6 +20,7 @@ ChildProcess startServer(const PrivateDesktop::Options& options, std::string& di
                                    number,    "-screen",   "0",
                                    screen,    "-nolisten", "tcp",
                                    "-noreset"};
+  if (!display.empty()) command.push_back(display);
   command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
   ChildProcess server(command);
   const auto isReady = [&] { return (display = ":" + contentsOf(number)).ends_with('\n'); };
@@ -32,13 +36,34 @@ bool isManaged() {
   return answer.output.find("window id") != std::string::npos;
 }
 
+// The one that the environment names, for runs on another than the usual.
+std::vector<std::string> windowManagerCommand() {
+  static const std::map<std::string, std::vector<std::string>> known{
+      {"openbox", {"openbox", "--sm-disable"}},
+      {"metacity", {"metacity", "--sm-disable", "--compositor=none"}}};
+  const char* name = std::getenv("VLM_TEST_WINDOW_MANAGER");
+  return known.at(name != nullptr ? name : "openbox");
+}
+
 }  // namespace
 
-PrivateDesktop::PrivateDesktop(const Options& options) : server_(startServer(options, display_)) {
+PrivateDesktop::PrivateDesktop(const Options& options)
+    : options_(options), server_(startServer(options, display_)) {
   environment_.set("DISPLAY", display_);
   environment_.set("WAYLAND_DISPLAY", "");
-  if (!options.windowManager) return;
-  windowManager_.emplace(std::vector<std::string>{"openbox", "--sm-disable"});
+  if (options.windowManager) startWindowManager();
+}
+
+void PrivateDesktop::restart() {
+  endClients();
+  windowManager_.reset();
+  server_.end(SIGKILL);
+  server_ = startServer(options_, display_);
+  if (options_.windowManager) startWindowManager();
+}
+
+void PrivateDesktop::startWindowManager() {
+  windowManager_.emplace(windowManagerCommand());
   if (!eventually(isManaged, kStartLimit)) {
     throw std::runtime_error("the window manager did not start");
   }

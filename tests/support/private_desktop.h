@@ -27,7 +27,8 @@ class PrivateDesktop {
   explicit PrivateDesktop(const Options& options);
 
   const std::string& display() const { return display_; }
-  pid_t server() const { return server_.pid(); }
+  ChildProcess& server() { return server_; }
+  ChildProcess& windowManager() { return *windowManager_; }
 
   // Starts a client, which ends with the desktop, and waits until its window is on the screen.
   // `name` is the window's title or the instance or class part of its WM_CLASS, and must not be in
@@ -37,10 +38,15 @@ class PrivateDesktop {
 
   // Ends the server at once, as a crash would: every connection to it breaks.
   void killServer() { server_.end(SIGKILL); }
+  // A new server of the same name, without clients.
+  void restart();
+  void startWindowManager();
+  void endClients() { clients_.clear(); }
 
  private:
+  const Options options_;
   Environment environment_;
-  std::string display_;
+  std::string display_;  // empty until the first server has chosen it
   // In the order in which they end, last first.
   ChildProcess server_;
   std::optional<ChildProcess> windowManager_;

@@ -1,5 +1,9 @@
 #include "support/private_session_bus.h"
 
+#include <sys/prctl.h>
+#include <sys/wait.h>
+
+#include <cerrno>
 #include <stdexcept>
 
 namespace vlm::test {
@@ -8,6 +12,7 @@ namespace {
 constexpr const char* kBusConfiguration = R"(<busconfig>
   <type>session</type>
   <listen>unix:path=%</listen>
+  <!--services-->
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
@@ -18,14 +23,42 @@ constexpr const char* kBusConfiguration = R"(<busconfig>
 
 }  // namespace
 
-PrivateSessionBus::PrivateSessionBus() {
-  const std::string socket = home_.file("bus"), configurationFile = home_.file("bus.conf");
+PrivateSessionBus::Orphans::Orphans() {
+  prctl(PR_SET_CHILD_SUBREAPER, 1);
+}
+
+PrivateSessionBus::Orphans::~Orphans() {
+  eventually(
+      [] {
+        while (waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+        return errno == ECHILD;
+      },
+      std::chrono::seconds(3));
+}
+
+PrivateSessionBus::PrivateSessionBus(Services services) {
+  const std::string socket = home_.file("bus");
   std::string configuration = kBusConfiguration;
   configuration.replace(configuration.find('%'), 1, socket);
-  writeFile(configurationFile, configuration);
+  constexpr std::string_view kServices = "<!--services-->";
+  if (services == Services::installed) {
+    orphans_.emplace();
+    configuration.replace(configuration.find(kServices), kServices.size(),
+                          "<standard_session_servicedirs/>");
+  }
+  writeFile(home_.file("bus.conf"), configuration);
   home_.environment.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + socket);
-  bus_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--nopidfile",
-                                        "--config-file=" + configurationFile});
+  start();
+}
+
+void PrivateSessionBus::start() {
+  const std::string socket = home_.file("bus");
+  std::filesystem::remove(socket);
+  // It logs every service that it starts, and what those log.
+  bus_.emplace(std::vector<std::string>{
+      "sh", "-c", "exec dbus-daemon --nofork --nopidfile --config-file=\"$0\" 2>/dev/null",
+      home_.file("bus.conf")});
   if (!eventually([&] { return std::filesystem::exists(socket); })) {
     throw std::runtime_error("no message bus");
   }
@@ -36,8 +69,9 @@ void PrivateSessionBus::startKeyring() {
   writeFile(home_.file("password"), std::string("x"));
   keyring_.emplace(std::vector<std::string>{
       "sh", "-c",
-      "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$HOME/password\" "
-      ">/dev/null 2>&1"});
+      "exec gnome-keyring-daemon --foreground --unlock --components=secrets <\"$0\" "
+      ">/dev/null 2>&1",
+      home_.file("password")});
   const bool answers = eventually([] {
     return runCommand({"gdbus", "call", "--session", "--dest", "org.freedesktop.secrets",
                        "--object-path", "/org/freedesktop/secrets/aliases/default", "--method",

@@ -1,33 +1,43 @@
 #pragma once
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "support/child_process.h"
 #include "support/private_home.h"
+#include "support/private_session_bus.h"
 
 namespace vlm::test {
 
 // A sound server of the test's own, which PULSE_SERVER names. It has one output, "spk", and one
 // input, "mic", which gives what is played on the sink "micfeed", in 44,100 Hz stereo. Samples pass
-// as they are.
+// as they are. The environment may name PipeWire, with a session manager, in place of PulseAudio.
 class PrivateSoundServer {
  public:
   PrivateSoundServer();
   ~PrivateSoundServer() { kill(); }
 
-  ChildProcess& process() { return *server_; }
+  static bool isPipeWire();
+
+  // What serves the library.
+  ChildProcess& process() { return processes_.back(); }
   // Ends it at once, as a crash would.
-  void kill() { server_->end(SIGKILL); }
+  void kill();
   void start();
 
   // A file in the server's folder.
   std::string file(const std::string& name) const { return home_.file(name); }
 
  private:
+  void startPulseAudio();
+  void startPipeWire();
+
+  // That of the session manager.
+  const std::unique_ptr<PrivateSessionBus> bus_ =
+      isPipeWire() ? std::make_unique<PrivateSessionBus>() : nullptr;
   PrivateHome home_;
-  std::optional<ChildProcess> server_;
+  std::vector<ChildProcess> processes_;  // in the order in which they start
 };
 
 // Interleaved floats.

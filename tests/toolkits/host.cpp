@@ -52,11 +52,12 @@ class Host {
       quit_();
       return G_SOURCE_REMOVE;
     }
-    const std::string result = obey(std::string(command, static_cast<std::size_t>(length))) + "\n";
+    const std::string result =
+        execute(std::string(command, static_cast<std::size_t>(length))) + "\n";
     return write(socket_, result.data(), result.size()) > 0;
   }
 
-  std::string obey(const std::string& command) {
+  std::string execute(const std::string& command) {
     std::istringstream words(command);
     std::string verb, name, target;
     int width = 0, height = 0;

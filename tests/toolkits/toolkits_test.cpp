@@ -1,5 +1,5 @@
 // The view in windows of GTK, Qt and SDL, each a host program of its own with the toolkit's main
-// loop. What stands on the screen is judged by ImageMagick.
+// loop. What is on the screen is judged by ImageMagick.
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <unistd.h>

@@ -41,8 +41,8 @@ struct Image {
     const bool biPlanar = format != kCVPixelFormatType_32BGRA;
     buffer = platform::makeRef<LockedBuffer>(
         5, 3, format,
-        std::array{PixelPlane{withLuma ? luma.data() : nullptr, 5, 3, 32},
-                   PixelPlane{biPlanar && withChroma ? chroma.data() : nullptr, 3, 2, 32}});
+        std::array{PixelPlane{{withLuma ? luma.data() : nullptr, 32}, 5, 3},
+                   PixelPlane{{biPlanar && withChroma ? chroma.data() : nullptr, 32}, 3, 2}});
   }
 };
 

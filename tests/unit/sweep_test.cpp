@@ -1,5 +1,6 @@
-// Every call of a flow fails once, and every allocation of the library does: whatever is refused,
-// the host gets what the flow gives or the stated failure value, and the flow works afterwards.
+// Every call of a flow fails once, every answer comes late once, and every allocation of the library
+// fails once: the host gets what the flow gives or the stated failure value, and the flow works
+// afterwards.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -257,7 +258,7 @@ void sweep(const char* kind, const Sweep& faults, bool onMainThread) {
     const auto fresh = [&, flow = flow](Machine& machine) {
       Run run(machine);
       flow(run);
-      machine.run();
+      machine.runLate();
       return run.results;
     };
     Machine whole;
@@ -316,6 +317,12 @@ TEST(Sweep, EveryCallFailsOnce) {
                        }};
     for (const bool onMainThread : {true, false}) sweep(kind, faults, onMainThread);
   }
+}
+
+TEST(Sweep, EveryAnswerComesLateOnce) {
+  const Sweep faults{[](Machine& machine, int position) { machine.delay(position); },
+                     [](Machine& machine, int) { return machine.wasDelayed(); }};
+  for (const bool onMainThread : {true, false}) sweep("late", faults, onMainThread);
 }
 
 TEST(Sweep, EveryAllocationFailsOnce) {

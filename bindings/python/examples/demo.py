@@ -1,8 +1,10 @@
-"""Lists windows, shares one to a file, and views that file:
+"""Lists windows, shares one to a file, views that file, and reaches for the rest: says which machine
+this is, puts the pointer somewhere and looks into a sound file:
 
     demo.py windows PREFIX
     demo.py share PREFIX FILE.h264 SECONDS
     demo.py view FILE.h264 SECONDS
+    demo.py services X Y SOUND
 """
 
 from __future__ import annotations
@@ -13,7 +15,8 @@ import threading
 import time
 
 import host
-from velmora import Capture, Decoder, Encoder, Frame, Presenter, Shown, capture, windows
+from velmora import Capture, Decoder, Encoder, Frame, Presenter, Shown, Sound
+from velmora import capture, input, system, windows
 
 FRAME_SECONDS = 1 / 30
 
@@ -87,6 +90,15 @@ def view(path: str, seconds: float) -> int:
     return 0 if shown else 1
 
 
+def services(x: float, y: float, path: str) -> int:
+    print(system.machine_id())
+    input.move(x, y)
+    print("{:g} {:g}".format(*input.cursor() or ()))
+    with Sound(path) as sound:
+        print(sound.duration)
+    return 0
+
+
 def main(arguments: list[str]) -> int:
     match arguments:
         case ["windows", prefix]:
@@ -95,6 +107,8 @@ def main(arguments: list[str]) -> int:
             return share(prefix, path, float(seconds))
         case ["view", path, seconds]:
             return view(path, float(seconds))
+        case ["services", x, y, path]:
+            return services(float(x), float(y), path)
     print(__doc__, file=sys.stderr)
     return 2
 

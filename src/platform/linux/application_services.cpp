@@ -6,6 +6,8 @@
 #include "platform/linux/accessibility/element.h"
 #include "platform/linux/accessibility/window_watch.h"
 #include "platform/linux/core_foundation.h"
+#include "platform/linux/input/portal_poster.h"
+#include "platform/linux/session/session_type.h"
 #include "platform/linux/x11/access.h"
 
 namespace vlm::platform {
@@ -51,10 +53,16 @@ CFValue valueOf(Plain value) {
 }  // namespace
 
 bool AXIsProcessTrusted() {
-  return x11::mayPostInput();
+  return session::isWayland() ? input::PortalPoster::shared().mayPost() : x11::mayPostInput();
 }
 
-bool AXIsProcessTrustedWithOptions(const CFValue&) {
+// X11 has no dialog for it: the answer stays what it is.
+bool AXIsProcessTrustedWithOptions(const CFValue& options) {
+  const auto* prompt = options.find(kAXTrustedCheckOptionPrompt);
+  const auto* isWanted = prompt == nullptr ? nullptr : prompt->as<bool>();
+  if (isWanted != nullptr && *isWanted && session::isWayland()) {
+    return input::PortalPoster::shared().ask();
+  }
   return AXIsProcessTrusted();
 }
 

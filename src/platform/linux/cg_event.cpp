@@ -2,8 +2,11 @@
 
 #include <cmath>
 
+#include "platform/linux/glib/log_line.h"
 #include "platform/linux/input/event.h"
+#include "platform/linux/input/portal_poster.h"
 #include "platform/linux/input/poster.h"
+#include "platform/linux/session/session_type.h"
 #include "platform/linux/x11/display.h"
 #include "platform/linux/x11/reply.h"
 #include "platform/portable/object.h"
@@ -31,7 +34,12 @@ bool isPlace(CGPoint position) {
 
 }  // namespace
 
+// A Wayland desktop does not say where its pointer is.
 Ref<CGEvent> CGEventCreate() {
+  if (session::isWayland()) {
+    glib::writeLogLineOnce("[vlm] a Wayland desktop does not say where its pointer is");
+    return nullptr;
+  }
   return Display::shared().with<Ref<CGEvent>>(nullptr, [](const x11::Connection& connection) {
     const auto asked = xcb_query_pointer(connection.get(), connection.screen().root);
     const x11::Reply<xcb_query_pointer_reply_t> reply(
@@ -65,6 +73,10 @@ CGPoint CGEventGetLocation(const CGEvent& event) {
 }
 
 void CGEventPost(CGEventTapLocation, CGEvent& event) {
+  if (session::isWayland()) {
+    input::PortalPoster::shared().post(event);
+    return;
+  }
   auto& display = Display::shared();
   display.with<bool>(false, [&](const x11::Connection& connection, unsigned generation) {
     poster().post(connection, generation, event);
@@ -74,6 +86,10 @@ void CGEventPost(CGEventTapLocation, CGEvent& event) {
 
 CGError CGWarpMouseCursorPosition(CGPoint position) {
   if (!isPlace(position)) return kCGErrorIllegalArgument;
+  if (session::isWayland()) {  // it knows no other way to put the pointer somewhere
+    const input::Event move(input::MouseInput{CGEventType::mouseMoved, position});
+    return input::PortalPoster::shared().post(move) ? kCGErrorSuccess : kCGErrorFailure;
+  }
   return Display::shared().with<CGError>(kCGErrorFailure, [&](const x11::Connection& connection) {
     xcb_warp_pointer(connection.get(), XCB_NONE, connection.screen().root, 0, 0, 0, 0,
                      input::coordinate(position.x), input::coordinate(position.y));

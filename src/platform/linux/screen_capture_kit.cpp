@@ -3,8 +3,10 @@
 #include <utility>
 
 #include "platform/linux/screen/content_filter.h"
+#include "platform/linux/screen/picked_screen.h"
 #include "platform/linux/screen/shareable_content.h"
 #include "platform/linux/screen/stream.h"
+#include "platform/linux/session/session_type.h"
 
 namespace vlm::platform {
 namespace {
@@ -26,7 +28,8 @@ void SCShareableContent::getShareableContentExcludingDesktopWindows(bool, bool o
   if (auto content = screen::currentContent(onScreenWindowsOnly)) {
     handler(std::move(content), std::nullopt);
   } else {
-    handler(nullptr, NSError{"the X server can't be reached"});
+    handler(nullptr, NSError{session::isWayland() ? "the desktop shares nothing"
+                                                  : "the X server can't be reached"});
   }
 }
 
@@ -48,6 +51,7 @@ std::shared_ptr<const SCContentFilter> SCContentFilter::initWithDisplayIncluding
 std::shared_ptr<const SCContentFilter> SCContentFilter::initWithDisplayExcludingWindows(
     std::shared_ptr<const SCDisplay> display,
     std::vector<std::shared_ptr<const SCWindow>> excluding) {
+  if (display->displayID == screen::kPickedDisplay) return screen::pickScreen();
   const CGRect rect = display->frame;
   return std::make_shared<ContentFilter>(
       screen::DisplayTarget{std::move(display), idsOf(excluding)}, rect);

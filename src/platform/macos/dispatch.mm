@@ -29,7 +29,7 @@ class Semaphore : public DispatchSemaphore {
   explicit Semaphore(int count) {
     for (int i = 0; i < count; ++i) signal();
   }
-  ~Semaphore() override { ::dispatch_release(semaphore_); }
+  ~Semaphore() override { dispatch_release(semaphore_); }
   Semaphore(const Semaphore&) = delete;
   Semaphore& operator=(const Semaphore&) = delete;
 
@@ -51,7 +51,7 @@ std::shared_ptr<DispatchQueue> dispatch_queue_create(std::string label, Dispatch
 
 std::shared_ptr<DispatchQueue> dispatch_get_main_queue() {
   const dispatch_queue_t queue = ::dispatch_get_main_queue();
-  ::dispatch_retain(queue);
+  dispatch_retain(queue);
   return std::make_shared<bridge::Queue>("com.apple.main-thread", queue);
 }
 

@@ -119,13 +119,12 @@ class Stream : public SCStream, public std::enable_shared_from_this<Stream> {
   template <class Call>
   void complete(CompletionHandler handler, Call&& call) {
     const auto shared = std::make_shared<const CompletionHandler>(std::move(handler));
-    const auto thrown = bridge::guarded([&] {
-      call(^(::NSError* error) {
-        @autoreleasepool {
-          (*shared)(bridge::fromError(error));
-        }
-      });
-    });
+    const auto block = ^(::NSError* error) {
+      @autoreleasepool {
+        (*shared)(bridge::fromError(error));
+      }
+    };
+    const auto thrown = bridge::guarded([&] { call(block); });
     if (thrown) (*shared)(thrown);
   }
 
@@ -143,17 +142,15 @@ void SCShareableContent::getShareableContentExcludingDesktopWindows(bool excludi
                                                                     bool onScreenWindowsOnly,
                                                                     Handler handler) {
   const auto shared = std::make_shared<const Handler>(std::move(handler));
+  const auto block = ^(::SCShareableContent* content, ::NSError* error) {
+    @autoreleasepool {
+      (*shared)(bridge::fromContent(content), bridge::fromError(error));
+    }
+  };
   const auto thrown = bridge::guarded([&] {
-    [::SCShareableContent
-        getShareableContentExcludingDesktopWindows:excludingDesktopWindows
-                               onScreenWindowsOnly:onScreenWindowsOnly
-                                 completionHandler:^(::SCShareableContent* content,
-                                                     ::NSError* error) {
-                                   @autoreleasepool {
-                                     (*shared)(bridge::fromContent(content),
-                                               bridge::fromError(error));
-                                   }
-                                 }];
+    [::SCShareableContent getShareableContentExcludingDesktopWindows:excludingDesktopWindows
+                                                 onScreenWindowsOnly:onScreenWindowsOnly
+                                                   completionHandler:block];
   });
   if (thrown) (*shared)(nullptr, thrown);
 }

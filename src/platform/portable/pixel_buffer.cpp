@@ -19,7 +19,7 @@ constexpr std::size_t alignedRow(std::size_t bytes) {
 }
 
 PixelPlane layOut(std::size_t width, std::size_t height, std::size_t bytesPerPixel) {
-  return {nullptr, width, height, alignedRow(width * bytesPerPixel)};
+  return {{nullptr, alignedRow(width * bytesPerPixel)}, width, height};
 }
 
 bool isBiPlanar(OSType format) {
@@ -38,7 +38,7 @@ CVPixelBuffer::CVPixelBuffer(std::size_t width, std::size_t height, OSType forma
     : format_(format),
       width_(width),
       height_(height),
-      planeCount_(planes[1].base != nullptr ? 2 : 0),
+      planeCount_(planes[1].pixels != nullptr ? 2 : 0),
       planes_(planes) {}
 
 Ref<CVPixelBuffer> CVPixelBuffer::make(std::size_t width, std::size_t height, OSType format) {
@@ -51,14 +51,14 @@ Ref<CVPixelBuffer> CVPixelBuffer::make(std::size_t width, std::size_t height, OS
   } else {
     return nullptr;
   }
-  const std::size_t first = planes[0].bytesPerRow * planes[0].height;
-  const std::size_t second = planes[1].bytesPerRow * planes[1].height;
+  const std::size_t first = planes[0].stride * planes[0].height;
+  const std::size_t second = planes[1].stride * planes[1].height;
   // Vector loops may read to the end of the row's last full vector; the spare line allows it.
   std::unique_ptr<std::uint8_t[], FreeMemory> memory(static_cast<std::uint8_t*>(
       std::aligned_alloc(kRowAlignment, first + second + kRowAlignment)));
   if (memory == nullptr) return nullptr;
-  planes[0].base = memory.get();
-  if (second > 0) planes[1].base = memory.get() + first;
+  planes[0].pixels = memory.get();
+  if (second > 0) planes[1].pixels = memory.get() + first;
   auto buffer = makeRef<CVPixelBuffer>(width, height, format, planes);
   buffer->memory_ = std::move(memory);
   return buffer;
@@ -99,20 +99,20 @@ CVReturn CVPixelBufferUnlockBaseAddress(CVPixelBuffer& buffer, CVPixelBufferLock
 
 std::uint8_t* CVPixelBufferGetBaseAddressOfPlane(const CVPixelBuffer& buffer,
                                                  std::size_t plane) noexcept {
-  return plane < buffer.planeCount() ? buffer.plane(plane).base : nullptr;
+  return plane < buffer.planeCount() ? buffer.plane(plane).pixels : nullptr;
 }
 
 std::size_t CVPixelBufferGetBytesPerRowOfPlane(const CVPixelBuffer& buffer,
                                                std::size_t plane) noexcept {
-  return plane < buffer.planeCount() ? buffer.plane(plane).bytesPerRow : 0;
+  return plane < buffer.planeCount() ? buffer.plane(plane).stride : 0;
 }
 
 std::uint8_t* CVPixelBufferGetBaseAddress(const CVPixelBuffer& buffer) noexcept {
-  return buffer.plane(0).base;
+  return buffer.plane(0).pixels;
 }
 
 std::size_t CVPixelBufferGetBytesPerRow(const CVPixelBuffer& buffer) noexcept {
-  return buffer.plane(0).bytesPerRow;
+  return buffer.plane(0).stride;
 }
 
 }  // namespace vlm::platform

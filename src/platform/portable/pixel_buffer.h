@@ -8,14 +8,13 @@
 #include "platform/core_video.h"
 #include "platform/portable/change_map.h"
 #include "platform/portable/object.h"
+#include "platform/portable/plane.h"
 
 namespace vlm::platform {
 
-struct PixelPlane {
-  std::uint8_t* base = nullptr;
+struct PixelPlane : Plane {
   std::size_t width = 0;  // pixels, or pairs in a chroma plane
   std::size_t height = 0;
-  std::size_t bytesPerRow = 0;
 };
 
 // How luma and chroma are made from colours.
@@ -37,6 +36,8 @@ class CVPixelBuffer : public Object {
   // 0 for a chunky buffer, whose one plane is plane(0).
   std::size_t planeCount() const noexcept { return planeCount_; }
   const PixelPlane& plane(std::size_t index) const noexcept { return planes_[index]; }
+  // Of a bi-planar buffer.
+  Planes planes() const noexcept { return {planes_[0], planes_[1]}; }
 
   virtual CVReturn lock(CVPixelBufferLockFlags) { return kCVReturnSuccess; }
   virtual CVReturn unlock(CVPixelBufferLockFlags) { return kCVReturnSuccess; }

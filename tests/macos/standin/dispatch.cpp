@@ -9,6 +9,10 @@
 #include <thread>
 #include <utility>
 
+#define vlm engine
+#include "platform/portable/thread.h"
+#undef vlm
+
 struct dispatch_object_s {
   using Job = std::pair<void*, dispatch_function_t>;
   std::atomic<int> references = 1;
@@ -33,10 +37,28 @@ struct dispatch_object_s {
   }
 };
 
+namespace standin {
+
+void runMainQueue() {
+  auto* const queue = dispatch_get_main_queue();
+  std::unique_lock lock(queue->mutex);
+  while (!queue->jobs.empty()) {
+    const auto [context, work] = queue->jobs.front();
+    queue->jobs.pop_front();
+    lock.unlock();
+    work(context);
+    lock.lock();
+  }
+}
+
+}  // namespace standin
+
 extern "C" {
 
 dispatch_queue_t dispatch_queue_create(const char*, dispatch_queue_attr_t) {
   auto* const queue = new dispatch_object_s;
+  // As on a Mac, no signal of the host's comes to a queue.
+  const engine::platform::HostSignalsBlocked blocked;
   queue->thread = std::thread([queue] { queue->serve(); });
   return queue;
 }

@@ -13,17 +13,13 @@
 #include <set>
 #include <thread>
 
-#include "standin/objects.h"
+#include "standin/allocations.h"
+#include "standin/media_objects.h"
 #include "standin/stage.h"
 
 using standin::object;
 using standin::stage;
 
-@interface StandInSample : NSObject {
- @public
-  NSMutableArray* attachments;
-}
-@end
 @interface StandInObserver : NSObject {
  @public
   AXObserverCallback callback;
@@ -67,8 +63,26 @@ const char* const kClasses[] = {"StandInSample",      "StandInObserver",   "Stan
                                 "StandInApplication", "StandInContent",    "StandInStream",
                                 "StandInElement",     "StandInGeometry",   "SCContentFilter",
                                 "SCStreamConfiguration", "VLMStreamOutput", "VLMStreamDelegate",
-                                "VLMAccessibilityObserver"};
+                                "VLMAccessibilityObserver",
+                                "StandInPixelBuffer", "StandInData", "StandInDescription",
+                                "StandInEncoder", "StandInDecoder", "StandInColor", "StandInEvent",
+                                "StandInMonitor", "VLMHostedView", "AVSampleBufferDisplayLayer",
+                                "NSEvent", "AVAudioFormat", "AVAudioPCMBuffer", "AVAudioConverter",
+                                "AVAudioEngine", "AVAudioInputNode", "AVAudioOutputNode",
+                                "AVAudioMixerNode", "AVAudioSourceNode", "AVAudioPlayer"};
 }  // namespace
+
+// Calls a handler from another thread, some time after the call that brought it.
+template <class Handler, class Call>
+void answer(Handler kept, Call call) {
+  std::thread([kept, call] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    @autoreleasepool {
+      call(kept);
+    }
+    Block_release(kept);
+  }).detach();
+}
 
 // A class that no test has used yet is not registered.
 int alive_(const char* name) {
@@ -136,8 +150,11 @@ SCShareableContent* makeContent(NSArray* windows, NSArray* applications, NSArray
   return content;
 }
 
-void deliverSample(int status) {
+void deliverSample(int status, CVPixelBufferRef image) {
   auto* const sample = [[StandInSample alloc] init];
+  sample->it = e::makeRef<e::CMSampleBuffer>();
+  sample->it->timing.presentationTimeStamp = {1, 30};
+  sample->image = [object(image) retain];
   NSMutableDictionary* const first = [NSMutableDictionary
       dictionaryWithObject:[NSNumber numberWithInt:status]
                     forKey:object(SCStreamFrameInfoStatus)];
@@ -145,6 +162,7 @@ void deliverSample(int status) {
   const auto all = streams;
   for (StandInStream* stream : all) {
     for (id<SCStreamOutput> output in [[stream->outputs copy] autorelease]) {
+      standin::countAllocations();
       [output stream:stream
           didOutputSampleBuffer:reinterpret_cast<CMSampleBufferRef>(sample)
                          ofType:SCStreamOutputTypeScreen];
@@ -161,12 +179,6 @@ void failStreams() {
 
 }  // namespace standin
 
-@implementation StandInSample
-- (void)dealloc {
-  [attachments release];
-  [super dealloc];
-}
-@end
 @implementation StandInElement
 - (void)dealloc {
   [attributes release];
@@ -223,12 +235,7 @@ void failStreams() {
                                onScreenWindowsOnly:(BOOL)onScreen
                                  completionHandler:(void (^)(SCShareableContent*, NSError*))handler {
   if (stage().throws) [NSException raise:@"StandIn" format:@"no content today"];
-  std::thread([kept = Block_copy(handler)] {
-    @autoreleasepool {
-      kept(stage().content, stage().contentError);
-    }
-    Block_release(kept);
-  }).join();
+  standin::answer(Block_copy(handler), [](auto kept) { kept(stage().content, stage().contentError); });
 }
 @end
 @implementation StandInContent
@@ -312,9 +319,11 @@ SETTING(BOOL, ExcludesCurrentProcessAudio)
 }
 - (void)startCaptureWithCompletionHandler:(void (^)(NSError*))handler {
   if (stage().throws) [NSException raise:@"StandIn" format:@"no start today"];
-  handler(nil);
+  standin::answer(Block_copy(handler), [](auto kept) { kept(nil); });
 }
-- (void)stopCaptureWithCompletionHandler:(void (^)(NSError*))handler { handler(nil); }
+- (void)stopCaptureWithCompletionHandler:(void (^)(NSError*))handler {
+  standin::answer(Block_copy(handler), [](auto kept) { kept(nil); });
+}
 - (void)dealloc {
   standin::streams.erase(self);
   [outputs release];
@@ -323,11 +332,6 @@ SETTING(BOOL, ExcludesCurrentProcessAudio)
 @end
 
 extern "C" {
-
-CMTime CMTimeMake(int64_t value, int32_t timescale) { return {value, timescale, kCMTimeFlags_Valid, 0}; }
-CFArrayRef CMSampleBufferGetSampleAttachmentsArray(CMSampleBufferRef sample, Boolean) {
-  return reinterpret_cast<CFArrayRef>(static_cast<StandInSample*>(object(sample))->attachments);
-}
 
 bool CGRectMakeWithDictionaryRepresentation(CFDictionaryRef dictionary, CGRect* rect) {
   NSDictionary* const entries = object(dictionary);

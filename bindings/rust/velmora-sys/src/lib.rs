@@ -1,7 +1,7 @@
 //! The functions of VelmoraMacNative.h, which is the manual.
-#![no_std]
 #![allow(non_camel_case_types, non_snake_case)]
-use core::ffi::{c_char, c_void};
+use std::ffi::c_void;
+use std::os::raw::c_char;
 
 pub type vlm_frame_cb = unsafe extern "C" fn(
     pixbuf: *mut c_void,

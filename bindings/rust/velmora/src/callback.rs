@@ -10,28 +10,22 @@ fn this_thread() -> u64 {
     THREAD.with(|id| *id)
 }
 
-/// What an object's user pointer points to. The library runs one callback of an object at a time.
+/// What an object's user pointer points to. `F` is behind a lock where it changes when it is called:
+/// a callback on the main thread may turn the main loop and so meet itself.
 pub(crate) struct Target<F> {
     closure: F,
     running_on: AtomicU64,
 }
 
 impl<F> Target<F> {
-    pub(crate) fn new(closure: F) -> *mut Target<F> {
-        let running_on = AtomicU64::new(0);
-        Box::into_raw(Box::new(Target {
-            closure,
-            running_on,
-        }))
-    }
-
     /// # Safety
-    /// `user` comes from `new`, its object has not ended, and no other callback of it runs.
-    pub(crate) unsafe fn run(user: *mut c_void, call: impl FnOnce(&mut F)) {
-        let target = user.cast::<Target<F>>();
-        (*target).running_on.store(this_thread(), Ordering::Relaxed);
-        call(&mut (*target).closure);
-        (*target).running_on.store(0, Ordering::Relaxed);
+    /// `user` is an object's user pointer, the object has not ended, and its other callbacks run on
+    /// this thread only.
+    pub(crate) unsafe fn run(user: *mut c_void, call: impl FnOnce(&F)) {
+        let target = &*user.cast::<Target<F>>();
+        let outer = target.running_on.swap(this_thread(), Ordering::Relaxed);
+        call(&target.closure);
+        target.running_on.store(outer, Ordering::Relaxed);
     }
 }
 
@@ -42,8 +36,9 @@ pub(crate) struct Object<F: 'static> {
     end: unsafe extern "C" fn(*mut c_void),
 }
 
-// The functions may be called from any thread, and closures are required to be Send.
+// The functions may be called from any thread, and what has to be one thread's takes `&mut`.
 unsafe impl<F: Send> Send for Object<F> {}
+unsafe impl<F: Send> Sync for Object<F> {}
 
 impl<F: Send> Object<F> {
     /// # Safety
@@ -54,7 +49,11 @@ impl<F: Send> Object<F> {
         end: unsafe extern "C" fn(*mut c_void),
         start: impl FnOnce(*mut c_void) -> *mut c_void,
     ) -> Option<Self> {
-        let target = Target::new(closure);
+        let running_on = AtomicU64::new(0);
+        let target = Box::into_raw(Box::new(Target {
+            closure,
+            running_on,
+        }));
         let handle = start(target.cast());
         if handle.is_null() {
             drop(Box::from_raw(target));

@@ -3,7 +3,11 @@
 #include <glib.h>
 #include <unistd.h>
 
+#include <functional>
+#include <set>
 #include <string>
+
+#include "platform/mutex.h"
 
 namespace vlm::platform::glib {
 namespace {
@@ -36,6 +40,17 @@ void writeLogLine(std::string_view line) noexcept {
     }
   } catch (...) {  // NOLINT(bugprone-empty-catch): no memory for the line: it is lost
   }
+}
+
+void writeLogLineOnce(std::string_view line) noexcept {
+  static constinit Mutex mutex;
+  try {
+    const MutexLock lock(mutex);
+    static auto* const written = new std::set<std::string, std::less<>>();  // never ended
+    if (!written->insert(std::string(line)).second) return;
+  } catch (...) {  // NOLINT(bugprone-empty-catch): no memory: it may be written again
+  }
+  writeLogLine(line);
 }
 
 }  // namespace vlm::platform::glib

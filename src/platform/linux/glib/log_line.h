@@ -8,4 +8,7 @@ namespace vlm::platform::glib {
 // default main context; writes it to standard error where there is none. Any thread; never throws.
 void writeLogLine(std::string_view line) noexcept;
 
+// The same, but only the first time in this process that it is called with this line.
+void writeLogLineOnce(std::string_view line) noexcept;
+
 }  // namespace vlm::platform::glib

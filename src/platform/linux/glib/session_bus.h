@@ -4,10 +4,9 @@
 
 namespace vlm::platform::glib {
 
-// The process's connection to the session bus; null and an error when there is none. A bus that
-// goes away must not take the host with it, which is what this connection does unless it is told
-// otherwise: so whoever uses the bus, GLib on our behalf included, asks for it here first and keeps
-// it meanwhile.
+// The process's connection to the session bus; null and an error when there is none. By default
+// this connection ends the process when the bus goes away; here that is switched off. So it is
+// taken from here and kept before anything uses the bus, GLib on our behalf included.
 Object<GDBusConnection> safeSessionBus(GCancellable* cancellable, GError** error);
 
 // A connection to the session bus that nothing else in the process uses, so that services take its

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/linux/h264/plane.h"
+#include "platform/linux/h264/block.h"
 
 namespace vlm::platform::h264 {
 namespace {
@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kQuarter = 8;
 
 // Whole rows of eight, so that the compiler makes vectors of them.
-unsigned squaredDifference(Plane a, Plane b, std::size_t rows) {
+unsigned squaredDifference(PlaneView a, PlaneView b, std::size_t rows) {
   unsigned sum = 0;
   for (std::size_t row = 0; row < rows; ++row) {
     for (std::size_t x = 0; x < kQuarter; ++x) {
@@ -22,7 +22,7 @@ unsigned squaredDifference(Plane a, Plane b, std::size_t rows) {
   return sum;
 }
 
-float variance(Plane a, std::size_t rows) {
+float variance(PlaneView a, std::size_t rows) {
   unsigned sum = 0;
   unsigned squares = 0;
   for (std::size_t row = 0; row < rows; ++row) {
@@ -55,11 +55,10 @@ BlockEnergy differenceEnergy(const YCbCrPicture& a, const YCbCrPicture& b, std::
                              std::size_t row) {
   BlockEnergy energy{};
   forEachQuarter(a, column, row, [&](auto quarter, auto x, auto y, auto rows) {
-    const auto luma = squaredDifference({a.luma + y * a.lumaStride + x, a.lumaStride},
-                                        {b.luma + y * b.lumaStride + x, b.lumaStride}, rows);
-    const auto chroma =
-        squaredDifference({a.chroma + y / 2 * a.chromaStride + x, a.chromaStride},
-                          {b.chroma + y / 2 * b.chromaStride + x, b.chromaStride}, rows / 2);
+    const auto [lumaA, chromaA] = a.from(x, y);
+    const auto [lumaB, chromaB] = b.from(x, y);
+    const auto luma = squaredDifference(lumaA, lumaB, rows);
+    const auto chroma = squaredDifference(chromaA, chromaB, rows / 2);
     energy[quarter] = static_cast<float>(luma + chroma) / (kQuarter * kQuarter);
   });
   return energy;
@@ -68,8 +67,7 @@ BlockEnergy differenceEnergy(const YCbCrPicture& a, const YCbCrPicture& b, std::
 BlockEnergy detailEnergy(const YCbCrPicture& picture, std::size_t column, std::size_t row) {
   BlockEnergy energy{};
   forEachQuarter(picture, column, row, [&](auto quarter, auto x, auto y, auto rows) {
-    energy[quarter] =
-        variance({picture.luma + y * picture.lumaStride + x, picture.lumaStride}, rows);
+    energy[quarter] = variance(picture.luma.from(x, y), rows);
   });
   return energy;
 }

@@ -3,27 +3,20 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/linux/h264/plane.h"
+#include "platform/linux/h264/block.h"
 
 namespace vlm::platform::h264 {
 namespace {
 
-struct PlanePair {
-  const std::uint8_t* now;
-  std::size_t stride;
-  const std::uint8_t* before;
-  std::size_t strideBefore;
-};
-
 // Clears the flags of one row of blocks wherever one of `rows` rows of 16 bytes differs. Rows are
 // padded to whole vectors, but the padding means nothing: the last block is compared
 // only as far as the picture goes.
-void compareBlockRow(const PlanePair& planes, std::size_t firstRow, std::size_t rows,
-                     std::size_t width, std::span<std::uint8_t> flags) {
+void compareBlockRow(PlaneView picture, PlaneView previous, std::size_t rows, std::size_t width,
+                     std::span<std::uint8_t> flags) {
   const std::size_t whole = width / kBlock;
-  for (std::size_t row = firstRow; row < firstRow + rows; ++row) {
-    const auto* now = planes.now + row * planes.stride;
-    const auto* before = planes.before + row * planes.strideBefore;
+  for (std::size_t row = 0; row < rows; ++row) {
+    const auto* now = picture.row(row);
+    const auto* before = previous.row(row);
     for (std::size_t block = 0; block < whole; ++block) {
       if (std::memcmp(now + block * kBlock, before + block * kBlock, kBlock) != 0) {
         flags[block] = 0;
@@ -64,16 +57,15 @@ void ConstantBlocks::applyAccount(const ChangeMap& changes) {
 void ConstantBlocks::compare(const YCbCrPicture& picture, const YCbCrPicture& previous) {
   std::ranges::fill(flags_, 1);
   const std::size_t rows = flags_.size() / columns_;
-  const PlanePair luma{picture.luma, picture.lumaStride, previous.luma, previous.lumaStride};
-  const PlanePair chroma{picture.chroma, picture.chromaStride, previous.chroma,
-                         previous.chromaStride};
   for (std::size_t row = 0; row < rows; ++row) {
     const auto flags = std::span(flags_).subspan(row * columns_, columns_);
     const std::size_t y = row * kBlock;
     const std::size_t count = std::min(kBlock, picture.height - y);
-    compareBlockRow(luma, y, count, picture.width, flags);
+    const auto now = picture.from(0, y);
+    const auto before = previous.from(0, y);
+    compareBlockRow(now.luma, before.luma, count, picture.width, flags);
     // Half as many rows, and as many bytes in each: one of Cb and one of Cr for two pixels.
-    compareBlockRow(chroma, y / 2, count / 2, picture.width, flags);
+    compareBlockRow(now.chroma, before.chroma, count / 2, picture.width, flags);
   }
 }
 

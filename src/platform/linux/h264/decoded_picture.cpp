@@ -48,21 +48,18 @@ YCbCrMatrix matrixOf(const AVFrame& picture) {
 
 // The usual pictures: 4:2:0 with 8 bits.
 bool toBiPlanar(const AVFrame& from, const CVPixelBuffer& to) {
-  const auto& luma = to.plane(0);
-  const auto& chroma = to.plane(1);
+  const auto [luma, chroma] = to.planes();
   return libyuv::I420ToNV12(from.data[0], from.linesize[0], from.data[1], from.linesize[1],
-                            from.data[2], from.linesize[2], luma.base,
-                            static_cast<int>(luma.bytesPerRow), chroma.base,
-                            static_cast<int>(chroma.bytesPerRow), from.width, from.height) == 0;
+                            from.data[2], from.linesize[2], luma.pixels, luma.rowBytes(),
+                            chroma.pixels, chroma.rowBytes(), from.width, from.height) == 0;
 }
 
 bool toBgra(const AVFrame& from, const CVPixelBuffer& to) {
   const auto& plane = to.plane(0);
   const auto& constants = media::yuvConstants({matrixOf(from), isFullRange(from)});
   return libyuv::I420ToARGBMatrix(from.data[0], from.linesize[0], from.data[1], from.linesize[1],
-                                  from.data[2], from.linesize[2], plane.base,
-                                  static_cast<int>(plane.bytesPerRow), &constants, from.width,
-                                  from.height) == 0;
+                                  from.data[2], from.linesize[2], plane.pixels, plane.rowBytes(),
+                                  &constants, from.width, from.height) == 0;
 }
 
 // A scaler's own quick ways are chosen when it is made, and look at the ranges.
@@ -90,9 +87,8 @@ bool scale(SwsContext* scaler, const AVFrame& from, const CVPixelBuffer& to) {
       from.colorspace == AVCOL_SPC_UNSPECIFIED ? SWS_CS_ITU601 : from.colorspace);
   sws_setColorspaceDetails(scaler, matrix, isFullRange(from) ? 1 : 0, matrix, 0, 0, 1 << 16,
                            1 << 16);
-  std::uint8_t* const planes[] = {to.plane(0).base, to.plane(1).base, nullptr, nullptr};
-  const int strides[] = {static_cast<int>(to.plane(0).bytesPerRow),
-                         static_cast<int>(to.plane(1).bytesPerRow), 0, 0};
+  std::uint8_t* const planes[] = {to.plane(0).pixels, to.plane(1).pixels, nullptr, nullptr};
+  const int strides[] = {to.plane(0).rowBytes(), to.plane(1).rowBytes(), 0, 0};
   return sws_scale(scaler, from.data, from.linesize, 0, from.height, planes, strides) ==
          from.height;
 }

@@ -13,25 +13,20 @@ constexpr std::size_t evenUp(std::size_t size) {
 }
 
 YCbCrPicture inPlace(const CVPixelBuffer& buffer) {
-  const auto& luma = buffer.plane(0);
-  const auto& chroma = buffer.plane(1);
-  return {
-      luma.base,       luma.bytesPerRow,         chroma.base, chroma.bytesPerRow, buffer.width(),
-      buffer.height(), media::encodingOf(buffer)};
+  return {buffer.planes(), buffer.width(), buffer.height(), media::encodingOf(buffer)};
 }
 
 void convert(const CVPixelBuffer& bgra, const CVPixelBuffer& to) {
   const auto& from = bgra.plane(0);
-  libyuv::ARGBToNV12(from.base, static_cast<int>(from.bytesPerRow), to.plane(0).base,
-                     static_cast<int>(to.plane(0).bytesPerRow), to.plane(1).base,
-                     static_cast<int>(to.plane(1).bytesPerRow), static_cast<int>(bgra.width()),
+  const auto [luma, chroma] = to.planes();
+  libyuv::ARGBToNV12(from.pixels, from.rowBytes(), luma.pixels, luma.rowBytes(), chroma.pixels,
+                     chroma.rowBytes(), static_cast<int>(bgra.width()),
                      static_cast<int>(bgra.height()));
 }
 
 void copyPlane(const PixelPlane& from, const PixelPlane& to, std::size_t bytesPerPixel) {
   for (std::size_t row = 0; row < from.height; ++row) {
-    std::memcpy(to.base + row * to.bytesPerRow, from.base + row * from.bytesPerRow,
-                from.width * bytesPerPixel);
+    std::memcpy(to.row(row), from.row(row), from.width * bytesPerPixel);
   }
 }
 
@@ -39,13 +34,13 @@ void copyPlane(const PixelPlane& from, const PixelPlane& to, std::size_t bytesPe
 void extendLuma(const PixelPlane& luma, std::size_t width, std::size_t height) {
   if (width < luma.width) {
     for (std::size_t row = 0; row < height; ++row) {
-      auto* pixels = luma.base + row * luma.bytesPerRow;
+      auto* pixels = luma.row(row);
       pixels[width] = pixels[width - 1];
     }
   }
   if (height < luma.height) {
-    auto* last = luma.base + (height - 1) * luma.bytesPerRow;
-    std::memcpy(last + luma.bytesPerRow, last, luma.width);
+    auto* last = luma.row(height - 1);
+    std::memcpy(last + luma.stride, last, luma.width);
   }
 }
 

@@ -10,12 +10,8 @@
 
 namespace vlm::platform::h264 {
 
-// 4:2:0 with interleaved chroma, of even size, in memory that the caller keeps.
-struct YCbCrPicture {
-  const std::uint8_t* luma;
-  std::size_t lumaStride;
-  const std::uint8_t* chroma;
-  std::size_t chromaStride;
+// 4:2:0 with interleaved chroma, of even size.
+struct YCbCrPicture : PlanesView {
   std::size_t width;
   std::size_t height;
   media::YCbCrEncoding encoding;

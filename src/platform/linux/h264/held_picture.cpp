@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/linux/h264/plane.h"
+#include "platform/linux/h264/block.h"
 
 namespace vlm::platform::h264 {
 namespace {
@@ -22,12 +22,11 @@ void composeRow(const std::uint8_t* source, const std::uint8_t* shown, std::uint
   }
 }
 
-void composePlane(Plane source, Plane shown, const PixelPlane& to, std::size_t width,
+void composePlane(PlaneView source, PlaneView shown, const PixelPlane& to, std::size_t width,
                   std::size_t rowsPerBlock, std::span<const std::uint8_t> constant) {
   const std::size_t columns = (width + kBlock - 1) / kBlock;
   for (std::size_t row = 0; row < to.height; ++row) {
-    composeRow(source.pixels + row * source.stride, shown.pixels + row * shown.stride,
-               to.base + row * to.bytesPerRow, width,
+    composeRow(source.row(row), shown.row(row), to.row(row), width,
                constant.subspan(row / rowsPerBlock * columns, columns));
   }
 }
@@ -41,14 +40,9 @@ const YCbCrPicture* HeldPicture::compose(const YCbCrPicture& source, const YCbCr
                                   kCVPixelFormatType_420YpCbCr8BiPlanarVideoRange);
     if (!memory_) return nullptr;
   }
-  const auto& luma = memory_->plane(0);
-  const auto& chroma = memory_->plane(1);
-  composePlane({source.luma, source.lumaStride}, {shown.luma, shown.lumaStride}, luma, source.width,
-               kBlock, constant);
-  composePlane({source.chroma, source.chromaStride}, {shown.chroma, shown.chromaStride}, chroma,
-               source.width, kBlock / 2, constant);
-  picture_ = {luma.base,    luma.bytesPerRow, chroma.base,    chroma.bytesPerRow,
-              source.width, source.height,    source.encoding};
+  composePlane(source.luma, shown.luma, memory_->plane(0), source.width, kBlock, constant);
+  composePlane(source.chroma, shown.chroma, memory_->plane(1), source.width, kBlock / 2, constant);
+  picture_ = {memory_->planes(), source.width, source.height, source.encoding};
   return &picture_;
 }
 

@@ -91,10 +91,10 @@ void setPlanes(x264_image_t& image, const YCbCrPicture& picture) {
   image.i_csp = X264_CSP_NV12;
   image.i_plane = 2;
   // x264 only reads them.
-  image.plane[0] = const_cast<std::uint8_t*>(picture.luma);
-  image.plane[1] = const_cast<std::uint8_t*>(picture.chroma);
-  image.i_stride[0] = static_cast<int>(picture.lumaStride);
-  image.i_stride[1] = static_cast<int>(picture.chromaStride);
+  image.plane[0] = const_cast<std::uint8_t*>(picture.luma.pixels);
+  image.plane[1] = const_cast<std::uint8_t*>(picture.chroma.pixels);
+  image.i_stride[0] = picture.luma.rowBytes();
+  image.i_stride[1] = picture.chroma.rowBytes();
 }
 
 }  // namespace
@@ -157,13 +157,10 @@ std::optional<std::vector<std::uint8_t>> X264Encoder::encode(const YCbCrPicture&
   shown_.reset();
   const int size = x264_encoder_encode(encoder_.get(), &units, &count, &input, &coded);
   if (size <= 0) return std::nullopt;
-  shown_ = YCbCrPicture{.luma = coded.img.plane[0],
-                        .lumaStride = static_cast<std::size_t>(coded.img.i_stride[0]),
-                        .chroma = coded.img.plane[1],
-                        .chromaStride = static_cast<std::size_t>(coded.img.i_stride[1]),
-                        .width = picture.width,
-                        .height = picture.height,
-                        .encoding = picture.encoding};
+  const auto plane = [&](int index) {
+    return PlaneView{coded.img.plane[index], static_cast<std::size_t>(coded.img.i_stride[index])};
+  };
+  shown_ = YCbCrPicture{{plane(0), plane(1)}, picture.width, picture.height, picture.encoding};
   std::vector<std::uint8_t> bytes;
   bytes.reserve(static_cast<std::size_t>(size));
   for (const auto& unit : std::span(units, static_cast<std::size_t>(count))) {

@@ -9,8 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/glib/log_line.h"
 #include "platform/linux/input/key_recorder.h"
 #include "platform/linux/input/keyboard.h"
+#include "platform/linux/session/session_type.h"
 #include "platform/linux/x11/display.h"
 #include "platform/linux/x11/window_list.h"
 
@@ -92,6 +94,10 @@ class Monitors {
 
 std::shared_ptr<NSEventMonitor> addKeyMonitor(bool local,
                                               std::function<void(const NSEvent&)> handler) {
+  if (session::isWayland()) {
+    glib::writeLogLineOnce(
+        "[vlm] in a Wayland session hot keys are seen only while an X11 client has the keyboard");
+  }
   return Monitors::shared().add(local, std::move(handler));
 }
 

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <optional>
 
+#include "platform/integer.h"
 #include "platform/linux/input/keyboard.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
@@ -94,7 +95,7 @@ void waitForServer(const x11::Connection& connection) {
 }  // namespace
 
 std::int16_t coordinate(double points) {
-  return static_cast<std::int16_t>(std::clamp(std::floor(points), -32768.0, 32767.0));
+  return truncated<std::int16_t>(std::floor(points));
 }
 
 void Poster::post(const x11::Connection& connection, unsigned generation, const Event& event) {

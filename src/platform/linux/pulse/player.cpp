@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "platform/integer.h"
 #include "platform/linux/pulse/sound_mix.h"
 
 namespace vlm::platform::pulse {
@@ -52,9 +53,8 @@ class Player final : public AVAudioPlayer {
   }
 
   void setCurrentTime(double seconds) override {
-    const auto frame = std::llround(seconds * sound_.sampleRate);
-    const auto last = static_cast<long long>(sound_.frames());
-    const auto place = static_cast<std::size_t>(std::clamp<long long>(frame, 0, last));
+    const auto frame = truncated<std::size_t>(std::round(seconds * sound_.sampleRate));
+    const auto place = std::min(frame, sound_.frames());
     if (mix_ && !mix_->moveTo(voice_, place)) stop();
     frame_ = place;
   }

@@ -7,7 +7,7 @@
 #include "platform/linux/screen/display_source.h"
 #include "platform/linux/screen/layered_reader.h"
 #include "platform/linux/screen/redirected_window.h"
-#include "platform/linux/screen/source.h"
+#include "platform/linux/screen/x11_source.h"
 #include "platform/linux/x11/connection.h"
 #include "platform/linux/x11/window_list.h"
 
@@ -15,7 +15,7 @@ namespace vlm::platform::screen {
 
 // The windows of some applications on one display, at their places before black, and nothing of
 // any other application. Windows are taken in and let go as they come and go.
-class ApplicationSource final : public Source {
+class ApplicationSource final : public X11Source {
  public:
   ApplicationSource(const x11::Connection& connection, const ApplicationsTarget& target);
 

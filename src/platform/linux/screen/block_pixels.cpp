@@ -11,23 +11,21 @@ constexpr std::size_t kRowBytes = ChangeMap::kBlockSize;
 
 // Rows of a whole block are 16 bytes in both planes. With the length known the compiler makes a
 // few instructions of what would be a call.
-bool rowsAreSame(const std::uint8_t* a, std::size_t aStride, const std::uint8_t* b,
-                 std::size_t bStride, std::size_t bytes, int rows) {
-  for (int row = 0; row < rows; ++row, a += aStride, b += bStride) {
-    const int difference =
-        bytes == kRowBytes ? std::memcmp(a, b, kRowBytes) : std::memcmp(a, b, bytes);
+bool rowsAreSame(PlaneView a, PlaneView b, std::size_t bytes, int rows) {
+  for (int row = 0; row < rows; ++row, a = a.from(0, 1), b = b.from(0, 1)) {
+    const int difference = bytes == kRowBytes ? std::memcmp(a.pixels, b.pixels, kRowBytes)
+                                              : std::memcmp(a.pixels, b.pixels, bytes);
     if (difference != 0) return false;
   }
   return true;
 }
 
-void copyRows(const std::uint8_t* from, std::size_t fromStride, std::uint8_t* to,
-              std::size_t toStride, std::size_t bytes, int rows) {
-  for (int row = 0; row < rows; ++row, from += fromStride, to += toStride) {
+void copyRows(PlaneView from, Plane to, std::size_t bytes, int rows) {
+  for (int row = 0; row < rows; ++row, from = from.from(0, 1), to = to.from(0, 1)) {
     if (bytes == kRowBytes) {
-      std::memcpy(to, from, kRowBytes);
+      std::memcpy(to.pixels, from.pixels, kRowBytes);
     } else {
-      std::memcpy(to, from, bytes);
+      std::memcpy(to.pixels, from.pixels, bytes);
     }
   }
 }
@@ -42,25 +40,14 @@ int chromaRows(x11::Size size) {
 
 }  // namespace
 
-PlanarView PlanarView::at(int x, int y) const {
-  const auto column = static_cast<std::size_t>(x);
-  const auto row = static_cast<std::size_t>(y);
-  return {luma + row * lumaBytesPerRow + column, lumaBytesPerRow,
-          chroma + row / 2 * chromaBytesPerRow + column, chromaBytesPerRow};
+bool isSame(const PlanesView& a, const PlanesView& b, x11::Size size) {
+  return rowsAreSame(a.luma, b.luma, static_cast<std::size_t>(size.width), size.height) &&
+         rowsAreSame(a.chroma, b.chroma, chromaBytes(size), chromaRows(size));
 }
 
-bool isSame(const PlanarView& a, const PlanarView& b, x11::Size size) {
-  return rowsAreSame(a.luma, a.lumaBytesPerRow, b.luma, b.lumaBytesPerRow,
-                     static_cast<std::size_t>(size.width), size.height) &&
-         rowsAreSame(a.chroma, a.chromaBytesPerRow, b.chroma, b.chromaBytesPerRow,
-                     chromaBytes(size), chromaRows(size));
-}
-
-void copyPixels(const PlanarView& from, const PlanarView& to, x11::Size size) {
-  copyRows(from.luma, from.lumaBytesPerRow, to.luma, to.lumaBytesPerRow,
-           static_cast<std::size_t>(size.width), size.height);
-  copyRows(from.chroma, from.chromaBytesPerRow, to.chroma, to.chromaBytesPerRow, chromaBytes(size),
-           chromaRows(size));
+void copyPixels(const PlanesView& from, const Planes& to, x11::Size size) {
+  copyRows(from.luma, to.luma, static_cast<std::size_t>(size.width), size.height);
+  copyRows(from.chroma, to.chroma, chromaBytes(size), chromaRows(size));
 }
 
 }  // namespace vlm::platform::screen

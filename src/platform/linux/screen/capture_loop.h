@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
+#include "platform/linux/screen/feed.h"
 #include "platform/linux/screen/frame_composer.h"
 #include "platform/linux/screen/source.h"
-#include "platform/linux/x11/connection.h"
 
 namespace vlm::platform::screen {
 
@@ -17,22 +17,20 @@ class CaptureLoop {
  public:
   using Deliver = std::function<void(Ref<CVPixelBuffer>, Clock::time_point)>;
 
-  CaptureLoop(const x11::Connection& connection, Source& source, FrameComposer& composer,
-              Clock::duration interval, Deliver deliver);
+  CaptureLoop(Feed& feed, Source& source, FrameComposer& composer, Clock::duration interval,
+              Deliver deliver);
 
-  // Runs until the server is lost (or the connection hung up) or the source ends, and returns why.
+  // Runs until the feed is lost (or hung up) or the source ends, and returns why.
   std::string run();
 
  private:
   using Wake = std::optional<Clock::time_point>;
 
-  // Does what is due now; returns when to look again even if no event comes.
+  // Does what is due now; returns when to look again even if nothing comes.
   Wake step(Clock::time_point now);
-  void handleEvents();
-  void handleQueuedEvents();  // those that came along with answers
   void sleep(const Wake& wake) const;
 
-  const x11::Connection& connection_;
+  Feed& feed_;
   Source& source_;
   FrameComposer& composer_;
   const Clock::duration interval_;

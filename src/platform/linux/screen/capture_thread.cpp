@@ -4,9 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/screen/make_source.h"
+#include "platform/linux/screen/make_feed.h"
 #include "platform/linux/x11/broken_pipe.h"
-#include "platform/linux/x11/connection.h"
 #include "platform/mutex.h"
 #include "platform/portable/thread_names.h"
 
@@ -21,32 +20,31 @@ Clock::duration intervalOf(CMTime time) {
 
 }  // namespace
 
-// Ends the wait for the server from another thread. Both sides hold it, so that either may be gone
+// Ends the wait for the service from another thread. Both sides hold it, so that either may be gone
 // first.
 class CaptureThread::Interruption {
  public:
   void ask() {
     MutexLock lock(mutex_);
     isAsked_ = true;
-    if (connection_ != nullptr) connection_->hangUp();
+    if (feed_ != nullptr) feed_->hangUp();
   }
   bool isAsked() {
     MutexLock lock(mutex_);
     return isAsked_;
   }
 
-  // Says for as long as it lives which connection to hang up.
+  // Says for as long as it lives which feed to hang up.
   class Target {
    public:
-    Target(Interruption& interruption, const x11::Connection& connection)
-        : interruption_(interruption) {
+    Target(Interruption& interruption, Feed& feed) : interruption_(interruption) {
       MutexLock lock(interruption_.mutex_);
-      interruption_.connection_ = &connection;
-      if (interruption_.isAsked_) connection.hangUp();
+      interruption_.feed_ = &feed;
+      if (interruption_.isAsked_) feed.hangUp();
     }
     ~Target() {
       MutexLock lock(interruption_.mutex_);
-      interruption_.connection_ = nullptr;
+      interruption_.feed_ = nullptr;
     }
     Target(const Target&) = delete;
     Target& operator=(const Target&) = delete;
@@ -58,7 +56,7 @@ class CaptureThread::Interruption {
  private:
   Mutex mutex_;
   bool isAsked_ VLM_GUARDED_BY(mutex_) = false;
-  const x11::Connection* connection_ VLM_GUARDED_BY(mutex_) = nullptr;
+  Feed* feed_ VLM_GUARDED_BY(mutex_) = nullptr;
 };
 
 // What the thread does, and what it reports.
@@ -89,19 +87,19 @@ class CaptureThread::Run {
  private:
   // Runs the capture to its end and returns why it ended.
   std::string capture() {
-    const auto connection = x11::Connection::open();
-    if (!connection) return "the X server can't be reached";
-    const Interruption::Target target(*interruption_, *connection);
     std::string reason;
-    const auto source = makeSource(*connection, *filter_, reason);
-    if (!source) return reason;
+    const auto feed = makeFeed(filter_, reason);
+    if (!feed) return reason;
+    const Interruption::Target target(*interruption_, *feed);
+    auto* const source = feed->open(reason);
+    if (source == nullptr) return reason;
     FrameComposer composer(
         {static_cast<int>(configuration_.width), static_cast<int>(configuration_.height)},
         static_cast<std::size_t>(configuration_.queueDepth));
     isStarted_ = true;
     handlers_.started(std::nullopt);
-    return CaptureLoop(*connection, *source, composer,
-                       intervalOf(configuration_.minimumFrameInterval), handlers_.picture)
+    return CaptureLoop(*feed, *source, composer, intervalOf(configuration_.minimumFrameInterval),
+                       handlers_.picture)
         .run();
   }
 

@@ -11,7 +11,7 @@
 
 namespace vlm::platform::screen {
 
-// A running capture: a connection of its own and the thread that works on it.
+// A running capture: a feed of its own and the thread that works on it.
 class CaptureThread {
  public:
   // The handlers run on the thread.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/core_graphics.h"
+#include "platform/integer.h"
 #include "platform/linux/x11/rectangle.h"
 
 namespace vlm::platform::screen {
@@ -12,8 +13,8 @@ inline CGRect pointsOf(const x11::Rectangle& r) {
 }
 
 inline x11::Rectangle pixelsOf(const CGRect& r) {
-  return {static_cast<int>(r.origin.x), static_cast<int>(r.origin.y),
-          static_cast<int>(r.size.width), static_cast<int>(r.size.height)};
+  return {truncated<int>(r.origin.x), truncated<int>(r.origin.y), truncated<int>(r.size.width),
+          truncated<int>(r.size.height)};
 }
 
 }  // namespace vlm::platform::screen

@@ -86,7 +86,7 @@ void DisplaySource::read(std::span<const Rectangle> areas, const Receiver& recei
   }
   const auto views = reader_.read(requests);
   for (std::size_t i = 0; i < views.size(); ++i) {
-    if (views[i].data != nullptr) receive(i, views[i]);
+    if (views[i].pixels != nullptr) receive(i, views[i]);
   }
 }
 

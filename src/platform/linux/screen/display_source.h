@@ -5,7 +5,7 @@
 
 #include "platform/linux/screen/damage_watch.h"
 #include "platform/linux/screen/image_reader.h"
-#include "platform/linux/screen/source.h"
+#include "platform/linux/screen/x11_source.h"
 #include "platform/linux/x11/connection.h"
 
 namespace vlm::platform::screen {
@@ -37,7 +37,7 @@ class MonitorPlace {
 };
 
 // Everything on one display, as the root window shows it.
-class DisplaySource final : public Source {
+class DisplaySource final : public X11Source {
  public:
   DisplaySource(const x11::Connection& connection, std::uint32_t id, const Rectangle& frame);
 

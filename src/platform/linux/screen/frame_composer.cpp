@@ -16,14 +16,19 @@ std::uint64_t nextSourceNumber() {
   return ++last;
 }
 
+template <typename Byte>
+BasicPlanes<Byte> from(const BasicPlanes<Byte>& planes, int x, int y) {
+  return planes.from(static_cast<std::size_t>(x), static_cast<std::size_t>(y));
+}
+
 }  // namespace
 
 // A picture in the making.
 struct FrameComposer::Painting {
   std::uint64_t number;
   std::uint64_t numberBefore;  // the picture that the frame held
-  PlanarView target;
-  std::optional<PlanarView> latest;  // none for the first picture; may be the target itself
+  Planes target;
+  std::optional<PlanesView> latest;  // none for the first picture; may be the target itself
   bool isDifferent = false;
 };
 
@@ -63,9 +68,9 @@ Ref<CVPixelBuffer> FrameComposer::compose(Source& source) {
   auto* const frame = pool_.acquire();
   if (frame == nullptr || !isBehind()) return nullptr;
   const auto* const latest = pool_.latest();
-  Painting painting{changes_.picture + 1, frame->picture, PlanarView::of(*frame->buffer), {}};
+  Painting painting{changes_.picture + 1, frame->picture, frame->buffer->planes(), {}};
   if (latest != nullptr) {
-    painting.latest = PlanarView::of(*latest->buffer);
+    painting.latest = latest->buffer->planes();
   } else {
     beginFirst(painting);
   }
@@ -74,7 +79,7 @@ Ref<CVPixelBuffer> FrameComposer::compose(Source& source) {
   std::vector<Rectangle> contentAreas;
   contentAreas.reserve(areas.size());
   for (const auto& area : areas) contentAreas.push_back(scaler_->footprint(area));
-  source.read(contentAreas, [&](std::size_t index, const PixelView& pixels) {
+  source.read(contentAreas, [&](std::size_t index, PlaneView pixels) {
     paint(painting, areas[index], contentAreas[index], pixels);
   });
   if (!painting.isDifferent) return nullptr;
@@ -95,14 +100,14 @@ void FrameComposer::beginFirst(const Painting& painting) {
   constexpr std::uint8_t kBlackLuma = 16;
   constexpr std::uint8_t kNoColour = 128;
   const auto height = static_cast<std::size_t>(output_.height);
-  std::fill_n(painting.target.luma, painting.target.lumaBytesPerRow * height, kBlackLuma);
-  std::fill_n(painting.target.chroma, painting.target.chromaBytesPerRow * ((height + 1) / 2),
+  std::fill_n(painting.target.luma.pixels, painting.target.luma.stride * height, kBlackLuma);
+  std::fill_n(painting.target.chroma.pixels, painting.target.chroma.stride * ((height + 1) / 2),
               kNoColour);
   std::ranges::fill(changes_.lastChange, painting.number);
 }
 
 void FrameComposer::paint(Painting& painting, const Rectangle& area, const Rectangle& contentArea,
-                          const PixelView& pixels) {
+                          PlaneView pixels) {
   for (int y = area.y; y < area.bottom(); y += kBlock) {
     const Rectangle rows{area.x, y, area.width, std::min(kBlock, area.bottom() - y)};
     convertRows(rows, contentArea, pixels);
@@ -111,29 +116,28 @@ void FrameComposer::paint(Painting& painting, const Rectangle& area, const Recta
 }
 
 void FrameComposer::convertRows(const Rectangle& rows, const Rectangle& contentArea,
-                                const PixelView& pixels) {
-  PixelView from = pixels;
+                                PlaneView pixels) {
+  PlaneView from = pixels;
   if (scaler_->isIdentity()) {
-    from.data += static_cast<std::size_t>(rows.y - contentArea.y) * pixels.bytesPerRow;
+    from = pixels.from(0, static_cast<std::size_t>(rows.y - contentArea.y));
   } else {
-    const std::size_t bytesPerRow = static_cast<std::size_t>(rows.width) * kBytesPerPixel;
-    scaler_->scale(pixels, contentArea, rows, scaledRows_.data(), bytesPerRow);
-    from = {scaledRows_.data(), bytesPerRow};
+    const Plane scaled{scaledRows_.data(), static_cast<std::size_t>(rows.width) * kBytesPerPixel};
+    scaler_->scale(pixels, contentArea, rows, scaled);
+    from = scaled;
   }
-  const auto to = PlanarView::of(*convertedRows_);
-  libyuv::ARGBToNV12(from.data, static_cast<int>(from.bytesPerRow), to.luma,
-                     static_cast<int>(to.lumaBytesPerRow), to.chroma,
-                     static_cast<int>(to.chromaBytesPerRow), rows.width, rows.height);
+  const auto [luma, chroma] = convertedRows_->planes();
+  libyuv::ARGBToNV12(from.pixels, from.rowBytes(), luma.pixels, luma.rowBytes(), chroma.pixels,
+                     chroma.rowBytes(), rows.width, rows.height);
 }
 
 void FrameComposer::takeChangedBlocks(Painting& painting, const Rectangle& rows) {
-  const auto converted = PlanarView::of(*convertedRows_);
+  const auto converted = convertedRows_->planes();
   const std::size_t firstOfRow = static_cast<std::size_t>(rows.y / kBlock) * changes_.columns;
   for (int x = rows.x; x < rows.right(); x += kBlock) {
     const Size size{std::min(kBlock, rows.right() - x), rows.height};
-    const auto block = converted.at(x - rows.x, 0);
-    if (painting.latest && isSame(block, painting.latest->at(x, rows.y), size)) continue;
-    copyPixels(block, painting.target.at(x, rows.y), size);
+    const auto block = from(converted, x - rows.x, 0);
+    if (painting.latest && isSame(block, from(*painting.latest, x, rows.y), size)) continue;
+    copyPixels(block, from(painting.target, x, rows.y), size);
     changes_.lastChange[firstOfRow + static_cast<std::size_t>(x / kBlock)] = painting.number;
     painting.isDifferent = true;
   }
@@ -141,7 +145,7 @@ void FrameComposer::takeChangedBlocks(Painting& painting, const Rectangle& rows)
 
 // Fetches from the latest picture what the frame missed since it last held a picture.
 void FrameComposer::bringUpToDate(const Painting& painting) const {
-  if (!painting.latest || painting.latest->luma == painting.target.luma) return;
+  if (!painting.latest || painting.latest->luma.pixels == painting.target.luma.pixels) return;
   const auto isMissed = [&](std::uint64_t change) {
     return change > painting.numberBefore && change < painting.number;
   };
@@ -158,7 +162,7 @@ void FrameComposer::bringUpToDate(const Painting& painting) const {
       }
       const int x = static_cast<int>(begin) * kBlock;
       const int width = std::min(static_cast<int>(column) * kBlock, output_.width) - x;
-      copyPixels(painting.latest->at(x, y), painting.target.at(x, y), {width, height});
+      copyPixels(from(*painting.latest, x, y), from(painting.target, x, y), {width, height});
     }
   }
 }

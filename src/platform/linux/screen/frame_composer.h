@@ -41,8 +41,8 @@ class FrameComposer {
 
   void beginFirst(const Painting& painting);
   void paint(Painting& painting, const Rectangle& area, const Rectangle& contentArea,
-             const PixelView& pixels);
-  void convertRows(const Rectangle& rows, const Rectangle& contentArea, const PixelView& pixels);
+             PlaneView pixels);
+  void convertRows(const Rectangle& rows, const Rectangle& contentArea, PlaneView pixels);
   void takeChangedBlocks(Painting& painting, const Rectangle& rows);
   void bringUpToDate(const Painting& painting) const;
 

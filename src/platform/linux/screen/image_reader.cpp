@@ -15,7 +15,7 @@ std::size_t imageBytes(const ImageReader::Request& request) {
 
 }  // namespace
 
-std::span<const PixelView> ImageReader::read(std::span<const Request> requests) {
+std::span<const PlaneView> ImageReader::read(std::span<const Request> requests) {
   views_.clear();
   replies_.clear();
   if (requests.empty()) return views_;
@@ -54,7 +54,7 @@ void ImageReader::readShared(std::span<const Request> requests) {
   for (std::size_t i = 0; i < asked.size(); ++i) {
     const x11::Reply<xcb_shm_get_image_reply_t> reply(
         xcb_shm_get_image_reply(connection_.get(), asked[i], nullptr));
-    if (!reply || reply->size != imageBytes(requests[i])) views_[i].data = nullptr;
+    if (!reply || reply->size != imageBytes(requests[i])) views_[i].pixels = nullptr;
   }
 }
 

@@ -25,7 +25,7 @@ class ImageReader {
   };
   // One view for each request, without data where the server refused. They are valid until the
   // next call.
-  std::span<const PixelView> read(std::span<const Request> requests);
+  std::span<const PlaneView> read(std::span<const Request> requests);
 
  private:
   bool reserve(std::size_t size);
@@ -36,7 +36,7 @@ class ImageReader {
   std::unique_ptr<x11::SharedPixels> shared_;
   bool canShare_ = true;
   std::vector<x11::Reply<xcb_get_image_reply_t>> replies_;
-  std::vector<PixelView> views_;
+  std::vector<PlaneView> views_;
 };
 
 }  // namespace vlm::platform::screen

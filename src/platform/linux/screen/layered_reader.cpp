@@ -52,32 +52,31 @@ void LayeredReader::addPieces(std::span<const Layer> layers, const Rectangle& ar
   }
 }
 
-PixelView LayeredReader::compose(const Rectangle& area, std::span<const Piece> pieces,
-                                 std::span<const PixelView> views) {
+PlaneView LayeredReader::compose(const Rectangle& area, std::span<const Piece> pieces,
+                                 std::span<const PlaneView> views) {
   const bool isOnePiece = pieces.size() == 1 && pieces[0].place == area &&
-                          !pieces[0].layer->picture->parts() && views[0].data != nullptr;
+                          !pieces[0].layer->picture->parts() && views[0].pixels != nullptr;
   if (isOnePiece) return views[0];
   canvas_.assign(bytesOf(area.width) * static_cast<std::size_t>(area.height), 0);
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    if (views[i].data != nullptr) draw(area, pieces[i], views[i]);
+    if (views[i].pixels != nullptr) draw(area, pieces[i], views[i]);
   }
   return {canvas_.data(), bytesOf(area.width)};
 }
 
-void LayeredReader::draw(const Rectangle& area, const Piece& piece, const PixelView& pixels) {
-  const std::size_t bytesPerRow = bytesOf(area.width);
+void LayeredReader::draw(const Rectangle& area, const Piece& piece, PlaneView pixels) {
+  const Plane canvas{canvas_.data(), bytesOf(area.width)};
   const auto paint = [&](const Rectangle& part) {
-    const auto* from = pixels.data +
-                       static_cast<std::size_t>(part.y - piece.place.y) * pixels.bytesPerRow +
-                       bytesOf(part.x - piece.place.x);
-    auto* to = canvas_.data() + static_cast<std::size_t>(part.y - area.y) * bytesPerRow +
-               bytesOf(part.x - area.x);
-    const auto fromStride = static_cast<int>(pixels.bytesPerRow);
-    const auto toStride = static_cast<int>(bytesPerRow);
+    const auto from = pixels.from(bytesOf(part.x - piece.place.x),
+                                  static_cast<std::size_t>(part.y - piece.place.y));
+    const auto to =
+        canvas.from(bytesOf(part.x - area.x), static_cast<std::size_t>(part.y - area.y));
     if (piece.layer->picture->isTranslucent()) {
-      libyuv::ARGBBlend(from, fromStride, to, toStride, to, toStride, part.width, part.height);
+      libyuv::ARGBBlend(from.pixels, from.rowBytes(), to.pixels, to.rowBytes(), to.pixels,
+                        to.rowBytes(), part.width, part.height);
     } else {
-      libyuv::ARGBCopy(from, fromStride, to, toStride, part.width, part.height);
+      libyuv::ARGBCopy(from.pixels, from.rowBytes(), to.pixels, to.rowBytes(), part.width,
+                       part.height);
     }
   };
   const auto& parts = piece.layer->picture->parts();

@@ -33,9 +33,9 @@ class LayeredReader {
     Rectangle place;
   };
   void addPieces(std::span<const Layer> layers, const Rectangle& area, std::size_t index);
-  PixelView compose(const Rectangle& area, std::span<const Piece> pieces,
-                    std::span<const PixelView> views);
-  void draw(const Rectangle& area, const Piece& piece, const PixelView& pixels);
+  PlaneView compose(const Rectangle& area, std::span<const Piece> pieces,
+                    std::span<const PlaneView> views);
+  void draw(const Rectangle& area, const Piece& piece, PlaneView pixels);
 
   ImageReader reader_;
   std::vector<Piece> pieces_;

@@ -91,14 +91,13 @@ Rectangle Scaler::reach(const Rectangle& area) const {
 
 // Adds up the input rows of one output row, still in parts of 256. The sums fit: the weights are
 // 256 together.
-void Scaler::mixRows(const PixelView& pixels, const Rectangle& inputArea, int row) {
+void Scaler::mixRows(PlaneView pixels, const Rectangle& inputArea, int row) {
   const std::size_t count = static_cast<std::size_t>(inputArea.width) * kBytesPerPixel;
   sums_.assign(count, 0);
   std::uint16_t* const sums = sums_.data();
   const std::uint16_t* weight = &down_.weights[down_.weightsAt[row]];
   for (int y = down_.first[row]; y < down_.end(row); ++y, ++weight) {
-    const std::uint8_t* const from =
-        pixels.data + static_cast<std::size_t>(y - inputArea.y) * pixels.bytesPerRow;
+    const std::uint8_t* const from = pixels.row(static_cast<std::size_t>(y - inputArea.y));
     const std::uint16_t share = *weight;
     for (std::size_t i = 0; i < count; ++i) {
       sums[i] = static_cast<std::uint16_t>(sums[i] + from[i] * share);
@@ -106,11 +105,11 @@ void Scaler::mixRows(const PixelView& pixels, const Rectangle& inputArea, int ro
   }
 }
 
-void Scaler::scale(const PixelView& pixels, const Rectangle& inputArea, const Rectangle& outputRows,
-                   std::uint8_t* output, std::size_t outputBytesPerRow) {
-  for (int row = outputRows.y; row < outputRows.bottom(); ++row, output += outputBytesPerRow) {
+void Scaler::scale(PlaneView pixels, const Rectangle& inputArea, const Rectangle& outputRows,
+                   Plane output) {
+  for (int row = outputRows.y; row < outputRows.bottom(); ++row) {
     mixRows(pixels, inputArea, row);
-    std::uint8_t* to = output;
+    std::uint8_t* to = output.row(static_cast<std::size_t>(row - outputRows.y));
     for (int column = outputRows.x; column < outputRows.right(); ++column) {
       const std::size_t begin = static_cast<std::size_t>(across_.first[column] - inputArea.x);
       const std::uint16_t* from = &sums_[begin * kBytesPerPixel];

@@ -21,8 +21,8 @@ class Scaler {
   Rectangle reach(const Rectangle& inputArea) const;
 
   // Writes rows of the output. `pixels` are those of `inputArea`, which holds the footprint.
-  void scale(const PixelView& pixels, const Rectangle& inputArea, const Rectangle& outputRows,
-             std::uint8_t* output, std::size_t outputBytesPerRow);
+  void scale(PlaneView pixels, const Rectangle& inputArea, const Rectangle& outputRows,
+             Plane output);
 
  private:
   // One axis: for every output position where its footprint begins and how much each pixel of it
@@ -37,7 +37,7 @@ class Scaler {
     std::vector<std::uint16_t> weights;
   };
 
-  void mixRows(const PixelView& pixels, const Rectangle& inputArea, int row);
+  void mixRows(PlaneView pixels, const Rectangle& inputArea, int row);
 
   Size input_;
   Size output_;

@@ -3,7 +3,11 @@
 #include <map>
 #include <utility>
 
+#include "platform/linux/glib/log_line.h"
+#include "platform/linux/portal/access.h"
 #include "platform/linux/screen/core_rectangle.h"
+#include "platform/linux/screen/picked_screen.h"
+#include "platform/linux/session/session_type.h"
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/monitors.h"
 #include "platform/linux/x11/window_list.h"
@@ -39,23 +43,38 @@ void addWindows(const x11::Connection& connection, bool onScreenOnly, SCShareabl
   }
 }
 
-std::shared_ptr<const SCShareableContent> contentOf(const x11::Connection& connection,
-                                                    bool onScreenOnly) {
-  auto content = std::make_shared<SCShareableContent>();
-  addWindows(connection, onScreenOnly, *content);
-  for (const auto& monitor : x11::listMonitors(connection)) {
-    content->displays.push_back(
+// Whichever display of a Wayland session a person will pick. Its place is not known before.
+void addPickedDisplay(SCShareableContent& content) {
+  content.displays.push_back(std::make_shared<SCDisplay>(SCDisplay{kPickedDisplay, {}}));
+}
+
+// False when the server can't be reached.
+bool addContentOfX11(bool onScreenOnly, SCShareableContent& content) {
+  const x11::BrokenPipeGuard guard;
+  const auto connection = x11::Connection::open();
+  if (!connection) return false;
+  addWindows(*connection, onScreenOnly, content);
+  for (const auto& monitor : x11::listMonitors(*connection)) {
+    content.displays.push_back(
         std::make_shared<SCDisplay>(SCDisplay{monitor.id, pointsOf(monitor.frame)}));
   }
-  return connection.isLost() ? nullptr : content;
+  return !connection->isLost();
 }
 
 }  // namespace
 
 std::shared_ptr<const SCShareableContent> currentContent(bool onScreenWindowsOnly) {
-  const x11::BrokenPipeGuard guard;
-  const auto connection = x11::Connection::open();
-  return connection ? contentOf(*connection, onScreenWindowsOnly) : nullptr;
+  auto content = std::make_shared<SCShareableContent>();
+  const bool isWayland = session::isWayland();
+  if (isWayland) {
+    glib::writeLogLineOnce(
+        "[vlm] in a Wayland session a display that a person picks and windows of X11 clients can "
+        "be captured, and nothing else");
+  }
+  const bool isShared = isWayland && portal::offersScreen();
+  if (isShared) addPickedDisplay(*content);
+  const bool isReached = addContentOfX11(onScreenWindowsOnly, *content);
+  return isShared || isReached ? content : nullptr;
 }
 
 }  // namespace vlm::platform::screen

@@ -6,7 +6,8 @@
 
 namespace vlm::platform::screen {
 
-// What the display shows now. Null when the X server can't be reached.
+// What can be captured now: what the X server shows and, in a Wayland session, a display that a
+// person will pick. Null when neither can be reached.
 std::shared_ptr<const SCShareableContent> currentContent(bool onScreenWindowsOnly);
 
 }  // namespace vlm::platform::screen

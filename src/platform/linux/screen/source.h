@@ -1,7 +1,5 @@
 #pragma once
 
-#include <xcb/xcb.h>
-
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +10,7 @@
 #include <vector>
 
 #include "platform/linux/x11/rectangle.h"
+#include "platform/portable/plane.h"
 
 namespace vlm::platform::screen {
 
@@ -19,12 +18,8 @@ using Clock = std::chrono::steady_clock;
 using x11::Rectangle;
 using x11::Size;
 
-// Pixels as the X server keeps them: blue, green, red and a byte that means nothing, but in a
+// Pixels as the services keep them: blue, green, red and a byte that means nothing, but in a
 // translucent window how much it hides of what is behind; its colours are weighed by that already.
-struct PixelView {
-  const std::uint8_t* data = nullptr;
-  std::size_t bytesPerRow = 0;
-};
 inline constexpr std::size_t kBytesPerPixel = 4;
 // The depths of windows with such pixels.
 inline constexpr int kOpaqueDepth = 24;
@@ -36,12 +31,10 @@ class Source {
  public:
   virtual ~Source() = default;
 
-  // Looks at an event of the connection, for this source or not.
-  virtual void handle(const xcb_generic_event_t& event) = 0;
   // True when takeChanges() would find something now.
   virtual bool hasChanges() const = 0;
-  // Asks the server what changed and waits for the answers. Every event that came along with them
-  // is handled before takeChanges() is called, so that it knows what the answers are worth.
+  // Asks the service what changed and waits for the answers. Everything that came along with them
+  // is dispatched before takeChanges() is called, so that it knows what the answers are worth.
   virtual void askChanges() = 0;
   // Where the content changed before askChanges(); everything after a change of size.
   virtual std::vector<Rectangle> takeChanges() = 0;
@@ -49,15 +42,15 @@ class Source {
   virtual Size size() const = 0;
 
   // Lends the pixels of each area, which lies within the content, for the time of a call. Areas
-  // that the server refuses are left out: an event with the reason is then on its way.
-  using Receiver = std::function<void(std::size_t index, const PixelView& pixels)>;
+  // that the service refuses are left out: word of the reason is then on its way.
+  using Receiver = std::function<void(std::size_t index, PlaneView pixels)>;
   virtual void read(std::span<const Rectangle> areas, const Receiver& receive) = 0;
 
-  // True when what was read may not belong to the content: an event that came meanwhile puts its
-  // place in doubt. The picture made of it must not be shown.
+  // True when what was read may not belong to the content: what came meanwhile puts its place in
+  // doubt. The picture made of it must not be shown.
   virtual bool isDoubtful() const { return false; }
 
-  // When hasChanges() can become true without an event.
+  // When hasChanges() can become true without word from the service.
   virtual std::optional<Clock::time_point> wakeAt() const { return std::nullopt; }
   // Why nothing can come any more.
   virtual std::optional<std::string> ended() const { return std::nullopt; }

@@ -2,13 +2,13 @@
 
 #include "platform/linux/screen/layered_reader.h"
 #include "platform/linux/screen/redirected_window.h"
-#include "platform/linux/screen/source.h"
+#include "platform/linux/screen/x11_source.h"
 #include "platform/linux/x11/connection.h"
 
 namespace vlm::platform::screen {
 
 // One window, alone and whole. While it is minimised there is nothing to be seen.
-class WindowSource final : public Source {
+class WindowSource final : public X11Source {
  public:
   WindowSource(const x11::Connection& connection, xcb_window_t window);
 

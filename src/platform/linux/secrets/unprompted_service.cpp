@@ -52,13 +52,25 @@ GType unpromptedServiceType() {
   return type;
 }
 
+// A service that has just ended has no list of keyrings. libsecret takes that for a fault of the
+// program and says so on standard error.
+bool loadKeyrings(SecretService* service, GCancellable* cancellable, GError** error) {
+  const std::unique_ptr<GVariant, decltype(&g_variant_unref)> listed(
+      g_dbus_proxy_get_cached_property(G_DBUS_PROXY(service), "Collections"), g_variant_unref);
+  if (listed) return secret_service_load_collections_sync(service, cancellable, error) != FALSE;
+  g_set_error_literal(error, G_IO_ERROR, G_IO_ERROR_CLOSED, "the service has ended");
+  return false;
+}
+
 }  // namespace
 
 glib::Object<SecretService> openUnpromptedService(GDBusConnection& bus, GCancellable* cancellable,
                                                   GError** error) {
-  return glib::Object<SecretService>(static_cast<SecretService*>(
+  glib::Object<SecretService> service(static_cast<SecretService*>(
       g_initable_new(unpromptedServiceType(), cancellable, error, "g-connection", &bus, "flags",
-                     SECRET_SERVICE_OPEN_SESSION | SECRET_SERVICE_LOAD_COLLECTIONS, nullptr)));
+                     SECRET_SERVICE_OPEN_SESSION, nullptr)));
+  if (service && !loadKeyrings(service.get(), cancellable, error)) service = nullptr;
+  return service;
 }
 
 }  // namespace vlm::platform::secrets

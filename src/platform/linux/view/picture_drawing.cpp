@@ -19,35 +19,23 @@ int asInt(std::size_t value) {
 }
 
 // What libyuv calls ARGB: blue first in memory.
-struct Packed {
-  const std::uint8_t* pixels;
-  int bytesPerRow;
+struct Packed : PlaneView {
   int width;
   int height;
 };
 
-struct BiPlanar {
-  const std::uint8_t* luma;
-  int lumaBytesPerRow;
-  const std::uint8_t* chroma;
-  int chromaBytesPerRow;
+struct BiPlanar : PlanesView {
   int width;
   int height;
   const libyuv::YuvConstants* matrix;
 };
 
 Packed packedPixels(const CVPixelBuffer& picture) {
-  return {CVPixelBufferGetBaseAddress(picture), asInt(CVPixelBufferGetBytesPerRow(picture)),
-          asInt(CVPixelBufferGetWidth(picture)), asInt(CVPixelBufferGetHeight(picture))};
+  return {picture.plane(0), asInt(picture.width()), asInt(picture.height())};
 }
 
 BiPlanar biPlanarPixels(const CVPixelBuffer& picture) {
-  return {CVPixelBufferGetBaseAddressOfPlane(picture, 0),
-          asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 0)),
-          CVPixelBufferGetBaseAddressOfPlane(picture, 1),
-          asInt(CVPixelBufferGetBytesPerRowOfPlane(picture, 1)),
-          asInt(CVPixelBufferGetWidth(picture)),
-          asInt(CVPixelBufferGetHeight(picture)),
+  return {picture.planes(), asInt(picture.width()), asInt(picture.height()),
           &media::yuvConstants(media::encodingOf(picture))};
 }
 
@@ -57,39 +45,40 @@ bool hasSizeOf(const Source& source, const PixelTarget& target) {
 }
 
 void convert(const BiPlanar& source, const PixelTarget& target) {
-  libyuv::NV12ToARGBMatrix(source.luma, source.lumaBytesPerRow, source.chroma,
-                           source.chromaBytesPerRow, target.pixels, target.bytesPerRow(),
+  libyuv::NV12ToARGBMatrix(source.luma.pixels, source.luma.rowBytes(), source.chroma.pixels,
+                           source.chroma.rowBytes(), target.pixels, target.rowBytes(),
                            source.matrix, target.width, target.height);
 }
 
 void scale(const Packed& source, const PixelTarget& target) {
-  libyuv::ARGBScale(source.pixels, source.bytesPerRow, source.width, source.height, target.pixels,
-                    target.bytesPerRow(), target.width, target.height, kFilter);
+  libyuv::ARGBScale(source.pixels, source.rowBytes(), source.width, source.height, target.pixels,
+                    target.rowBytes(), target.width, target.height, kFilter);
 }
 
 void drawPacked(const Packed& source, const PixelTarget& target) {
   if (!hasSizeOf(source, target)) return scale(source, target);
-  libyuv::ARGBCopy(source.pixels, source.bytesPerRow, target.pixels, target.bytesPerRow(),
-                   target.width, target.height);
+  libyuv::ARGBCopy(source.pixels, source.rowBytes(), target.pixels, target.rowBytes(), target.width,
+                   target.height);
 }
 
 BiPlanar scaled(const BiPlanar& source, int width, int height, std::vector<std::uint8_t>& memory) {
-  const int chromaBytesPerRow = (width + 1) / 2 * 2;
-  const std::size_t lumaBytes = static_cast<std::size_t>(width) * height;
-  memory.resize(lumaBytes + static_cast<std::size_t>(chromaBytesPerRow) * ((height + 1) / 2));
-  std::uint8_t* luma = memory.data();
-  std::uint8_t* chroma = luma + lumaBytes;
-  libyuv::NV12Scale(source.luma, source.lumaBytesPerRow, source.chroma, source.chromaBytesPerRow,
-                    source.width, source.height, luma, width, chroma, chromaBytesPerRow, width,
-                    height, kFilter);
-  return {luma, width, chroma, chromaBytesPerRow, width, height, source.matrix};
+  const auto columns = static_cast<std::size_t>(width);
+  const auto rows = static_cast<std::size_t>(height);
+  const std::size_t chromaStride = (columns + 1) / 2 * 2;
+  memory.resize(columns * rows + chromaStride * ((rows + 1) / 2));
+  const Planes to{{memory.data(), columns}, {memory.data() + columns * rows, chromaStride}};
+  libyuv::NV12Scale(source.luma.pixels, source.luma.rowBytes(), source.chroma.pixels,
+                    source.chroma.rowBytes(), source.width, source.height, to.luma.pixels,
+                    to.luma.rowBytes(), to.chroma.pixels, to.chroma.rowBytes(), width, height,
+                    kFilter);
+  return {to, width, height, source.matrix};
 }
 
 Packed converted(const BiPlanar& source, std::vector<std::uint8_t>& memory) {
   memory.resize(static_cast<std::size_t>(source.width) * source.height * 4);
-  const PixelTarget target{memory.data(), source.width, source.height};
+  const auto target = PixelTarget::over(memory.data(), source.width, source.height);
   convert(source, target);
-  return {memory.data(), target.bytesPerRow(), source.width, source.height};
+  return {target, source.width, source.height};
 }
 
 void drawBiPlanar(const BiPlanar& source, const PixelTarget& target,

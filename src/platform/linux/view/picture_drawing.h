@@ -5,16 +5,20 @@
 #include <vector>
 
 #include "platform/core_video.h"
+#include "platform/portable/plane.h"
 
 namespace vlm::platform::view {
 
 // Memory for one picture on the screen: 4 bytes a pixel in the order blue, green, red and one that
 // is not looked at.
-struct PixelTarget {
-  std::uint8_t* pixels = nullptr;
+struct PixelTarget : Plane {
   int width = 0;
   int height = 0;
-  int bytesPerRow() const noexcept { return width * 4; }
+
+  // Without bytes between the rows, as the server takes them.
+  static PixelTarget over(std::uint8_t* pixels, int width, int height) {
+    return {{pixels, static_cast<std::size_t>(width) * 4}, width, height};
+  }
 };
 
 // True for the formats that PictureDrawing knows.

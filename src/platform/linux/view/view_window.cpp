@@ -89,7 +89,7 @@ ViewWindow::Change ViewWindow::handle(const xcb_generic_event_t& event) {
       return Change::none;
     case XCB_RESIZE_REQUEST: {
       const auto& request = as<xcb_resize_request_event_t>(event);
-      if (request.window == window_) obey({request.width, request.height});
+      if (request.window == window_) takeHostSize({request.width, request.height});
       return Change::none;
     }
     case XCB_REPARENT_NOTIFY:
@@ -173,7 +173,7 @@ void ViewWindow::fillParent(Size size) {
   if (hostX_ != 0 || hostY_ != 0) mustMove_ = true;
 }
 
-void ViewWindow::obey(Size size) {
+void ViewWindow::takeHostSize(Size size) {
   wanted_ = size;
   if (std::exchange(sizedByHost_, true) || !isInHost()) return;
   // The host's place holds from now on. It is known when the event of the move that belongs to this

@@ -42,7 +42,7 @@ class ViewWindow {
   enum class Change {
     none,
     moved,    // into another window, or out of one
-    exposed,  // what stood in the window is lost
+    exposed,  // the window's pixels are lost
     gone,     // the server destroyed the window, as it does with the host's own
   };
   // May wait for the server.
@@ -70,7 +70,7 @@ class ViewWindow {
   void refuseInput();
   void settleIn(const xcb_reparent_notify_event_t& event);
   void fillParent(Size size);
-  void obey(Size size);
+  void takeHostSize(Size size);
   Change handleExposure(const xcb_generic_event_t& event);
   Change handleStructure(const xcb_generic_event_t& event);
   Change handleOwn(const xcb_generic_event_t& event);

@@ -28,9 +28,9 @@ PixelTarget WindowImage::reserve(int width, int height) {
     shared_ = x11::SharedPixels::make(connection_, bytes + bytes / 4);
     canShare_ = shared_ != nullptr;
   }
-  if (shared_) return {shared_->data(), width, height};
+  if (shared_) return PixelTarget::over(shared_->data(), width, height);
   own_.resize(bytes);
-  return {own_.data(), width, height};
+  return PixelTarget::over(own_.data(), width, height);
 }
 
 void WindowImage::put(const PixelTarget& target, xcb_window_t window, xcb_gcontext_t context) {
@@ -56,15 +56,15 @@ void WindowImage::putThroughConnection(const PixelTarget& target, xcb_window_t w
                                        xcb_gcontext_t context) {
   constexpr std::size_t kHeader = sizeof(xcb_put_image_request_t) + 4;  // of a long request
   const std::size_t longest = xcb_get_maximum_request_length(connection_) * std::size_t{4};
-  const auto rowBytes = static_cast<std::size_t>(target.bytesPerRow());
-  if (longest < kHeader + rowBytes) return;  // a lost server takes nothing
-  const int rowsAtOnce = static_cast<int>((longest - kHeader) / rowBytes);
+  if (longest < kHeader + target.stride) return;  // a lost server takes nothing
+  const int rowsAtOnce = static_cast<int>((longest - kHeader) / target.stride);
   for (int row = 0; row < target.height; row += rowsAtOnce) {
     const int rows = std::min(rowsAtOnce, target.height - row);
     xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window, context,
                   static_cast<std::uint16_t>(target.width), static_cast<std::uint16_t>(rows), 0,
                   static_cast<std::int16_t>(row), 0, ViewWindow::kDepth,
-                  static_cast<std::uint32_t>(rows * rowBytes), target.pixels + row * rowBytes);
+                  static_cast<std::uint32_t>(rows * target.stride),
+                  target.row(static_cast<std::size_t>(row)));
   }
   waitForServer(connection_);
 }

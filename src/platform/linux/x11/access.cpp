@@ -1,10 +1,10 @@
 #include "platform/linux/x11/access.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <initializer_list>
 #include <string_view>
 
+#include "platform/linux/session/session_type.h"
 #include "platform/linux/x11/broken_pipe.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/monitors.h"
@@ -26,8 +26,7 @@ bool displaySupports(std::initializer_list<Extension> extensions) {
 // Newer servers have an extension of this name; older ones name their monitors so.
 bool isOfWayland(const Connection& connection) {
   constexpr std::string_view kName = "XWAYLAND";
-  const char* session = std::getenv("WAYLAND_DISPLAY");
-  if (session != nullptr && *session != '\0') return true;
+  if (session::isWayland()) return true;
   auto* c = connection.get();
   const auto asked = xcb_query_extension(c, kName.size(), kName.data());
   const Reply<xcb_query_extension_reply_t> extension(xcb_query_extension_reply(c, asked, nullptr));

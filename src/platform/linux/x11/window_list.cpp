@@ -13,6 +13,30 @@
 namespace vlm::platform::x11 {
 namespace {
 
+// Back to front.
+WindowIds childrenOf(const Connection& connection, xcb_window_t window) {
+  const auto asked = xcb_query_tree(connection.get(), window);
+  const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection.get(), asked, nullptr));
+  if (!tree) return {};
+  const auto* first = xcb_query_tree_children(tree.get());
+  return {first, first + xcb_query_tree_children_length(tree.get())};
+}
+
+// Adds the windows in and below this one that bear the mark by which every manager knows its
+// clients, down to the depth of a frame.
+void addMarked(const Connection& connection, const WindowAtoms& atoms, xcb_window_t window,
+               int depth, WindowIds& clients) {
+  constexpr std::uint32_t kWithdrawn = 0;
+  PropertyRequest mark(connection, window, atoms.mark);
+  if (const auto state = mark.values(); !state.empty()) {
+    if (state.front() != kWithdrawn) clients.push_back(window);
+  } else if (depth > 0) {
+    for (const auto child : childrenOf(connection, window)) {
+      addMarked(connection, atoms, child, depth - 1, clients);
+    }
+  }
+}
+
 // What the root says of a window manager and its windows. Whether that manager still lives is asked
 // when this is made and answered by isManaged(), so that other questions can be underway meanwhile.
 class Management {
@@ -28,6 +52,9 @@ class Management {
     check_.emplace(connection, manager_.front(), atoms.manager);
     clients = stacking.values();
     if (clients.empty()) clients = mapping.values();
+    // Some keep no list, that of Xwayland in Weston among them.
+    constexpr int kDeepestFrame = 3;
+    if (clients.empty()) addMarked(connection, atoms, root, kDeepestFrame, clients);
     if (const auto named = activeClient.values(); !named.empty()) active = named.front();
   }
 
@@ -41,15 +68,6 @@ class Management {
   WindowIds manager_;
   std::optional<PropertyRequest> check_;
 };
-
-// Back to front.
-WindowIds childrenOfRoot(const Connection& connection) {
-  const auto asked = xcb_query_tree(connection.get(), connection.screen().root);
-  const Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(connection.get(), asked, nullptr));
-  if (!tree) return {};
-  const auto* first = xcb_query_tree_children(tree.get());
-  return {first, first + xcb_query_tree_children_length(tree.get())};
-}
 
 // For each window its ancestor directly below the root; windows that are gone have none.
 std::unordered_map<xcb_window_t, xcb_window_t> topLevels(const Connection& connection,
@@ -124,7 +142,7 @@ WindowIds everyCandidate(const Connection& connection, const WindowIds& clients,
     }
   }
   WindowIds result;
-  for (const auto child : childrenOfRoot(connection)) {
+  for (const auto child : childrenOf(connection, connection.screen().root)) {
     const auto inside = held.find(child);
     if (inside == held.end()) {
       result.push_back(child);
@@ -159,7 +177,8 @@ ManagedWindows listManaged(const Connection& connection, Details details,
   Management management(connection, atoms);
   auto answers = describe(connection, atoms, management.clients, details, wanted);
   if (management.isManaged()) return {windowsIn(std::move(answers)), management.active};
-  answers = describe(connection, atoms, childrenOfRoot(connection), details, wanted);
+  answers = describe(connection, atoms, childrenOf(connection, connection.screen().root), details,
+                     wanted);
   std::erase_if(answers, [](const auto& answer) { return !answer.window.isOnScreen; });
   return {windowsIn(std::move(answers)), focusedTopLevel(connection)};
 }

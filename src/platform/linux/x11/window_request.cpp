@@ -11,10 +11,10 @@
 namespace vlm::platform::x11 {
 
 WindowAtoms::WindowAtoms(const Connection& connection) {
-  const auto atoms = internAtoms<10>(
+  const auto atoms = internAtoms<11>(
       connection, {"_NET_CLIENT_LIST_STACKING", "_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW",
                    "_NET_SUPPORTING_WM_CHECK", "_NET_WM_NAME", "_NET_WM_PID", "_NET_WM_STATE",
-                   "_NET_WM_STATE_HIDDEN", "_GTK_FRAME_EXTENTS", kCompoundText});
+                   "_NET_WM_STATE_HIDDEN", "_GTK_FRAME_EXTENTS", "WM_STATE", kCompoundText});
   stacking = atoms[0];
   clients = atoms[1];
   active = atoms[2];
@@ -24,6 +24,7 @@ WindowAtoms::WindowAtoms(const Connection& connection) {
   state = atoms[6];
   hidden = atoms[7];
   shadow = atoms[8];
+  mark = atoms[9];
 }
 
 ProcessRequest::ProcessRequest(const Connection& connection, const WindowAtoms& atoms,

@@ -21,7 +21,7 @@ using WindowIds = std::vector<xcb_window_t>;
 // The names of what window managers and clients say about windows.
 struct WindowAtoms {
   explicit WindowAtoms(const Connection& connection);
-  xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden, shadow;
+  xcb_atom_t stacking, clients, active, manager, name, processId, state, hidden, shadow, mark;
 };
 
 // The processes of windows, asked for when this is made: what the server knows about their clients,

@@ -63,16 +63,16 @@ std::optional<NSError> InputNode::installTapOnBus(std::uint32_t bus, std::uint32
                                                   AVAudioNodeTapBlock block) {
   if (node_.native() == nil) return NSError{"there is no input"};
   const auto tap = std::make_shared<Tap>(std::move(block));
+  const auto handler = ^(::AVAudioPCMBuffer* buffer, AVAudioTime*) {
+    @autoreleasepool {
+      tap->deliver(std::make_shared<PcmBuffer>(Objc<::AVAudioPCMBuffer>::retaining(buffer)));
+    }
+  };
   const auto thrown = guarded([&] {
     [node_.native() installTapOnBus:bus
                          bufferSize:bufferSize
                              format:native(format)
-                              block:^(::AVAudioPCMBuffer* buffer, AVAudioTime*) {
-                                @autoreleasepool {
-                                  tap->deliver(std::make_shared<PcmBuffer>(
-                                      Objc<::AVAudioPCMBuffer>::retaining(buffer)));
-                                }
-                              }];
+                              block:handler];
   });
   if (!thrown) taps_[bus] = tap;
   return thrown;
@@ -88,14 +88,14 @@ std::shared_ptr<SourceNode> makeSourceNode(const AVAudioFormatPtr& format,
                                            AVAudioSourceNodeRenderBlock block) {
   const auto shared = std::make_shared<const AVAudioSourceNodeRenderBlock>(std::move(block));
   if (format == nullptr) return nullptr;
+  const auto renderer = ^OSStatus(BOOL* isSilence, const AudioTimeStamp*, AVAudioFrameCount frames,
+                                  ::AudioBufferList* list) {
+    return render(*shared, isSilence, frames, list);
+  };
   Objc<::AVAudioSourceNode> node;
   guarded([&] {
-    node = Objc<::AVAudioSourceNode>::adopting([[::AVAudioSourceNode alloc]
-        initWithFormat:native(format)
-           renderBlock:^OSStatus(BOOL* isSilence, const AudioTimeStamp*, AVAudioFrameCount frames,
-                                 ::AudioBufferList* list) {
-             return render(*shared, isSilence, frames, list);
-           }]);
+    node = Objc<::AVAudioSourceNode>::adopting(
+        [[::AVAudioSourceNode alloc] initWithFormat:native(format) renderBlock:renderer]);
   });
   return node ? std::make_shared<SourceNode>(std::move(node)) : nullptr;
 }

@@ -15,24 +15,24 @@ std::shared_ptr<EventMonitor> EventMonitor::make(Add&& add) {
 
 std::shared_ptr<EventMonitor> EventMonitor::global(NSEventMask mask, Watch handler) {
   const auto shared = std::make_shared<const Watch>(std::move(handler));
+  const auto block = ^(::NSEvent* event) {
+    (*shared)({event.keyCode});
+  };
   return make([&] {
     return [::NSEvent addGlobalMonitorForEventsMatchingMask:static_cast<::NSEventMask>(mask)
-                                                    handler:^(::NSEvent* event) {
-                                                      (*shared)({event.keyCode});
-                                                    }];
+                                                    handler:block];
   });
 }
 
 std::shared_ptr<EventMonitor> EventMonitor::local(NSEventMask mask, Filter handler) {
   const auto shared = std::make_shared<const Filter>(std::move(handler));
+  const auto block = ^(::NSEvent* event) {
+    const NSEvent press{event.keyCode};
+    return (*shared)(press) == nullptr ? static_cast<::NSEvent*>(nil) : event;
+  };
   return make([&] {
     return [::NSEvent addLocalMonitorForEventsMatchingMask:static_cast<::NSEventMask>(mask)
-                                                   handler:^(::NSEvent* event) {
-                                                     const NSEvent press{event.keyCode};
-                                                     return (*shared)(press) == nullptr
-                                                                ? static_cast<::NSEvent*>(nil)
-                                                                : event;
-                                                   }];
+                                                   handler:block];
   });
 }
 

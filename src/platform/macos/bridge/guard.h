@@ -13,7 +13,8 @@ extern "C" bool vlmCallGuarded(void (*call)(void*), void* context, std::string* 
 
 namespace vlm::platform::bridge {
 
-// What a framework's call threw, as an error; nothing when it returned.
+// What a framework's call threw, as an error; nothing when it returned. A block that outlives the
+// call is written outside of it: inside a lambda it would take what that refers to by reference.
 template <class Call>
 std::optional<NSError> guarded(Call&& call) {
   using Function = std::remove_reference_t<Call>;

@@ -27,7 +27,7 @@ void run(void* context) {
 Queue::Queue(std::string label, dispatch_queue_t queue) : label_(std::move(label)), queue_(queue) {}
 
 Queue::~Queue() {
-  ::dispatch_release(queue_);
+  dispatch_release(queue_);
 }
 
 void Queue::async(Job job) {

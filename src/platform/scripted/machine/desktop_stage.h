@@ -57,7 +57,7 @@ class ScriptedMonitor final : public NSEventMonitor {
 };
 
 // Applications and their windows, as the workspace, the window server and the accessibility
-// interface tell of them; key presses.
+// interface list them; key presses.
 class DesktopStage {
  public:
   std::vector<NSRunningApplication> running;

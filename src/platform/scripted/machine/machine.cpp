@@ -72,6 +72,11 @@ void Machine::run() {
   }
 }
 
+void Machine::runLate() {
+  run();
+  if (stepper_.hurry()) run();
+}
+
 bool Machine::onMainThread() const {
   if (queues_ == Queues::stepped) return stepper_.onMainThread();
   return std::this_thread::get_id() == mainThread_;

@@ -58,6 +58,12 @@ class Machine {
 
   // Runs what is pending, and what that leads to. Stepped machines only.
   void run();
+  // Stepped machines only: the next answer or job after `passing` others comes late, when only it
+  // can end a wait or in runLate().
+  void delay(int passing) { stepper_.delay(passing); }
+  // Says whether something came late since then. Nothing does any more.
+  bool wasDelayed() { return stepper_.endDelay(); }
+  void runLate();
   // Whether the test's own thread passes for the main thread; at first it does. Stepped machines
   // only: with threads, the main thread is the main queue's.
   void setOnMainThread(bool onMainThread) { stepper_.setOnMainThread(onMainThread); }

@@ -60,7 +60,8 @@ std::shared_ptr<DispatchSemaphore> Stepper::makeSemaphore(int count) {
 
 void Stepper::submit(std::shared_ptr<Lane> lane, std::function<void()> job) {
   const MutexLock lock(mutex_);
-  jobs_.push_back({std::move(lane), std::move(job)});
+  const bool isLate = untilLate_ >= 0 && untilLate_-- == 0;
+  jobs_.push_back({std::move(lane), std::move(job), isLate});
 }
 
 // The time of one job, however it ends.
@@ -88,8 +89,11 @@ bool Stepper::step() {
   std::optional<Job> job;
   {
     const MutexLock lock(mutex_);
-    const auto ready =
-        std::ranges::find_if(jobs_, [](const Job& each) { return !each.lane->running; });
+    const Lane* held = nullptr;
+    const auto ready = std::ranges::find_if(jobs_, [&](const Job& each) {
+      if (each.isLate) held = each.lane.get();
+      return !each.lane->running && each.lane.get() != held;
+    });
     if (ready == jobs_.end()) return false;
     job = std::move(*ready);
     jobs_.erase(ready);
@@ -101,9 +105,27 @@ bool Stepper::step() {
   return true;
 }
 
+void Stepper::delay(int passing) {
+  const MutexLock lock(mutex_);
+  untilLate_ = passing;
+}
+
+bool Stepper::endDelay() {
+  const MutexLock lock(mutex_);
+  return std::exchange(untilLate_, -1) < 0;
+}
+
+bool Stepper::hurry() {
+  const MutexLock lock(mutex_);
+  const auto late = std::ranges::find(jobs_, true, &Job::isLate);
+  if (late == jobs_.end()) return false;
+  late->isLate = false;
+  return true;
+}
+
 void Stepper::stepUntil(const std::function<bool()>& done, const std::string& what) {
   while (!done()) {
-    if (step()) continue;
+    if (step() || hurry()) continue;
     std::fprintf(stderr, "scripted machine: nothing left to run can end the wait for %s\n",
                  what.c_str());
     std::abort();

@@ -4,10 +4,38 @@
 #import <Foundation/Foundation.h>
 #import <QuartzCore/QuartzCore.h>
 
-@class NSEvent, NSRunningApplication, NSScreen, NSView, NSWindow, NSWorkspace;
+@class NSApplication, NSEvent, NSRunningApplication, NSScreen, NSView, NSWindow, NSWorkspace;
 #ifdef __cplusplus
 extern "C" {
 #endif
+typedef enum NSWindowStyleMask : uint64_t NSWindowStyleMask;
+enum NSWindowStyleMask : uint64_t {
+  NSWindowStyleMaskBorderless = 0,
+  NSWindowStyleMaskTitled = 1,
+  NSWindowStyleMaskClosable = 2,
+  NSWindowStyleMaskMiniaturizable = 4,
+  NSWindowStyleMaskResizable = 8,
+  NSWindowStyleMaskUtilityWindow = 16,
+  NSWindowStyleMaskDocModalWindow = 64,
+  NSWindowStyleMaskNonactivatingPanel = 128,
+  NSWindowStyleMaskTexturedBackground = 256,
+  NSWindowStyleMaskUnifiedTitleAndToolbar = 4096,
+  NSWindowStyleMaskHUDWindow = 8192,
+  NSWindowStyleMaskFullScreen = 16384,
+  NSWindowStyleMaskFullSizeContentView = 32768
+};
+typedef enum NSBackingStoreType : uint64_t NSBackingStoreType;
+enum NSBackingStoreType : uint64_t {
+  NSBackingStoreRetained = 0,
+  NSBackingStoreNonretained = 1,
+  NSBackingStoreBuffered = 2
+};
+typedef enum NSApplicationActivationPolicy : int64_t NSApplicationActivationPolicy;
+enum NSApplicationActivationPolicy : int64_t {
+  NSApplicationActivationPolicyRegular = 0,
+  NSApplicationActivationPolicyAccessory = 1,
+  NSApplicationActivationPolicyProhibited = 2
+};
 typedef enum NSEventMask : uint64_t NSEventMask;
 enum NSEventMask : uint64_t {
   NSEventMaskLeftMouseDown = 2,
@@ -62,6 +90,18 @@ enum NSEventMask : uint64_t {
 @end
 @interface NSWindow : NSObject
 - (CGFloat)backingScaleFactor;
+- (instancetype)initWithContentRect:(NSRect)contentRect styleMask:(NSWindowStyleMask)style backing:(NSBackingStoreType)backingStoreType defer:(BOOL)flag;
+- (void)setTitle:(NSString *)title;
+- (void)setContentView:(__kindof NSView *)contentView;
+- (void)makeKeyAndOrderFront:(id)sender;
+- (void)close;
+@end
+@interface NSApplication : NSObject
++ (__kindof NSApplication *)sharedApplication;
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy __attribute__((availability(macos,introduced=10.6)));
+- (void)finishLaunching;
+- (NSEvent *)nextEventMatchingMask:(NSEventMask)mask untilDate:(NSDate *)expiration inMode:(NSRunLoopMode)mode dequeue:(BOOL)deqFlag;
+- (void)sendEvent:(NSEvent *)event;
 @end
 @interface NSScreen : NSObject
 + (NSScreen *)mainScreen;

@@ -30,7 +30,7 @@ typedef struct NSFastEnumerationState {
 @interface NSDictionary<__covariant KeyType, __covariant ObjectType> : NSObject
 @end
 
-@class NSData, NSError, NSException, NSJSONSerialization, NSString, NSThread, NSURL;
+@class NSData, NSDate, NSError, NSException, NSJSONSerialization, NSString, NSThread, NSURL;
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -43,7 +43,9 @@ enum NSJSONWritingOptions : uint64_t {
   NSJSONWritingWithoutEscapingSlashes = 8
 };
 void NSLog(NSString * format, ...);
+typedef NSString * NSRunLoopMode;
 typedef double NSTimeInterval;
+extern const NSRunLoopMode NSDefaultRunLoopMode;
 #ifdef __cplusplus
 }
 #endif
@@ -75,4 +77,7 @@ typedef double NSTimeInterval;
 @interface NSJSONSerialization : NSObject
 + (BOOL)isValidJSONObject:(id)obj __attribute__((availability(macos,introduced=10.7)));
 + (NSData *)dataWithJSONObject:(id)obj options:(NSJSONWritingOptions)opt error:(NSError * _Nullable *)error __attribute__((availability(macos,introduced=10.7)));
+@end
+@interface NSDate : NSObject
++ (instancetype)dateWithTimeIntervalSinceNow:(NSTimeInterval)secs;
 @end

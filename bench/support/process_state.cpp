@@ -1,4 +1,4 @@
-#include "bench/soak/process_state.h"
+#include "bench/support/process_state.h"
 
 #include <cstdlib>
 #include <filesystem>
