@@ -6,6 +6,7 @@
 #include <deque>
 #include <fstream>
 #include <memory>
+#include <utility>
 
 #include "bench/quality/contents.h"
 #include "bench/quality/encoders.h"
@@ -26,7 +27,8 @@ constexpr double kLimit = 1.25;
 // What any second took, beside the highest rate that counted in it.
 class Windows {
  public:
-  void add(double bits, double rate) {
+  // Whether the second that ends with this picture is the first of several beyond the limit.
+  bool add(double bits, double rate) {
     sent_.push_back({bits, rate});
     if (sent_.size() > kFps) sent_.pop_front();
     double sum = 0;
@@ -36,7 +38,12 @@ class Windows {
       highest = std::max(highest, each.rate);
     }
     worst_ = std::max(worst_, sum / highest);
-    if (sum > kLimit * highest) ++beyond_;
+    // What is alone more than that could be coded no coarser.
+    const bool isAlone =
+        std::ranges::any_of(sent_, [](const Sent& each) { return each.bits > kLimit * each.rate; });
+    const bool isBeyond = sum > kLimit * highest && !isAlone;
+    if (isBeyond) ++beyond_;
+    return isBeyond > std::exchange(wasBeyond_, isBeyond);
   }
   double worst() const { return worst_; }
   int beyond() const { return beyond_; }
@@ -49,6 +56,7 @@ class Windows {
   std::deque<Sent> sent_;
   double worst_ = 0;
   int beyond_ = 0;
+  bool wasBeyond_ = false;
 };
 
 // Contents one after the other, each moving for a while and then standing still.
@@ -130,7 +138,10 @@ bool wander(const WanderSettings& settings) {
       stream.write(reinterpret_cast<const char*>(unit.data()),
                    static_cast<std::streamsize>(unit.size()));
     }
-    windows.add(static_cast<double>(unit.size()) * 8, rate);
+    if (windows.add(static_cast<double>(unit.size()) * 8, rate)) {
+      std::printf("beyond the limit at %.1f s: %s, %.0f kbit/s, a unit of %zu bytes\n",
+                  static_cast<double>(frame) / kFps, show.name().c_str(), rate / 1000, unit.size());
+    }
     if (show.still() == kSharpAfter) {
       judge.compare(picture);
       judged.push_back(show.name());

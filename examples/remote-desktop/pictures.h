@@ -59,8 +59,10 @@ class Pictures {
   static constexpr int kLeastFps = 5;
   static constexpr auto kRepeatAfter = std::chrono::milliseconds(100);
   static constexpr auto kLost = std::chrono::milliseconds(500);
-  static constexpr int kMostRepeats = 40;
-  static constexpr std::size_t kNothingNew = 600;  // bytes of a picture that changes nothing
+  static constexpr int kMostRepeats = 200;
+  static constexpr std::size_t kNothingNew = 500;  // bytes of a picture that changes nothing
+  // Two seconds of those: what is new may wait so long for its turn.
+  static constexpr int kQuietRepeats = 20;
 
   static void onFrame(void* pixbuf, std::int32_t width, std::int32_t height, std::int64_t,
                       void* self) {
@@ -132,7 +134,8 @@ class Pictures {
   void send(const Bytes& unit, bool keyframe) {
     encoding_ = false;
     if (keyframe) keyframe_ = false;
-    isSharp_ = repeats_ > 2 && unit.size() < kNothingNew;
+    quiet_ = repeats_ > 0 && unit.size() <= kNothingNew ? quiet_ + 1 : 0;
+    isSharp_ = quiet_ >= kQuietRepeats;
     pace_.sent(++number_, unit.size(), Clock::now());
     channel_.send(Picture{number_, unit});
     submit();
@@ -147,6 +150,7 @@ class Pictures {
   bool encoding_ = false;  // one is in the encoder
   bool isSharp_ = false;
   int repeats_ = 0;
+  int quiet_ = 0;  // repeats on end that brought nothing new
   int bitRate_ = 0;
   u32 number_ = 0;
   Clock::time_point submittedAt_{}, newAt_{};  // the last picture, and the last that was new
