@@ -1,6 +1,6 @@
-// Every call of a flow fails once, every answer comes late once, and every allocation of the library
-// fails once: the host gets what the flow gives or the stated failure value, and the flow works
-// afterwards.
+// Every call of a flow fails once, every answer comes late once, and every allocation of the
+// library fails once: the host gets what the flow gives or the stated failure value, and the flow
+// works afterwards.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

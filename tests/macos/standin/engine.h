@@ -1,6 +1,6 @@
 // What serves the stand-ins of Core Media, Core Video, VideoToolbox and Accelerate: the portable
-// buffers and the H.264 of the Linux platform, compiled once more in a namespace of their own. A file
-// that includes this includes no header of the platform otherwise.
+// buffers and the H.264 of the Linux platform, compiled once more in a namespace of their own. A
+// file that includes this includes no header of the platform otherwise.
 #pragma once
 #define vlm engine
 #include "platform/accelerate.h"

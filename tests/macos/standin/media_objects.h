@@ -41,7 +41,8 @@ StandInSample* sampleOf(e::Ref<e::CMSampleBuffer> it);
 StandInPixelBuffer* pixelBufferOf(e::Ref<e::CVPixelBuffer> it);
 
 inline e::CMTime toEngine(CMTime time) {
-  return (time.flags & kCMTimeFlags_Valid) == 0 ? e::CMTime{} : e::CMTime{time.value, time.timescale};
+  return (time.flags & kCMTimeFlags_Valid) == 0 ? e::CMTime{}
+                                                : e::CMTime{time.value, time.timescale};
 }
 inline CMTime fromEngine(e::CMTime time) {
   return time.timescale == 0 ? kCMTimeInvalid : CMTimeMake(time.value, time.timescale);
