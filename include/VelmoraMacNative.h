@@ -395,7 +395,9 @@ VLM_API void* vlm_enc_create(int32_t width, int32_t height, int32_t fps, int32_t
  *             again at the frame rate with new time stamps: each time the encoder sharpens a part
  *             of what is shown, and what changed last comes first. That is worth while until no
  *             access unit of the last two seconds had more than 500 bytes. From then on, until the
- *             screen changes, it would bring nothing that can be seen.
+ *             screen changes, it would bring nothing that can be seen. Where the rate is too small
+ *             for a change, a part of the change waits for up to about a second; a host that does
+ *             not submit the last frame again may then never send it.
  * Parameters: handle         an encoder.
  *             pixbuf         the frame, '420v', '420f' or 'BGRA'; may be released after the call.
  *             ptsNs          its time stamp in nanoseconds, rising from frame to frame.
