@@ -117,7 +117,8 @@ SIGNATURES: dict[str, tuple[Any, list[Any]]] = {
 
 
 def _load() -> ctypes.CDLL:
-    usual = "libVelmoraMacNative." + ("dylib" if sys.platform == "darwin" else "so.3")
+    on_a_mac = sys.platform == "darwin"
+    usual = "VelmoraMacNative.dylib" if on_a_mac else "libVelmoraMacNative.so.3"
     library = ctypes.CDLL(os.environ.get("VLM_LIBRARY", usual))
     for name, (result, parameters) in SIGNATURES.items():
         function = getattr(library, name)
