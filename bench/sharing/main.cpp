@@ -178,7 +178,7 @@ struct Options {
 };
 
 void run(const Options& options) {
-  const test::PrivateDesktop desktop({.width = options.width, .height = options.height});
+  test::PrivateDesktop desktop({.width = options.width, .height = options.height});
   const auto size = std::to_string(options.width) + "x" + std::to_string(options.height);
   std::printf("%s\n\n", size.c_str());
   test::runCommand({besideUs("vlm_bench_content"), "wallpaper"});
@@ -195,7 +195,7 @@ void run(const Options& options) {
     std::optional<Cost> ours;
     std::vector<Cost> peers;
     for (const auto& sharer : sharers(desktop.display(), size, options.only)) {
-      const Cost cost = measure(sharer, desktop.server(), options.seconds);
+      const Cost cost = measure(sharer, desktop.server().pid(), options.seconds);
       printRow(content.name, sharer.name, cost);
       sharer.name == "ours" ? void(ours = cost) : peers.push_back(cost);
     }
