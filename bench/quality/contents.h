@@ -40,4 +40,7 @@ struct ContentKind {
 // code, document, slides, terminal, window, film, film-window, noise.
 const std::vector<ContentKind>& contentKinds();
 
+inline constexpr int kFps = Content::kFramesPerSecond;
+inline constexpr std::int64_t kSecond = 1'000'000'000;  // in nanoseconds
+
 }  // namespace vlm::bench

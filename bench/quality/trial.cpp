@@ -10,9 +10,6 @@
 namespace vlm::bench {
 namespace {
 
-constexpr int kFps = Content::kFramesPerSecond;
-constexpr std::int64_t kSecond = 1'000'000'000;
-
 // A line of the rate that any second may take, through which access units go one after the other.
 class Line {
  public:

@@ -16,8 +16,6 @@
 namespace vlm::bench {
 namespace {
 
-constexpr int kFps = Content::kFramesPerSecond;
-constexpr std::int64_t kSecond = 1'000'000'000;
 constexpr double kSlowest = 0.3e6;
 constexpr double kFastest = 20e6;
 constexpr int kSharpAfter = 10 * kFps;

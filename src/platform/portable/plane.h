@@ -20,6 +20,7 @@ struct BasicPlane {
   // The stride as libraries that work on pictures take it.
   int rowBytes() const noexcept { return static_cast<int>(stride); }
 
+  // NOLINTNEXTLINE(google-explicit-constructor): what may be written may be read
   operator BasicPlane<const Byte>() const noexcept requires(!std::is_const_v<Byte>) {
     return {pixels, stride};
   }
@@ -38,6 +39,7 @@ struct BasicPlanes {
     return {luma.from(x, y), chroma.from(x, y / 2)};
   }
 
+  // NOLINTNEXTLINE(google-explicit-constructor)
   operator BasicPlanes<const Byte>() const noexcept requires(!std::is_const_v<Byte>) {
     return {luma, chroma};
   }

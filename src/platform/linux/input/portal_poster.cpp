@@ -7,13 +7,11 @@
 #include <utility>
 
 #include "platform/linux/glib/log_line.h"
+#include "platform/linux/input/button.h"
 #include "platform/linux/input/key_places.h"
 
 namespace vlm::platform::input {
 namespace {
-
-// No wheel turns further at once; it bounds what one call can make the desktop do.
-constexpr std::int32_t kMostSteps = 100;
 
 // The left key is the one that is pressed for a modifier.
 struct ModifierKeys {
@@ -45,28 +43,9 @@ std::uint16_t keyFor(const ModifierKeys& modifier, CGEventFlags flags) {
   return isRight ? modifier.right : modifier.left;
 }
 
-struct Button {
-  std::int32_t code;
-  bool down;
-};
-
-std::optional<Button> buttonOf(CGEventType type) {
-  switch (type) {
-    case CGEventType::leftMouseDown:
-      return Button{BTN_LEFT, true};
-    case CGEventType::leftMouseUp:
-      return Button{BTN_LEFT, false};
-    case CGEventType::otherMouseDown:
-      return Button{BTN_MIDDLE, true};
-    case CGEventType::otherMouseUp:
-      return Button{BTN_MIDDLE, false};
-    case CGEventType::rightMouseDown:
-      return Button{BTN_RIGHT, true};
-    case CGEventType::rightMouseUp:
-      return Button{BTN_RIGHT, false};
-    default:
-      return std::nullopt;
-  }
+std::int32_t codeOf(Button button) {
+  constexpr std::array<std::int32_t, 3> kCodes{BTN_LEFT, BTN_MIDDLE, BTN_RIGHT};
+  return kCodes[static_cast<std::size_t>(button)];
 }
 
 }  // namespace
@@ -120,14 +99,16 @@ void PortalPoster::forget() {
 
 bool PortalPoster::postMouse(const MouseInput& input) {
   desktop_->movePointer(input.position.x, input.position.y);
-  const auto button = buttonOf(input.type);
-  return !button || desktop_->pressButton(button->code, button->down);
+  const auto change = buttonChangeOf(input.type);
+  return !change || desktop_->pressButton(codeOf(change->button), change->down);
 }
 
 // Positive is up and left here, and down and right there.
 bool PortalPoster::postScroll(const ScrollInput& input) {
-  const auto turn = [this](portal::Axis axis, std::int32_t steps) {
-    return steps == 0 || desktop_->turnWheel(axis, std::clamp(-steps, -kMostSteps, kMostSteps));
+  const auto& desktop = *desktop_;
+  const auto turn = [&desktop](portal::Axis axis, std::int32_t steps) {
+    constexpr auto kMost = WheelAxis::kMostSteps;
+    return steps == 0 || desktop.turnWheel(axis, std::clamp(-steps, -kMost, kMost));
   };
   const bool isTurned = turn(portal::Axis::vertical, vertical_.turn(input.vertical));
   return turn(portal::Axis::horizontal, horizontal_.turn(input.horizontal)) && isTurned;

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/integer.h"
+#include "platform/linux/input/button.h"
 #include "platform/linux/input/keyboard.h"
 #include "platform/linux/x11/extensions.h"
 #include "platform/linux/x11/reply.h"
@@ -18,9 +19,6 @@ constexpr std::uint8_t kWheelUp = 4;
 constexpr std::uint8_t kWheelDown = 5;
 constexpr std::uint8_t kWheelLeft = 6;
 constexpr std::uint8_t kWheelRight = 7;
-// No wheel turns further at once; it bounds what one call can make the server do.
-constexpr std::int32_t kMostSteps = 100;
-
 void moveTo(const x11::Connection& connection, CGPoint position) {
   xcb_test_fake_input(connection.get(), XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME,
                       connection.screen().root, coordinate(position.x), coordinate(position.y), 0);
@@ -48,34 +46,9 @@ void turnWheel(const x11::Connection& connection, std::int32_t steps, std::uint8
                std::uint8_t negative) {
   if (steps == 0) return;
   const auto button = deviceButton(connection, steps > 0 ? positive : negative);
-  for (std::int32_t i = std::min(std::abs(steps), kMostSteps); i > 0; --i) {
+  for (std::int32_t i = std::min(std::abs(steps), WheelAxis::kMostSteps); i > 0; --i) {
     fakeButton(connection, button, true);
     fakeButton(connection, button, false);
-  }
-}
-
-struct Button {
-  std::uint8_t number;
-  bool down;
-};
-
-// X counts left, middle, right.
-std::optional<Button> buttonOf(CGEventType type) {
-  switch (type) {
-    case CGEventType::leftMouseDown:
-      return Button{1, true};
-    case CGEventType::leftMouseUp:
-      return Button{1, false};
-    case CGEventType::otherMouseDown:
-      return Button{2, true};
-    case CGEventType::otherMouseUp:
-      return Button{2, false};
-    case CGEventType::rightMouseDown:
-      return Button{3, true};
-    case CGEventType::rightMouseUp:
-      return Button{3, false};
-    default:
-      return std::nullopt;
   }
 }
 
@@ -118,8 +91,10 @@ void Poster::post(const x11::Connection& connection, unsigned generation, const 
 
 void Poster::mouse(const x11::Connection& connection, const MouseInput& input) {
   moveTo(connection, input.position);
-  if (const auto button = buttonOf(input.type)) {
-    fakeButton(connection, deviceButton(connection, button->number), button->down);
+  if (const auto change = buttonChangeOf(input.type)) {
+    // X counts left, middle, right from 1.
+    const auto number = static_cast<std::uint8_t>(static_cast<int>(change->button) + 1);
+    fakeButton(connection, deviceButton(connection, number), change->down);
   }
 }
 

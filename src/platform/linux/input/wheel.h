@@ -11,6 +11,8 @@ class WheelAxis {
  public:
   // About what toolkits scroll for one step.
   static constexpr std::int32_t kPixelsPerStep = 40;
+  // No wheel turns further at once; it bounds what one call makes a server do.
+  static constexpr std::int32_t kMostSteps = 100;
 
   // The steps that are due with these pixels; negative the other way.
   std::int32_t turn(std::int32_t pixels) {

@@ -119,6 +119,14 @@ bool VideoStream::waitForFormat(std::chrono::milliseconds limit) {
   return !ended_;
 }
 
+int VideoStream::descriptor() const {
+  return pw_loop_get_fd(loop_.get());
+}
+
+void VideoStream::hangUp() noexcept {
+  pw_loop_signal_event(loop_.get(), farewell_);
+}
+
 void VideoStream::dispatch() {
   pw_loop_iterate(loop_.get(), 0);
 }

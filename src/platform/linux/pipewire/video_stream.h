@@ -32,13 +32,13 @@ class VideoStream {
   VideoStream(const VideoStream&) = delete;
   VideoStream& operator=(const VideoStream&) = delete;
 
-  int descriptor() const { return pw_loop_get_fd(loop_.get()); }
+  int descriptor() const;
   // Handles what has come; waits for nothing.
   void dispatch();
   // Why nothing comes any more.
   const std::optional<std::string>& ended() const { return ended_; }
   // Makes descriptor() readable and the stream end. Any thread.
-  void hangUp() noexcept { pw_loop_signal_event(loop_.get(), farewell_); }
+  void hangUp() noexcept;
 
   // The size of the pictures that come from now on.
   Size size() const { return size_; }
