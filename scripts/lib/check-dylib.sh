@@ -37,6 +37,7 @@ for thin in "$@"; do
   undefined=$(llvm-nm-19 --undefined-only --format=darwin "$thin")
   awk -F"[()]" '{ sub(/.*from /, "", $(NF - 1)); print $(NF - 1) }' <<<"$undefined" | sort | uniq -c
   # The linker has found each in a stub; what only we say is there is told.
+  # shellcheck disable=SC2016 # a dollar of the symbols
   names=$(sed -nE '/from lib/d; s/.* _(OBJC_(META)?CLASS_\$_)?([^ ]+) \(from .*/\3/p' <<<"$undefined" | sort -u)
   own=$(comm -23 <(echo "$names") <(echo "$sourced"))
   echo "$thin: $(wc -l <<<"$names") symbols of frameworks, without a binding: $(paste -sd' ' <<<"$own")"
