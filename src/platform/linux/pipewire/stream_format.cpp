@@ -5,6 +5,11 @@
 #include <spa/param/param.h>
 #include <spa/param/video/format-utils.h>
 
+// PipeWire's calls are macros in GNU C.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
+#pragma GCC diagnostic ignored "-Wsign-compare"
+
 namespace vlm::platform::pipewire {
 
 const spa_pod* Offer::format() {
@@ -47,3 +52,5 @@ std::optional<Size> agreedSize(const spa_pod* format) {
 }
 
 }  // namespace vlm::platform::pipewire
+
+#pragma GCC diagnostic pop

@@ -9,6 +9,11 @@
 
 #include "platform/portable/thread.h"
 
+// PipeWire's calls are macros in GNU C.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wpedantic"
+#pragma GCC diagnostic ignored "-Wsign-compare"
+
 namespace vlm::platform::pipewire {
 namespace {
 
@@ -229,3 +234,5 @@ void VideoStream::addDamage(const spa_buffer& buffer) {
 }
 
 }  // namespace vlm::platform::pipewire
+
+#pragma GCC diagnostic pop
