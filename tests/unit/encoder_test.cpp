@@ -47,9 +47,9 @@ TEST(Encoder, SessionIsConfiguredInOrder) {
   Machine machine;
   for (const bool lowLatency : {false, true}) {
     void* handle = vlm_enc_create(1920, 1080, 30, 4'000'000, lowLatency, noteEncoded, &machine);
-    const std::string specification = lowLatency ? "{EnableLowLatencyRateControl: true}" : "null";
+    const std::string encoder = lowLatency ? "{EnableLowLatencyRateControl: true}" : "null";
     EXPECT_EQ(machine.journal.take("VT"),
-              (Lines{"VTCompressionSessionCreate(1920, 1080, avc1, " + specification + ")",
+              (Lines{"VTCompressionSessionCreate(1920, 1080, avc1, " + encoder + ")",
                      "VTSessionSetProperty(RealTime, true)",
                      "VTSessionSetProperty(AllowFrameReordering, false)",
                      "VTSessionSetProperty(ProfileLevel, H264_Main_AutoLevel)",

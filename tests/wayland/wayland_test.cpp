@@ -46,10 +46,10 @@ class Wayland : public testing::Test {
 
 TEST_F(Wayland, PermissionIsThereWithConsentAndADesktopThatShares) {
   EXPECT_TRUE(vlm_screen_capture_ready());
-  EXPECT_FALSE(vlm_perm_screen_recording(false)) << "nobody agreed";
+  EXPECT_FALSE(vlm_perm_screen_recording(false)) << "before a person agreed";
   agree();
   EXPECT_TRUE(vlm_perm_screen_recording(false));
-  EXPECT_TRUE(vlm_perm_screen_recording(true)) << "nobody is asked";
+  EXPECT_TRUE(vlm_perm_screen_recording(true)) << "no dialog opens";
   struct stat status {};
   FrameRecorder recorder;
   ASSERT_TRUE(start(recorder));
@@ -146,7 +146,7 @@ TEST_F(Wayland, PersonIsAskedOnceForTheScreenAndMayRefuse) {
   expectShown(recorder, "after consent", {{640, 360, kGrey}});
   EXPECT_TRUE(vlm_perm_screen_recording(false));
   FrameRecorder second;
-  EXPECT_TRUE(start(second)) << "nobody is asked again";
+  EXPECT_TRUE(start(second)) << "no second dialog opens";
 }
 
 TEST_F(Wayland, InputReachesANativeWindowOnceAPersonGaveLeave) {
@@ -160,7 +160,7 @@ TEST_F(Wayland, InputReachesANativeWindowOnceAPersonGaveLeave) {
   std::thread consent([&] { person.answer(client, Person::kShareInput); });
   ASSERT_TRUE(vlm_perm_accessibility(true));
   consent.join();
-  EXPECT_TRUE(vlm_perm_accessibility(true)) << "nobody is asked again";
+  EXPECT_TRUE(vlm_perm_accessibility(true)) << "no second dialog opens";
   constexpr std::uint64_t kShift = 0x20000;
   // The first input makes the pointer, which the client has to notice.
   ASSERT_TRUE(eventually([&] {

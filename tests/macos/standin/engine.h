@@ -1,5 +1,5 @@
 // What serves the stand-ins of Core Media, Core Video, VideoToolbox and Accelerate: the portable
-// buffers and the H.264 of the Linux platform, compiled once more in a namespace of their own. A
+// buffers and the H.264 of the Linux platform, compiled a second time in another namespace. A
 // file that includes this includes no header of the platform otherwise.
 #pragma once
 #define vlm engine

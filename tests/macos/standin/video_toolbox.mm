@@ -104,12 +104,12 @@ e::CFValue fromDictionary(CFDictionaryRef dictionary) {
 extern "C" {
 
 OSStatus VTCompressionSessionCreate(CFAllocatorRef, int32_t width, int32_t height,
-                                    CMVideoCodecType codec, CFDictionaryRef specification,
+                                    CMVideoCodecType codec, CFDictionaryRef encoder,
                                     CFDictionaryRef, CFAllocatorRef, VTCompressionOutputCallback,
                                     void*, VTCompressionSessionRef* out) {
   e::Ref<e::VTCompressionSession> it;
   const auto status =
-      e::VTCompressionSessionCreate(width, height, codec, fromDictionary(specification), it);
+      e::VTCompressionSessionCreate(width, height, codec, fromDictionary(encoder), it);
   if (status != 0) return status;
   auto* const session = [[StandInEncoder alloc] init];
   session->it = std::move(it);

@@ -42,7 +42,7 @@ std::string readToken(const char* name) {
 // Into a new file that takes the other's place: a reader finds the one or the other whole.
 bool writeToken(const std::string& name, const std::string& token) {
   std::string next = name + ".XXXXXX";
-  const int file = mkostemp(next.data(), O_CLOEXEC);  // nobody else may read it
+  const int file = mkostemp(next.data(), O_CLOEXEC);  // with mode 0600
   if (file < 0) return false;
   const bool isWritten =
       write(file, token.data(), token.size()) == static_cast<ssize_t>(token.size()) &&

@@ -7,13 +7,13 @@
 namespace vlm::platform::portal {
 
 // The token by which the desktop knows what a person agreed to share. It is kept for the life of
-// the process, so that nobody is asked twice, and beyond that only where the host names a file of
+// the process, so that no person is asked twice, and beyond that only where the host names a file of
 // its own by VLM_PORTAL_TOKEN_FILE. Any thread.
 class Consent {
  public:
   static Consent& shared();
 
-  // Empty while nobody agreed.
+  // Empty until a person agreed.
   std::string token() VLM_EXCLUDES(mutex_);
   // Each use of a token gives another one; none takes the consent back.
   void replace(const std::string& token) VLM_EXCLUDES(mutex_);

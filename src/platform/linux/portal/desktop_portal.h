@@ -76,7 +76,7 @@ class DesktopPortal {
   bool call(const char* interface, const char* method, GVariant* arguments,
             int* descriptor = nullptr) const;
 
-  // A call that nobody waits for.
+  // A call whose answer is not waited for.
   void tell(const char* interface, const char* method, GVariant* arguments) const;
 
  private:
