@@ -7,8 +7,8 @@
 namespace vlm::platform::portal {
 
 // The token by which the desktop knows what a person agreed to share. It is kept for the life of
-// the process, so that no person is asked twice, and beyond that only where the host names a file of
-// its own by VLM_PORTAL_TOKEN_FILE. Any thread.
+// the process, so that no person is asked twice, and beyond that only where the host names a file
+// of its own by VLM_PORTAL_TOKEN_FILE. Any thread.
 class Consent {
  public:
   static Consent& shared();
